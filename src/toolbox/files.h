@@ -1,0 +1,82 @@
+// File Manager, as the shell uses it: file locations, the catalogue, Finder information, aliases, data forks.
+//
+// A location is a volume reference, a folder id and a leaf name. Volume references and folder ids are handed
+// out per process; the volume is the first component of the POSIX path and a volume's root is folder 2 (its
+// parent is folder 1). A ":" in a Linux file name stands as byte 30 in names and HFS paths. A leaf of more than
+// 63 bytes stands under a unique shortened name that every call here maps back.
+#ifndef QUILLON_TOOLBOX_FILES_H
+#define QUILLON_TOOLBOX_FILES_H
+
+#include <cstddef>
+
+#include "toolbox/bounded.h"
+#include "toolbox/types.h"
+
+namespace quillon {
+
+struct FSSpec {
+    std::int16_t vRefNum;
+    std::int32_t parID;
+    unsigned char name[64]; // length-prefixed
+};
+
+struct FSRef {
+    char path[4096]; // POSIX path, NUL-terminated
+};
+
+struct FInfo {
+    OSType fdType;
+    OSType fdCreator;
+    std::uint16_t fdFlags;
+};
+enum : std::uint16_t { kIsAlias = 0x8000 };
+
+// Catalogue attribute bits.
+enum : std::uint8_t { kioFlAttribDir = 0x10, kioFlAttribFileOpen = 0x80 };
+
+// The catalogue call's parameter block. ioFDirIndex > 0: the entry of that index in folder ioDirID (by name,
+// ASCII case folded, then by byte); 0: the entry named ioNamePtr; < 0: the folder ioDirID itself.
+struct CInfoPBRec {
+    unsigned char *ioNamePtr; // length-prefixed, room for 64 bytes; in and out. In: a name or an HFS path
+    std::int16_t ioVRefNum;
+    std::int16_t ioFDirIndex;
+    std::uint8_t ioFlAttrib;   // out
+    FInfo ioFlFndrInfo;        // out, files
+    std::int32_t ioDirID;      // in: the folder; out: a folder's own id
+    std::int32_t ioFlParID;    // out: id of the folder that holds the entry
+};
+
+// NAME is a leaf, or an HFS path; relative names are taken in folder DIR_ID of volume VREF. 0; fnfErr when only
+// the last component is missing (SPEC is filled all the same); dirNFErr, nsvErr, bdNamErr otherwise.
+OSErr FSMakeFSSpec(std::int16_t vref, std::int32_t dir_id, const char *name, FSSpec *spec);
+OSErr FSpGetFInfo(const FSSpec *spec, FInfo *info);
+OSErr FSpSetFInfo(const FSSpec *spec, const FInfo *info);
+OSErr PBGetCatInfoSync(CInfoPBRec *block);
+// Files only: folders are passed over by index.
+OSErr PBHGetFInfoSync(CInfoPBRec *block);
+OSErr FSpMakeFSRef(const FSSpec *spec, FSRef *ref);
+OSErr FSRefMakePath(const FSRef *ref, char *path, std::size_t room);
+OSErr FSPathMakeSpec(const char *posix_path, FSSpec *spec);
+OSErr ResolveAliasFile(FSSpec *spec, int resolve_chains, int *target_is_folder, int *was_aliased);
+
+// Data forks. PERMISSION: 'r' reading, 'w' reading and writing. FSRead returns eofErr when fewer bytes came
+// than COUNT asked; COUNT then holds what came.
+OSErr FSpCreate(const FSSpec *spec, OSType creator, OSType type);
+OSErr FSpOpenDF(const FSSpec *spec, char permission, std::int16_t *reference);
+OSErr FSRead(std::int16_t reference, long *count, void *buffer);
+OSErr FSWrite(std::int16_t reference, long *count, const void *buffer);
+OSErr SetEOF(std::int16_t reference, long length);
+OSErr FSClose(std::int16_t reference);
+OSErr FSpDelete(const FSSpec *spec);
+
+// Folders of the host. 'pref' Preferences, 'asup' Application Support, 'temp' temporary items, 'font' fonts,
+// 'trns' the tools' transcripts. CREATE makes the folder when it is missing.
+OSErr FindFolder(OSType kind, int create, std::int16_t *vref, std::int32_t *dir_id);
+
+// Length-prefixed names to and from text.
+int to_pascal(const char *text, unsigned char (&name)[64]);
+void from_pascal(const unsigned char *name, BoundedBuffer &text);
+
+} // namespace quillon
+
+#endif
