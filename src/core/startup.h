@@ -1,0 +1,20 @@
+// Start-up, and the single fatal-error exit.
+#ifndef QUILLON_CORE_STARTUP_H
+#define QUILLON_CORE_STARTUP_H
+
+namespace quillon {
+
+// Never returns: start-up, then the event loop for ever.
+[[noreturn]] void shell_main();
+// Start-up; returns 1. Runs before any event is handled.
+int initial();
+void SetUpCursors();
+void restore();       // the arrow
+void mywait();        // the watch
+void SetEditCursor(); // the I-beam
+// The fatal-error exit. -50 means out of memory; after any other code only quitting is possible.
+[[noreturn]] void DoJump(int code);
+
+} // namespace quillon
+
+#endif

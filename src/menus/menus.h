@@ -1,0 +1,20 @@
+// The menu bar, and the menus whose items the shell makes while it runs.
+#ifndef QUILLON_MENUS_MENUS_H
+#define QUILLON_MENUS_MENUS_H
+
+#include <cstdint>
+
+#include "toolbox/menus.h"
+
+namespace quillon {
+
+extern MenuHandle appleMenu, fileMenu, formatMenu, optionsMenu, editMenu, buildMenu, toolMenu, infoMenu, fontMenu,
+    configMenu, recentMenu, mpformatMenu, transferMenu, deleteMenu, changeMenu;
+extern std::int32_t oldItem; // the checked item of the Font menu, 0 for none
+
+// Builds the menu bar from the command table.
+void SetUpMenus();
+
+} // namespace quillon
+
+#endif
