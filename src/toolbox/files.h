@@ -8,6 +8,7 @@
 #define QUILLON_TOOLBOX_FILES_H
 
 #include <cstddef>
+#include <cstdio>
 
 #include "toolbox/bounded.h"
 #include "toolbox/types.h"
@@ -39,7 +40,7 @@ enum : std::uint8_t { kioFlAttribDir = 0x10, kioFlAttribFileOpen = 0x80 };
 struct CInfoPBRec {
     unsigned char *ioNamePtr; // length-prefixed, room for 64 bytes; in and out. In: a name or an HFS path
     std::int16_t ioVRefNum;
-    std::int16_t ioFDirIndex;
+    std::int32_t ioFDirIndex;
     std::uint8_t ioFlAttrib;   // out
     FInfo ioFlFndrInfo;        // out, files
     std::int32_t ioDirID;      // in: the folder; out: a folder's own id
@@ -52,7 +53,12 @@ OSErr FSMakeFSSpec(std::int16_t vref, std::int32_t dir_id, const char *name, FSS
 OSErr FSpGetFInfo(const FSSpec *spec, FInfo *info);
 OSErr FSpSetFInfo(const FSSpec *spec, const FInfo *info);
 OSErr PBGetCatInfoSync(CInfoPBRec *block);
-// Files only: folders are passed over by index.
+// As PBGetCatInfoSync without type and creator: names, ids, the folder bit and the alias flag only. Reads no
+// attributes and no contents.
+OSErr PBGetCatNameSync(CInfoPBRec *block);
+// 1 when the HFS path names a file; a folder counts as absent. One look at the disk, nothing is read.
+int FSFileExists(const char *hfs_path);
+// Files only: folders are passed over by index. By name the file-is-open bit is set as well.
 OSErr PBHGetFInfoSync(CInfoPBRec *block);
 OSErr FSpMakeFSRef(const FSSpec *spec, FSRef *ref);
 OSErr FSRefMakePath(const FSRef *ref, char *path, std::size_t room);
@@ -68,12 +74,20 @@ OSErr FSWrite(std::int16_t reference, long *count, const void *buffer);
 OSErr SetEOF(std::int16_t reference, long length);
 OSErr FSClose(std::int16_t reference);
 OSErr FSpDelete(const FSSpec *spec);
+// The standard library's open: null with errno set when it fails. Refuses folders, and pipes, which a program can
+// wait on for ever; programs started later do not inherit the file.
+std::FILE *OpenPosixFile(const char *posix_path, const char *mode);
 
 // Folders of the host. 'pref' Preferences, 'asup' Application Support, 'temp' temporary items, 'font' fonts,
 // 'trns' the tools' transcripts. CREATE makes the folder when it is missing.
 OSErr FindFolder(OSType kind, int create, std::int16_t *vref, std::int32_t *dir_id);
 
-// Length-prefixed names to and from text.
+// The POSIX path of an HFS path or a location; 0 when it cannot be one or does not fit. Nothing need be there.
+int HFSPathToPosix(const char *hfs_path, BoundedBuffer &posix_path);
+int FSpToPosix(const FSSpec *spec, BoundedBuffer &posix_path);
+
+// Length-prefixed names to and from text. A text of more than 63 bytes goes in under its shortened name and comes
+// out whole, where TEXT has room for it. 0, and an empty name, when the text cannot be a leaf.
 int to_pascal(const char *text, unsigned char (&name)[64]);
 void from_pascal(const unsigned char *name, BoundedBuffer &text);
 

@@ -1,0 +1,396 @@
+#include "files/paths.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+#include "console/output.h"
+#include "core/job_state.h"
+#include "files/streams.h"
+#include "settings/settings.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr std::size_t conversion_size = 1024;
+// What access, the oldest of the conversions, takes of a name and the current folder together.
+constexpr std::size_t access_limit = 511;
+
+void replace(char *text, char from, char to) {
+    for (; *text; text++)
+        if (*text == from)
+            *text = to;
+}
+
+char space_substitute() {
+    return static_cast<char>(space_char & 0xFF);
+}
+
+int starts_with(const char *text, const char *beginning) {
+    return std::strncmp(text, beginning, std::strlen(beginning)) == 0;
+}
+
+int ends_with_colon(const BoundedBuffer &path) {
+    return path.view().ends_with(':');
+}
+
+// 1 and the folder's own name and its parent; 0 when there is no such folder.
+int folder_entry(std::int16_t volume, std::int32_t *dir_id, std::int32_t *parent, BoundedBuffer &entry_name) {
+    unsigned char pascal_name[64] = {};
+    CInfoPBRec block = {};
+    block.ioNamePtr = pascal_name;
+    block.ioVRefNum = volume;
+    block.ioFDirIndex = -1;
+    block.ioDirID = *dir_id;
+    if (PBGetCatNameSync(&block) != noErr)
+        return 0;
+    from_pascal(pascal_name, entry_name);
+    *dir_id = block.ioDirID;
+    *parent = block.ioFlParID;
+    return 1;
+}
+
+int is_folder(const FSSpec *spec) {
+    CInfoPBRec block = {};
+    unsigned char pascal_name[64];
+    std::memcpy(pascal_name, spec->name, sizeof pascal_name);
+    block.ioNamePtr = pascal_name;
+    block.ioVRefNum = spec->vRefNum;
+    block.ioDirID = spec->parID;
+    if (spec->parID == 1) {
+        block.ioFDirIndex = -1;
+        block.ioDirID = 2;
+    }
+    return PBGetCatNameSync(&block) == noErr && (block.ioFlAttrib & kioFlAttribDir) != 0;
+}
+
+// The folder of the location, SEPARATOR and the leaf. A volume's own location has no folder.
+int location_path(const FSSpec *spec, BoundedBuffer &out,
+                  int (*folder_path)(std::int16_t, std::int32_t, BoundedBuffer &), const char *separator) {
+    BoundedString<256> leaf;
+    from_pascal(spec->name, leaf);
+    out.clear();
+    if (spec->parID != 1)
+        folder_path(spec->vRefNum, spec->parID, out);
+    const int colon_first = spec->parID == 1 && separator[0] == ':';
+    if ((!colon_first && !out.append(separator)) || !out.append(leaf.view()))
+        out.clear();
+    return 1;
+}
+
+} // namespace
+
+void convert_to_space(char *text) {
+    replace(text, space_substitute(), ' ');
+}
+
+void convert_space(char *text) {
+    replace(text, ' ', space_substitute());
+}
+
+int convert_path(const char *src, BoundedBuffer &dst) {
+    BoundedString<2048> out;
+    if (starts_with(src, "/:")) {
+        if (dst.copy(src))
+            return 1;
+        dst.clear();
+        return 0;
+    }
+    if (starts_with(src, "//")) {
+        // Kept on purpose: the third character is skipped.
+        out.copy("/:");
+        src += std::strlen(src) > 2 ? 3 : 2;
+    } else if (*src == '/') {
+        src++;
+    }
+    if (starts_with(src, "./")) {
+        src += 2;
+    } else if (starts_with(src, "../")) {
+        out.append(":");
+        src += 3;
+    }
+    int fits = 1;
+    while (*src && fits) {
+        if (*src == '/') {
+            if (src[1] != ':')
+                fits = out.append(":");
+            src++;
+        } else if (starts_with(src, "../")) {
+            fits = out.append(":");
+            src += 3;
+        } else {
+            const std::size_t run = 1 + std::strcspn(src + 1, "/.");
+            fits = out.append({src, run});
+            src += run;
+        }
+    }
+    convert_to_space(out.data());
+    if (fits && dst.copy(out.view()))
+        return 1;
+    dst.clear();
+    return 0;
+}
+
+const char *add_current_dir(BoundedBuffer &dst, const char *path) {
+    BoundedString<2048> out;
+    const int has_colon = std::strchr(path, ':') != nullptr, has_slash = std::strchr(path, '/') != nullptr;
+    const char *const dir = curr_dir.c_str();
+    int fits;
+    if (curr_dir.empty())
+        fits = out.copy(path);
+    else if (*path == ':')
+        fits = out.format("%s%s", dir, path);
+    else if (starts_with(path, "./:"))
+        fits = out.format("%s%s", dir, path + 2);
+    else if (starts_with(path, "./"))
+        fits = out.format("%s%s", dir, path + 1);
+    else if (starts_with(path, "../") || (!has_colon && !has_slash))
+        fits = out.format("%s/%s", dir, path);
+    else if (*path == '/')
+        fits = out.copy(path);
+    else if (has_slash)
+        fits = out.format("%s/%s", dir, path);
+    else
+        fits = out.copy(path);
+    if (!fits || !dst.copy(out.view()))
+        dst.clear();
+    return dst.c_str();
+}
+
+int get_macpath_by_dirid(std::int16_t volume, std::int32_t dir_id, BoundedBuffer &out) {
+    BoundedString<256> entry_name;
+    std::int32_t parent = 0;
+    out.clear();
+    for (;;) {
+        if (!folder_entry(volume, &dir_id, &parent, entry_name) || !out.prepend(":") ||
+            !out.prepend(entry_name.view()))
+            return 0;
+        if (dir_id == 2)
+            break;
+        dir_id = parent;
+    }
+    out.cut(out.length() - 1);
+    return 1;
+}
+
+int get_unixpath_by_dirid(std::int16_t volume, std::int32_t dir_id, BoundedBuffer &out) {
+    BoundedString<256> entry_name;
+    std::int32_t parent = 0;
+    out.clear();
+    for (;;) {
+        if (!folder_entry(volume, &dir_id, &parent, entry_name) || !out.prepend(entry_name.view()) ||
+            !out.prepend("/"))
+            return 0;
+        if (dir_id == 2)
+            break;
+        dir_id = parent;
+    }
+    convert_space(out.data());
+    return 1;
+}
+
+int FSSpecToMacPath(const FSSpec *spec, BoundedBuffer &out) {
+    return location_path(spec, out, get_macpath_by_dirid, ":");
+}
+
+int FSSpecToUnixPath(const FSSpec *spec, BoundedBuffer &out) {
+    location_path(spec, out, get_unixpath_by_dirid, "/");
+    convert_space(out.data());
+    return 1;
+}
+
+int UnixToFSS(const char *path, const char *leaf, FSSpec *spec) {
+    BoundedString<conversion_size> mac_path;
+    std::memset(spec, 0, sizeof *spec);
+    if (!convert_path(path, mac_path))
+        return 0;
+    if (leaf ? !mac_path.append(":") || !mac_path.append(leaf)
+             : !ends_with_colon(mac_path) && !mac_path.append(":"))
+        return 0;
+    return FSMakeFSSpec(0, 0, mac_path.c_str(), spec) == noErr;
+}
+
+OSErr MacFolderToPosixDir(const char *mac_folder, BoundedBuffer &out) {
+    BoundedString<conversion_size> folder;
+    FSSpec spec;
+    FSRef ref;
+    out.clear();
+    if (!folder.copy(mac_folder) || (!ends_with_colon(folder) && !folder.append(":")))
+        return bdNamErr;
+    OSErr error = FSMakeFSSpec(0, 0, folder.c_str(), &spec);
+    if (error == noErr)
+        error = FSpMakeFSRef(&spec, &ref);
+    if (error == noErr)
+        error = FSRefMakePath(&ref, out.data(), out.capacity() - 1);
+    if (error != noErr)
+        out.clear();
+    return error;
+}
+
+const char *MacFileToPosixFile(const char *mac_path, BoundedBuffer &out) {
+    BoundedString<conversion_size> path, folder;
+    out.clear();
+    if (std::strchr(mac_path, ':')) {
+        if (!path.copy(mac_path))
+            return out.c_str();
+    } else {
+        // A name without ":" is a Unix name.
+        BoundedString<conversion_size> absolute;
+        if (!convert_path(add_current_dir(absolute, mac_path), path))
+            return out.c_str();
+    }
+    const std::size_t colon = path.view().rfind(':');
+    if (colon == std::string_view::npos)
+        return out.c_str();
+    folder.copy(path.view().substr(0, colon + 1));
+    BoundedString<conversion_size> posix;
+    if (MacFolderToPosixDir(folder.c_str(), posix) != noErr || !HFSPathToPosix(path.c_str(), posix))
+        return out.c_str();
+    if (path.view().ends_with(':'))
+        posix.append("/");
+    if (!out.copy(posix.view()))
+        out.clear();
+    return out.c_str();
+}
+
+const char *UnixFileToPosixFile(const char *path, BoundedBuffer &out) {
+    BoundedString<conversion_size> mac_path;
+    out.clear();
+    if (!convert_path(path, mac_path))
+        return out.c_str();
+    return MacFileToPosixFile(mac_path.c_str(), out);
+}
+
+const char *UnixFolderToPosixFolder(const char *path, BoundedBuffer &out) {
+    BoundedString<conversion_size> mac_path;
+    out.clear();
+    if (convert_path(path, mac_path))
+        MacFolderToPosixDir(mac_path.c_str(), out);
+    return out.c_str();
+}
+
+int PosixToUnixPath(const char *posix_path, BoundedBuffer &out) {
+    FSSpec spec;
+    out.clear();
+    const OSErr error = FSPathMakeSpec(posix_path, &spec);
+    if (error != noErr && error != fnfErr)
+        return 0;
+    FSSpecToUnixPath(&spec, out);
+    return !out.empty();
+}
+
+int has_extension(const char *name, const char *extension) {
+    return std::string_view(name).ends_with(extension);
+}
+
+int access(const char *path, int) {
+    if (std::strlen(path) + curr_dir.length() > access_limit) {
+        errno = ENAMETOOLONG;
+        return -1;
+    }
+    BoundedString<conversion_size> absolute, mac_path;
+    if (!convert_path(add_current_dir(absolute, path), mac_path))
+        return -1;
+    if (!doAlias) {
+        errno = 0;
+        return FSFileExists(mac_path.c_str()) ? 0 : -1;
+    }
+    if (!MyResolve(mac_path))
+        return -1;
+    if (doDebug)
+        ml_printf("\nFound <%s>.\n", absolute.c_str());
+    return 0;
+}
+
+int CanIWrite(const char *mac_path) {
+    FSSpec spec;
+    if (FSMakeFSSpec(0, 0, mac_path, &spec) != noErr)
+        return 1;
+    CInfoPBRec block = {};
+    block.ioNamePtr = spec.name;
+    block.ioVRefNum = spec.vRefNum;
+    block.ioDirID = spec.parID;
+    if (PBHGetFInfoSync(&block) != noErr)
+        return 1;
+    return (block.ioFlAttrib & kioFlAttribFileOpen) == 0;
+}
+
+int UnixPathToFolder(const char *path, FSSpec *spec) {
+    BoundedString<conversion_size> mac_path;
+    std::memset(spec, 0, sizeof *spec);
+    if (!convert_path(path, mac_path) || (!ends_with_colon(mac_path) && !mac_path.append(":")))
+        return 0;
+    return FSMakeFSSpec(0, 0, mac_path.c_str(), spec) == noErr && is_folder(spec);
+}
+
+int mydir_p(const char *src, BoundedBuffer &dst) {
+    if (!dst.copy(src))
+        dst.clear();
+    return 1;
+}
+
+void simplify_directory(BoundedBuffer &path) {
+    BoundedString<conversion_size> mac_path, simple;
+    FSSpec spec;
+    if (path.length() > 255 || !convert_path(path.c_str(), mac_path))
+        return;
+    const OSErr error = FSMakeFSSpec(0, 0, mac_path.c_str(), &spec);
+    if (error != noErr && error != fnfErr)
+        return;
+    FSSpecToUnixPath(&spec, simple);
+    if (!simple.empty() && simple.length() <= path.length())
+        path.copy(simple.view());
+}
+
+const char *SetTilde() {
+    static BoundedString<256> folder;
+    const auto cut_component = [](BoundedBuffer &path) {
+        const std::size_t slash = path.view().rfind('/');
+        if (slash != std::string_view::npos)
+            path.cut(slash);
+    };
+    BoundedString<conversion_size> path;
+    if (!get_unixpath_by_dirid(appvol, appdir, path))
+        return nullptr;
+    cut_component(path);
+    contentsFolder.copy(path.view());
+    cut_component(path);
+    cut_component(path);
+    if (!folder.copy(path.view()))
+        return nullptr;
+    shortroot.copy(folder.view());
+    cut_component(shortroot);
+    if (doDebug) {
+        ml_printf("Application directory:\n<%s>\n", folder.c_str());
+        ml_printf("Database directory:\n<%s>\n", haveosx ? supportFolder.c_str() : prefsFolder.c_str());
+    }
+    return folder.c_str();
+}
+
+void SetSystemFontPath() {
+    std::int16_t volume;
+    std::int32_t dir_id;
+    if (FindFolder(four("font"), 0, &volume, &dir_id) != noErr ||
+        !get_unixpath_by_dirid(volume, dir_id, SYSTEMFONTPATH))
+        SYSTEMFONTPATH.clear();
+}
+
+char *mygetenv(const char *name) {
+    return myget_string(name);
+}
+
+int chdir(const char *) {
+    return 0;
+}
+
+int split_path(const char *path, BoundedBuffer &folder, BoundedBuffer &leaf) {
+    const std::string_view whole = path;
+    const std::size_t slash = whole.rfind('/');
+    folder.clear();
+    if (slash == std::string_view::npos)
+        return leaf.copy(whole);
+    return folder.copy(whole.substr(0, slash)) && leaf.copy(whole.substr(slash + 1));
+}
+
+} // namespace quillon

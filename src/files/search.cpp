@@ -1,0 +1,111 @@
+#include "files/search.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include "console/output.h"
+#include "core/job_state.h"
+#include "files/paths.h"
+#include "files/streams.h"
+#include "kpath/search_paths.h"
+#include "kpath/utilities.h"
+#include "toolbox/files.h"
+#include "toolbox/windows.h"
+#include "tools/processes.h"
+#include "viewers/viewers.h"
+
+namespace quillon {
+
+namespace {
+
+constexpr int cache_size = 100;
+constexpr std::size_t current_directory_limit = 250;
+
+struct CacheEntry {
+    BoundedString<256> name, path;
+};
+CacheEntry cache[cache_size];
+
+} // namespace
+
+int numberOfEntries = 0;
+
+char *searchCurrentDirectory(const char *name) {
+    if (std::strlen(name) + curr_dir.length() > current_directory_limit)
+        return nullptr;
+    BoundedString<512> absolute;
+    BoundedString<1024> mac_path;
+    const int converted = convert_path(add_current_dir(absolute, name), mac_path);
+    if (doDebug)
+        ml_printf("\nTrying <%s>.", absolute.c_str());
+    if (!converted || !FSFileExists(mac_path.c_str()))
+        return nullptr;
+    if (doDebug)
+        ml_printf("\nFound <%s>.\n", absolute.c_str());
+    return xstrdup(absolute.c_str());
+}
+
+// Kept on purpose: with debugging on the cache is passed by, and an entry whose file has gone stays.
+char *searchCache(const char *name) {
+    if (doDebug)
+        return nullptr;
+    for (int i = 0; i < numberOfEntries; i++)
+        if (cache[i].name == name)
+            return access(cache[i].path.c_str(), 4) == 0 ? xstrdup(cache[i].path.c_str()) : nullptr;
+    return nullptr;
+}
+
+void addToCache(const char *name, const char *path) {
+    if (numberOfEntries >= cache_size || std::strlen(name) > 255 || std::strlen(path) > 255)
+        return;
+    cache[numberOfEntries].name.copy(name);
+    cache[numberOfEntries].path.copy(path);
+    numberOfEntries++;
+}
+
+void clearCache() {
+    for (CacheEntry &entry : cache) {
+        entry.name.clear();
+        entry.path.clear();
+    }
+    numberOfEntries = 0;
+}
+
+namespace {
+
+// Along the TeX inputs: the name, then the name with ".tex", which then stays in NAME.
+char *find_input(BoundedBuffer &name) {
+    char *const found = find_path_filename(name.c_str(), path_dirs[slot_texinputs]);
+    if (found || !name.append(".tex"))
+        return found;
+    return find_path_filename(name.c_str(), path_dirs[slot_texinputs]);
+}
+
+} // namespace
+
+void DoFindFile(BoundedBuffer &name) {
+    ml_printf("\nLooking for file <%s>.\n", name.c_str());
+    char *const found = find_input(name);
+    if (!found) {
+        SysBeep(1);
+        ml_printf("Input file not found.\n");
+        return;
+    }
+    add_current_dir(name, found);
+    std::free(found);
+    ml_printf("Found file <%s>.\n", name.c_str());
+    DoTransfer(editor);
+    LaunchAndSendODOC(editor, name.c_str(), 1);
+}
+
+int DoSearchFile(BoundedBuffer &name) {
+    char *const found = find_input(name);
+    if (!found)
+        return 0;
+    BoundedString<1024> absolute;
+    const int converted = convert_path(add_current_dir(absolute, found), name);
+    std::free(found);
+    return converted;
+}
+
+} // namespace quillon

@@ -1,0 +1,122 @@
+// Folders below folders, for the recursive form of a search path.
+#include <cstring>
+
+#include "console/output.h"
+#include "core/job_state.h"
+#include "files/paths.h"
+#include "files/search.h"
+#include "kpath/search_paths.h"
+#include "toolbox/files.h"
+
+namespace quillon {
+
+namespace {
+
+// The list being filled, and the path of the folder being walked: it grows and is cut back along the way.
+struct Expansion {
+    char ***list;
+    std::size_t *count;
+    BoundedString<1024> path;
+};
+
+// A folder on the way from the top: aliases that lead back to one of them are not followed again.
+struct Ancestor {
+    std::int16_t volume;
+    std::int32_t id;
+    const Ancestor *above;
+};
+
+void expand_folder(Expansion &expansion, const Ancestor &folder);
+
+int is_ancestor(const Ancestor *ancestor, std::int16_t volume, std::int32_t id) {
+    for (; ancestor; ancestor = ancestor->above)
+        if (ancestor->volume == volume && ancestor->id == id)
+            return 1;
+    return 0;
+}
+
+int folder_id(const FSSpec *spec, std::int32_t *id) {
+    CInfoPBRec block = {};
+    unsigned char name[64];
+    std::memcpy(name, spec->name, sizeof name);
+    block.ioNamePtr = name;
+    block.ioVRefNum = spec->vRefNum;
+    block.ioDirID = spec->parID == 1 ? 2 : spec->parID;
+    block.ioFDirIndex = spec->parID == 1 ? -1 : 0;
+    if (PBGetCatNameSync(&block) != noErr || (block.ioFlAttrib & kioFlAttribDir) == 0)
+        return 0;
+    *id = block.ioDirID;
+    return 1;
+}
+
+void expand_subfolder(Expansion &expansion, const Ancestor &folder, const unsigned char *pascal_name,
+                      std::int32_t id) {
+    const std::size_t length = expansion.path.length();
+    BoundedString<256> name;
+    from_pascal(pascal_name, name);
+    convert_space(name.data());
+    if (!expansion.path.append(name.view()) || !expansion.path.append("/")) {
+        ml_printf("The path of folder <%s%s> is too long.\n", expansion.path.c_str(), name.c_str());
+    } else {
+        add_directory(expansion.list, expansion.count, expansion.path.c_str());
+        expand_folder(expansion, {folder.volume, id, &folder});
+    }
+    expansion.path.cut(length);
+}
+
+void expand_alias(Expansion &expansion, const Ancestor &folder, const unsigned char *pascal_name) {
+    FSSpec spec = {};
+    std::int32_t id;
+    int is_folder, was_aliased;
+    spec.vRefNum = folder.volume;
+    spec.parID = folder.id;
+    std::memcpy(spec.name, pascal_name, sizeof spec.name);
+    if (ResolveAliasFile(&spec, 1, &is_folder, &was_aliased) != noErr || !is_folder ||
+        !folder_id(&spec, &id) || is_ancestor(&folder, spec.vRefNum, id))
+        return;
+    Expansion target{expansion.list, expansion.count, {}};
+    FSSpecToUnixPath(&spec, target.path);
+    if (target.path.empty() || !target.path.append("/"))
+        return;
+    add_directory(target.list, target.count, target.path.c_str());
+    expand_folder(target, {spec.vRefNum, id, &folder});
+}
+
+void expand_folder(Expansion &expansion, const Ancestor &folder) {
+    unsigned char name[64];
+    CInfoPBRec block = {};
+    for (std::int32_t index = 1;; index++) {
+        block.ioNamePtr = name;
+        block.ioVRefNum = folder.volume;
+        block.ioDirID = folder.id;
+        block.ioFDirIndex = index;
+        if (PBGetCatNameSync(&block) != noErr)
+            return;
+        if (block.ioFlAttrib & kioFlAttribDir)
+            expand_subfolder(expansion, folder, name, block.ioDirID);
+        else if (doAlias && (block.ioFlFndrInfo.fdFlags & kIsAlias))
+            expand_alias(expansion, folder, name);
+    }
+}
+
+} // namespace
+
+void mac_expand_subdir(char ***list, std::size_t *count, const char *folder) {
+    Expansion expansion{list, count, {}};
+    FSSpec spec;
+    std::int32_t id;
+    if (folder[0] == '.') {
+        if (doDebug)
+            ml_printf("\nUnable to search subdirectories of <%s>\n", folder);
+        return;
+    }
+    if (!expansion.path.copy(folder) ||
+        (!expansion.path.view().ends_with('/') && !expansion.path.append("/"))) {
+        ml_printf("The path of folder <%s> is too long.\n", folder);
+        return;
+    }
+    if (UnixPathToFolder(folder, &spec) && folder_id(&spec, &id))
+        expand_folder(expansion, {spec.vRefNum, id, nullptr});
+}
+
+} // namespace quillon

@@ -1,0 +1,231 @@
+#include "kpath/search_paths.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+#include "core/job_state.h"
+#include "files/paths.h"
+#include "files/search.h"
+#include "kpath/font_map.h"
+#include "kpath/utilities.h"
+#include "toolbox/bounded.h"
+
+namespace quillon {
+
+char **path_dirs[search_path_slots];
+
+namespace {
+
+constexpr const char *preset_path = ".";
+constexpr std::size_t component_limit = 255, shortened_limit = 1024;
+
+// A list's variable and what stands in for it while it is not set, in slot order.
+struct PathVariable {
+    const char *names[3];
+};
+constexpr PathVariable path_variables[search_path_slots] = {
+    {{"BIBINPUTS"}},
+    {{"BSTINPUTS", "TEXINPUTS"}},
+    {{"GFFONTS", "TEXFONTS"}},
+    {{"MFBASES"}},
+    {{"MFINPUTS"}},
+    {{"MFPOOL"}},
+    {{"PKFONTS", "TEXPKS", "TEXFONTS"}},
+    {{"TEXFORMATS"}},
+    {{"TEXINPUTS"}},
+    {{"TEXPOOL"}},
+    {{"TEXFONTS"}},
+    {{"VFFONTS", "TEXFONTS"}},
+    {{"MPINPUTS"}},
+    {{"MPMEMS"}},
+    {{"MPPOOL"}},
+    {{"TEXCONFIG"}},
+    {{"OFMFONTS"}},
+    {{"OCPINPUTS"}},
+    {{"OTPINPUTS"}},
+    {{"OVFFONTS"}},
+    {{"DVIPSHEADERS"}},
+    {{"TYPE1FONTS"}},
+    {{nullptr}},
+    {{"ISTFILES"}},
+    {{"AFMFONTS"}},
+    {{"DVIPSEPSF"}},
+    {{"ENCFOLDER"}},
+};
+
+// Path strings expanded so far, with their lists.
+struct SavedPath {
+    char *path;
+    char **list;
+};
+SavedPath *saved_paths = nullptr;
+std::size_t saved_paths_length = 0;
+
+const char *home_folder() {
+    return home ? home : ".";
+}
+
+void add_element(char ***list, std::size_t *count, const char *element) {
+    char *const folder = expand_tilde(element);
+    const std::size_t length = std::strlen(folder);
+    if (length > 2 && std::strcmp(folder + length - 2, "//") == 0) {
+        folder[length - 1] = '\0';
+        add_directory(list, count, folder);
+        mac_expand_subdir(list, count, folder);
+    } else if (length > 0) {
+        add_directory(list, count, folder);
+    }
+    std::free(folder);
+}
+
+char **expand_path(const char *path) {
+    char **list = nullptr;
+    std::size_t count = 0;
+    char *const copy = xstrdup(path);
+    for (char *element = copy, *end; *element; element = end) {
+        const std::size_t length = std::strcspn(element, ":");
+        end = element[length] ? element + length + 1 : element + length;
+        element[length] = '\0';
+        if (length > 0)
+            add_element(&list, &count, element);
+    }
+    std::free(copy);
+    list = static_cast<char **>(xrealloc(list, (count + 1) * sizeof *list));
+    list[count] = nullptr;
+    return list;
+}
+
+// Each component cut to 255 bytes, the whole to 1,024.
+char *shortened(const char *name) {
+    char *const result = static_cast<char *>(xmalloc(shortened_limit + 1));
+    std::size_t length = 0, component = 0;
+    for (; *name && length < shortened_limit; name++) {
+        component = *name == '/' ? 0 : component + 1;
+        if (component <= component_limit)
+            result[length++] = *name;
+    }
+    result[length] = '\0';
+    return result;
+}
+
+int is_direct(const char *name) {
+    return name[0] == '/' || std::strncmp(name, "./", 2) == 0 || std::strncmp(name, "../", 3) == 0 ||
+           std::strchr(name, ':') != nullptr;
+}
+
+} // namespace
+
+void add_directory(char ***list, std::size_t *count, const char *dir) {
+    const std::size_t length = std::strlen(dir);
+    *list = static_cast<char **>(xrealloc(*list, (*count + 1) * sizeof **list));
+    (*list)[(*count)++] = concat(dir, length > 0 && dir[length - 1] == '/' ? "" : "/");
+}
+
+char *expand_default(const char *path, const char *preset) {
+    if (!path)
+        return xstrdup(preset);
+    const std::size_t length = std::strlen(path);
+    if (path[0] == ':')
+        return concat(preset, path);
+    return length > 0 && path[length - 1] == ':' ? concat(path, preset) : xstrdup(path);
+}
+
+char *expand_tilde(const char *name) {
+    if (name[0] != '~' || (name[1] && name[1] != '/'))
+        return xstrdup(name);
+    if (std::strncmp(name, "~/../", 5) == 0)
+        return concat3(shortroot.c_str(), "/", name + 5);
+    return concat(home_folder(), name + 1);
+}
+
+char **initialize_path_list(const char *variable, const char *preset) {
+    char *const value = mygetenv(variable);
+    char *const path = expand_default(value, preset);
+    std::free(value);
+    char **list = nullptr;
+    if (*path) {
+        for (std::size_t i = 0; i < saved_paths_length && !list; i++)
+            if (std::strcmp(saved_paths[i].path, path) == 0)
+                list = saved_paths[i].list;
+        if (!list) {
+            list = expand_path(path);
+            saved_paths = static_cast<SavedPath *>(
+                xrealloc(saved_paths, (saved_paths_length + 1) * sizeof *saved_paths));
+            saved_paths[saved_paths_length++] = {xstrdup(path), list};
+        }
+    }
+    std::free(path);
+    return list;
+}
+
+void setpaths(std::uint32_t mask) {
+    for (int slot = 0; slot < search_path_slots; slot++) {
+        const PathVariable &variable = path_variables[slot];
+        if (!(mask >> slot & 1) || !variable.names[0])
+            continue;
+        const char *chosen = variable.names[0];
+        for (const char *const name : variable.names) {
+            char *const value = name ? mygetenv(name) : nullptr;
+            std::free(value);
+            if (value) {
+                chosen = name;
+                break;
+            }
+        }
+        path_dirs[slot] = initialize_path_list(chosen, preset_path);
+    }
+}
+
+char *readable(const char *name) {
+    errno = 0;
+    if (access(name, 4) == 0)
+        return xstrdup(name);
+    if (errno != ENAMETOOLONG)
+        return nullptr;
+    char *const shorter = shortened(name);
+    if (access(shorter, 4) == 0)
+        return shorter;
+    std::free(shorter);
+    return nullptr;
+}
+
+char *find_path_filename(const char *name, char **list) {
+    char *const expanded = expand_tilde(name);
+    char *found = nullptr;
+    if (is_direct(expanded) || !list) {
+        found = readable(expanded);
+    } else {
+        for (; *list && !found; list++) {
+            char *const candidate = concat(*list, expanded);
+            found = readable(candidate);
+            std::free(candidate);
+        }
+    }
+    std::free(expanded);
+    return found;
+}
+
+char *testreadaccess(const char *name, int slot) {
+    static FontMap *font_map = nullptr;
+    // A slot that setpaths has not filled is an empty list: along it nothing is found.
+    static char *empty_list[1] = {nullptr};
+    char *found = searchCache(name);
+    if (found)
+        return found;
+    char **const list = path_dirs[slot] ? path_dirs[slot] : empty_list;
+    found = find_path_filename(name, list);
+    if (!found && slot == slot_texfonts) {
+        if (!font_map)
+            font_map = map_create(list);
+        if (char *const alias = map_lookup(font_map, name)) {
+            found = find_path_filename(alias, list);
+            std::free(alias);
+        }
+    }
+    if (found)
+        addToCache(name, found);
+    return found;
+}
+
+} // namespace quillon
