@@ -56,10 +56,17 @@ struct Front {
     void (*text_appended)(const void *data, std::size_t size); // after the bytes went into the store
     void (*text_update)(int force);
     void (*text_selection)(int shown);
-    // Clicks and focus; see text_engine.h.
+    // 1 or 0; -1 leaves that one as it is.
     void (*text_focus)(int focus, int active);
     void (*text_idle)();
     void (*text_click)(const EventRecord *event);
+
+    // The rest may be null where there is no display.
+    void (*text_margin)(int margin) = nullptr;
+    // Puts the console's whole text on the clipboard, with line feeds.
+    void (*copy_text)() = nullptr;
+    // The installed font families, from 0, by name; 0 past the end.
+    int (*font_family)(int index, BoundedBuffer &family) = nullptr;
 };
 
 // The front in use, set before start-up.

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 
+#include "toolbox/bounded.h"
 #include "toolbox/events.h"
 #include "toolbox/types.h"
 #include "toolbox/windows.h"
@@ -22,6 +23,8 @@ void TXNShowSelection(TXNObject text, int show);
 void TXNSetTypeAttributes(TXNObject text, const char *font, int size);
 // 1 when the family is installed.
 int FontIsInstalled(const char *family);
+// The installed families, INDEX from 0, by name; 0 past the end.
+int GetFontFamily(int index, BoundedBuffer &family);
 
 // Appends SIZE bytes at the end of the text.
 OSErr TXNSetData(TXNObject text, const void *data, std::size_t size);

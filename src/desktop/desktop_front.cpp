@@ -1,0 +1,265 @@
+// The front with windows: the struct of procedures, and the entry that the shell looks up.
+#include <QApplication>
+#include <QFontDatabase>
+#include <QScreen>
+#include <QSessionManager>
+#include <QTimer>
+
+#include <algorithm>
+
+#include "desktop/attention.h"
+#include "desktop/choosers.h"
+#include "desktop/console_access.h"
+#include "desktop/display.h"
+#include "desktop/event_pump.h"
+#include "desktop/icon.h"
+#include "desktop/main_window.h"
+#include "desktop/message_windows.h"
+#include "front/front.h"
+#include "linux/loop.h"
+
+namespace quillon::desktop {
+
+namespace {
+
+constexpr int smallest_font = 4, largest_font = 144, icon_delay = 300;
+
+// There is one window; the shell only hands its reference back.
+char window_identity;
+
+WindowRef window_ref() {
+    return reinterpret_cast<WindowRef>(&window_identity);
+}
+
+ConsoleView *console() {
+    return main_window() ? main_window()->console() : nullptr;
+}
+
+int nothing_to_do() {
+    return 0;
+}
+
+void nothing_to_wait_for() {}
+
+void commands_admitted(int admitted) {
+    if (!main_window())
+        return;
+    main_window()->menus().set_commands_admitted(admitted != 0);
+    console()->set_commands_admitted(admitted != 0);
+}
+
+int is_front() {
+    return QGuiApplication::applicationState() == Qt::ApplicationActive;
+}
+
+WindowRef new_window(const Rect *bounds, const char *title) {
+    MainWindow *const window = make_main_window(QString::fromUtf8(title ? title : "Quillon"));
+    window->place_content(*bounds);
+    return window_ref();
+}
+
+void show_window(WindowRef window, int show) {
+    if (window && main_window())
+        main_window()->setVisible(show != 0);
+}
+
+void select_window(WindowRef window) {
+    if (!window || !main_window())
+        return;
+    main_window()->show();
+    main_window()->raise();
+    main_window()->activateWindow();
+}
+
+WindowRef front_window() {
+    return main_window() && main_window()->isVisible() ? window_ref() : nullptr;
+}
+
+void window_bounds(WindowRef window, Rect *bounds) {
+    *bounds = window && main_window() ? main_window()->content() : Rect{};
+}
+
+// The desktop's own title bar moves and sizes the window.
+void drag_window(WindowRef, Point) {}
+void grow_window(WindowRef, Point) {}
+
+WindowPart find_window(const EventRecord *, WindowRef *window) {
+    *window = front_window();
+    return *window ? inContent : inDesk;
+}
+
+int screens(Rect *rects, int room) {
+    QList<QScreen *> list = QGuiApplication::screens();
+    list.removeOne(QGuiApplication::primaryScreen());
+    list.prepend(QGuiApplication::primaryScreen());
+    int count = 0;
+    for (const QScreen *const screen : list) {
+        if (!screen || count == room)
+            continue;
+        const QRect area = screen->geometry();
+        rects[count++] = {static_cast<std::int16_t>(area.top()), static_cast<std::int16_t>(area.left()),
+                          static_cast<std::int16_t>(area.top() + area.height()),
+                          static_cast<std::int16_t>(area.left() + area.width())};
+    }
+    return count;
+}
+
+void set_cursor(CursorShape shape) {
+    static CursorShape shown = arrowCursor;
+    if (shape == shown || !main_window())
+        return;
+    shown = shape;
+    const Qt::CursorShape cursor = shape == watchCursor   ? Qt::WaitCursor
+                                   : shape == iBeamCursor ? Qt::IBeamCursor
+                                                          : Qt::ArrowCursor;
+    main_window()->setCursor(cursor);
+    console()->viewport()->setCursor(cursor);
+}
+
+int message_window(const char *name) {
+    return run_message_window(name, main_window());
+}
+
+int navigate(const NavRequest *request, BoundedBuffer &posix_path) {
+    return run_chooser(*request, main_window(), posix_path);
+}
+
+void text_attach(TextStore *store, WindowRef) {
+    if (console())
+        console()->attach(store);
+}
+
+int font_installed(const char *family) {
+    return family && QFontDatabase::hasFamily(QString::fromUtf8(family));
+}
+
+void text_font(const char *family, int size) {
+    if (!console())
+        return;
+    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    if (font_installed(family))
+        font = QFont(QString::fromUtf8(family));
+    font.setPointSize(std::clamp(size, smallest_font, largest_font));
+    console()->set_text_font(font);
+}
+
+void text_appended(const void *, std::size_t) {
+    if (ConsoleView *const view = console())
+        view->appended();
+}
+
+void text_update(int force) {
+    if (ConsoleView *const view = console())
+        view->refresh(force != 0);
+}
+
+void text_selection(int shown) {
+    if (ConsoleView *const view = console())
+        view->show_caret(shown != 0);
+}
+
+void text_focus(int focus, int) {
+    if (focus == 1 && console() && !console()->hasFocus())
+        console()->setFocus();
+}
+
+void text_idle() {
+    if (ConsoleView *const view = console())
+        view->blink_caret();
+}
+
+// The scroll bars are the toolkit's own and have served the click already.
+void text_click(const EventRecord *) {}
+
+void text_margin(int margin) {
+    if (ConsoleView *const view = console())
+        view->set_margin(margin);
+}
+
+void copy_text() {
+    if (ConsoleView *const view = console())
+        view->copy_all();
+}
+
+int font_family(int index, BoundedBuffer &family) {
+    static const QStringList families = QFontDatabase::families();
+    if (index < 0 || index >= families.size())
+        return 0;
+    const QByteArray name = families[index].toUtf8();
+    family.copy_cut({name.constData(), static_cast<std::size_t>(name.size())});
+    return 1;
+}
+
+constexpr Front desktop_front = {
+    .name = "desktop",
+    .sleep = pump_events,
+    .idle = nothing_to_do,
+    .tool_wait = nothing_to_wait_for,
+    .commands_admitted = commands_admitted,
+    .is_front = is_front,
+    .bring_to_front = bring_to_front,
+    .new_window = new_window,
+    .show_window = show_window,
+    .select_window = select_window,
+    .front_window = front_window,
+    .window_bounds = window_bounds,
+    .drag_window = drag_window,
+    .grow_window = grow_window,
+    .find_window = find_window,
+    .screens = screens,
+    .set_cursor = set_cursor,
+    .beep = QApplication::beep,
+    .notify = notify,
+    .message_window = message_window,
+    .navigate = navigate,
+    .text_attach = text_attach,
+    .text_font = text_font,
+    .font_installed = font_installed,
+    .text_appended = text_appended,
+    .text_update = text_update,
+    .text_selection = text_selection,
+    .text_focus = text_focus,
+    .text_idle = text_idle,
+    .text_click = text_click,
+    .text_margin = text_margin,
+    .copy_text = copy_text,
+    .font_family = font_family,
+};
+
+void sync_menus() {
+    if (main_window())
+        main_window()->menus().sync();
+}
+
+void make_application(int argc, char **argv) {
+    static int count = argc;
+    static char **const arguments = argv;
+    // The host's signals are blocked before the toolkit starts its threads.
+    LoopDescriptor();
+    QGuiApplication::setDesktopFileName(QStringLiteral("org.quillon.Shell"));
+    QCoreApplication::setApplicationName(QStringLiteral("org.quillon.Shell"));
+    QGuiApplication::setApplicationDisplayName(QStringLiteral("Quillon"));
+    // Lives as long as the process: the shell leaves by exit().
+    auto *const application = new QApplication(count, arguments);
+    QApplication::setQuitOnLastWindowClosed(false);
+    QObject::connect(application, &QGuiApplication::commitDataRequest, application,
+                     [](QSessionManager &) { post_leave(); });
+    watch_activation();
+    offer_console_access();
+    set_before_wait(sync_menus);
+    // The first paint does not wait for the icon.
+    QTimer::singleShot(icon_delay, application, [] { QApplication::setWindowIcon(shell_icon()); });
+}
+
+} // namespace
+
+} // namespace quillon::desktop
+
+// ARGV must last as long as the process. Null when no display opens.
+extern "C" __attribute__((visibility("default"))) const quillon::Front *quillon_desktop_front(int argc,
+                                                                                              char **argv) {
+    if (!quillon::desktop::display_opens())
+        return nullptr;
+    quillon::desktop::make_application(argc, argv);
+    return &quillon::desktop::desktop_front;
+}

@@ -1,0 +1,103 @@
+#include "desktop/event_pump.h"
+
+#include <QApplication>
+#include <QBasicTimer>
+#include <QDialog>
+#include <QObject>
+#include <QSocketNotifier>
+#include <QTimerEvent>
+
+#include "linux/loop.h"
+
+namespace quillon::desktop {
+
+namespace {
+
+bool something_happened = false;
+void (*before_wait)() = nullptr;
+
+// A modal window holds up the shell's own loop: one that is asked to leave closes it.
+void close_modal_windows() {
+    for (int depth = 0; depth < 8; ++depth) {
+        auto *const dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+        if (!dialog)
+            return;
+        dialog->reject();
+    }
+}
+
+class Waker : public QObject {
+  public:
+    Waker() : notifier_(LoopDescriptor(), QSocketNotifier::Read) {
+        QObject::connect(&notifier_, &QSocketNotifier::activated, this, [] {
+            something_happened = LoopDispatch() != 0 || something_happened;
+            if (LeaveRequested())
+                close_modal_windows();
+        });
+    }
+
+    void start(int milliseconds) {
+        expired_ = false;
+        if (milliseconds > 0)
+            timer_.start(milliseconds, Qt::CoarseTimer, this);
+    }
+    void stop() { timer_.stop(); }
+    bool expired() const { return expired_; }
+
+  protected:
+    void timerEvent(QTimerEvent *) override {
+        expired_ = true;
+        timer_.stop();
+    }
+
+  private:
+    QSocketNotifier notifier_;
+    QBasicTimer timer_;
+    bool expired_ = false;
+};
+
+} // namespace
+
+void set_before_wait(void (*procedure)()) {
+    before_wait = procedure;
+}
+
+void pump_events(int milliseconds) {
+    // Lives as long as the process: the shell leaves by exit().
+    static Waker *const waker = new Waker;
+    if (before_wait)
+        before_wait();
+    // Served by hand once, which also arms the descriptor.
+    something_happened = LoopDispatch() != 0;
+    QCoreApplication::processEvents();
+    if (milliseconds == 0 || something_happened)
+        return;
+    waker->start(milliseconds);
+    while (!something_happened && !waker->expired())
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    waker->stop();
+}
+
+std::uint16_t event_modifiers(Qt::KeyboardModifiers modifiers) {
+    unsigned result = 0;
+    if (modifiers & Qt::ControlModifier)
+        result |= cmdKey;
+    if (modifiers & Qt::ShiftModifier)
+        result |= shiftKey;
+    if (modifiers & Qt::AltModifier)
+        result |= optionKey;
+    return static_cast<std::uint16_t>(result);
+}
+
+void post_event(std::uint16_t what, std::uint32_t message, std::uint16_t modifiers, Point where) {
+    PostEvent(what, message, modifiers, where);
+    something_happened = true;
+}
+
+void post_leave() {
+    RequestLeave();
+    something_happened = true;
+    close_modal_windows();
+}
+
+} // namespace quillon::desktop

@@ -1,0 +1,120 @@
+#include "desktop/menu_mirror.h"
+
+#include <QApplication>
+#include <QGuiApplication>
+
+#include "core/event_loop.h"
+#include "desktop/event_pump.h"
+#include "desktop/shell_text.h"
+
+namespace quillon::desktop {
+
+namespace {
+
+// A menu longer than this scrolls instead of covering the screen in columns.
+constexpr std::int16_t long_menu = 30;
+
+// The title with the first letter that no other title uses as its mnemonic.
+QString bar_title(const char *title, QString &taken) {
+    QString text = label_text(title);
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar letter = text[i].toLower();
+        if (letter.isLetter() && !taken.contains(letter)) {
+            taken += letter;
+            return text.insert(i, u'&');
+        }
+    }
+    return text;
+}
+
+} // namespace
+
+MirrorMenu::MirrorMenu(MenuHandle menu, QWidget *parent) : QMenu(parent), menu_(menu) {
+    connect(this, &QMenu::aboutToShow, this, &MirrorMenu::mirror);
+}
+
+void MirrorMenu::mirror() {
+    FillMenu(menu_);
+    ChangeMenus();
+    clear();
+    for (QMenu *const submenu : submenus_)
+        submenu->deleteLater();
+    submenus_.clear();
+    const std::int16_t count = CountMenuItems(menu_);
+    for (std::int16_t item = 1; item <= count; ++item)
+        add_item(item);
+    if (count > long_menu && styleSheet().isEmpty())
+        setStyleSheet(QStringLiteral("QMenu { menu-scrollable: 1; }"));
+}
+
+void MirrorMenu::add_item(std::int16_t item) {
+    if (IsSeparator(menu_, item)) {
+        addSeparator();
+        return;
+    }
+    BoundedString<1024> bytes;
+    GetMenuItemText(menu_, item, bytes);
+    QString text = label_text(bytes.c_str());
+    // The key is shown only: command keys are looked up by the shell.
+    if (const char key = GetItemCmd(menu_, item))
+        text += QStringLiteral("\tCtrl+") + QChar::fromLatin1(key).toUpper();
+    QAction *action = nullptr;
+    if (const std::int16_t submenu = GetMenuItemHierarchicalID(menu_, item)) {
+        submenus_.append(new MirrorMenu(GetMenuHandle(submenu), this));
+        action = addMenu(submenus_.last());
+        action->setText(text);
+    } else {
+        action = addAction(text);
+        const auto choice =
+            static_cast<std::uint32_t>(GetMenuID(menu_)) << 16 | static_cast<std::uint32_t>(item);
+        connect(action, &QAction::triggered, this, [choice] {
+            post_event(mouseDown, choice, event_modifiers(QGuiApplication::queryKeyboardModifiers()));
+        });
+    }
+    action->setEnabled(IsMenuItemEnabled(menu_, item) != 0);
+    action->setCheckable(IsItemChecked(menu_, item) != 0);
+    action->setChecked(IsItemChecked(menu_, item) != 0);
+}
+
+MenuMirror::MenuMirror(QMenuBar *bar) : bar_(bar) {
+    // The bar keeps its height while the shell has not made its menus yet.
+    bar_->addAction(QStringLiteral(" "));
+    bar_->setMinimumHeight(bar_->sizeHint().height());
+    bar_->clear();
+}
+
+void MenuMirror::sync() {
+    if (seen_ == MenuChangeCount())
+        return;
+    seen_ = MenuChangeCount();
+    QList<MenuHandle> handles;
+    for (int index = 0; MenuHandle handle = GetMenuOfBar(index); ++index)
+        handles.append(handle);
+    if (handles != handles_) {
+        bar_->clear();
+        qDeleteAll(menus_);
+        menus_.clear();
+        QString taken;
+        for (const MenuHandle handle : handles) {
+            menus_.append(new MirrorMenu(handle, bar_));
+            menus_.last()->setTitle(bar_title(GetMenuTitle(handle), taken));
+            bar_->addMenu(menus_.last());
+        }
+        handles_ = handles;
+    }
+    for (qsizetype i = 0; i < menus_.size(); ++i)
+        menus_[i]->menuAction()->setEnabled(admitted_ && IsMenuItemEnabled(handles_[i], 0));
+}
+
+void MenuMirror::set_commands_admitted(bool admitted) {
+    if (admitted == admitted_)
+        return;
+    admitted_ = admitted;
+    if (!admitted)
+        for (MirrorMenu *const menu : menus_)
+            menu->close();
+    for (qsizetype i = 0; i < menus_.size(); ++i)
+        menus_[i]->menuAction()->setEnabled(admitted && IsMenuItemEnabled(handles_[i], 0));
+}
+
+} // namespace quillon::desktop
