@@ -13,7 +13,6 @@ void AutoViewPDFFile();
 void CallTheEditor();
 void doAfterTeX();
 void doAfterPdfTeX();
-void PDFExecute();
 
 } // namespace quillon
 

@@ -1,5 +1,5 @@
-// The event sources of this host (the bus, child processes, signals, timers) as one descriptor, so that either
-// front can sleep on it.
+// The event sources of this host (the bus, child processes, signals, timers) as one descriptor, so that
+// either front can sleep on it.
 #ifndef QUILLON_LINUX_LOOP_H
 #define QUILLON_LINUX_LOOP_H
 

@@ -89,6 +89,10 @@ OSErr AESetInteractionAllowed(std::int32_t level);
 // Handles the received event of a high-level event record and sends its reply.
 OSErr AEProcessAppleEvent(const EventRecord *event);
 
+// What a caller on the shell's own bus interface is told of an 'exec' beyond its reply: 'none' (the default),
+// 'nrun' no such tool or the launch failed, 'cncl' cancelled, 'unkn' unknown command. Cleared at each dispatch.
+void AESetCallOutcome(OSType outcome);
+
 // The event id packed in a high-level event record.
 inline OSType high_level_event_id(const EventRecord &event)
 {

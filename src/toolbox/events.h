@@ -76,6 +76,10 @@ std::uint32_t GetDblTime();
 // bus. The loop ends any run, saves and exits.
 void RequestLeave();
 int LeaveRequested();
+// Another program asks to cancel the run in progress, wherever the shell stands on the screen. CancelRequested
+// takes the request.
+void RequestCancel();
+int CancelRequested();
 
 } // namespace quillon
 

@@ -1,0 +1,244 @@
+#include "core/commands.h"
+
+#include <cstdio>
+
+#include "console/output.h"
+#include "console/window.h"
+#include "core/command_table.h"
+#include "core/job_state.h"
+#include "dialogs/message_windows.h"
+#include "files/signatures.h"
+#include "files/streams.h"
+#include "front/front.h"
+#include "jobs/tex_runs.h"
+#include "menus/formats.h"
+#include "menus/menus.h"
+#include "menus/recent_files.h"
+#include "settings/settings.h"
+#include "tools/processes.h"
+#include "viewers/viewers.h"
+
+namespace quillon {
+
+void command_about(std::int16_t) {
+    aboutApp();
+}
+
+void command_leave(std::int16_t) {
+    // The application menu's own Quit is a quit event, and works after a fatal error too.
+    PostHighLevelEvent(four("aevt"), four("quit"), 0);
+}
+
+void command_typeset_chosen(std::int16_t) {
+    if (usePdfTeX)
+        DoPdfTeX(nullptr);
+    else
+        DoTeX(nullptr);
+}
+
+void command_typeset_current(std::int16_t) {
+    if (usePdfTeX)
+        DoMenuPdfTeX(0);
+    else
+        DoMenuTeX(0);
+}
+
+void command_repeat(std::int16_t) {
+    if (usePdfTeX)
+        DoMenuPdfTeX(1);
+    else
+        DoMenuTeX(1);
+}
+
+void command_view_dvi(std::int16_t) {
+    OpenDviFile(mydvifile.c_str());
+}
+
+void command_view_ps(std::int16_t) {
+    ViewPS();
+}
+
+void command_view_pdf(std::int16_t) {
+    ViewPdf();
+}
+
+void command_save_console(std::int16_t) {
+    SaveConsole();
+}
+
+void command_quit(std::int16_t) {
+    SaveRecentItems();
+    doQuit = 1;
+}
+
+void command_setpaths(std::int16_t) {
+    if (IsApp(setup.c_str()))
+        DoTransfer(setup.c_str());
+    else
+        ml_printf("I can't find setpaths. It should be in the binaries folder.\n");
+}
+
+void command_copy(std::int16_t) {
+    front->copy_text();
+}
+
+void command_clear(std::int16_t) {
+    ClearTextWindow();
+}
+
+// Switches a flag, marks its item with MARK of the new value, and stores it under KEY (null: not stored).
+static void toggle(std::uint8_t &flag, MenuHandle menu, std::int16_t item, const char *key,
+                   int inverted = 0) {
+    flag = !flag;
+    CheckMenuItem(menu, item, inverted ? !flag : flag);
+    if (key)
+        set_str_resource(key, flag ? "1" : "0");
+}
+
+void toggle_pdftex(std::int16_t item) {
+    // Kept on purpose: the item is checked while pdfTeX is off.
+    toggle(usePdfTeX, optionsMenu, item, "USEPDFTEX", 1);
+}
+
+void toggle_specials(std::int16_t item) {
+    toggle(addSpecials, optionsMenu, item, "ADDSPECIALS");
+}
+
+void toggle_record(std::int16_t item) {
+    toggle(doRecord, optionsMenu, item, "DORECORD");
+}
+
+void toggle_view(std::int16_t item) {
+    toggle(doView, optionsMenu, item, "AUTOVIEW");
+}
+
+void toggle_debug(std::int16_t item) {
+    toggle(doDebug, optionsMenu, item, "DEBUG");
+}
+
+void toggle_8bit(std::int16_t item) {
+    toggle(use8bit, editMenu, item, "USE8BIT");
+}
+
+void toggle_etex(std::int16_t item) {
+    toggle(useETeX, optionsMenu, item, nullptr);
+    SetFormatMenu();
+    SetDefaultFormat();
+}
+
+void toggle_parse(std::int16_t item) {
+    toggle(parseFirstLine, optionsMenu, item, nullptr);
+}
+
+void choose_font(std::int16_t item) {
+    BoundedString<256> font;
+    if (oldItem != 0)
+        CheckMenuItem(fontMenu, static_cast<std::int16_t>(oldItem), 0);
+    CheckMenuItem(fontMenu, item, 1);
+    oldItem = item;
+    GetMenuItemText(fontMenu, item, font);
+    set_str_resource("FONTNAME", font.c_str());
+}
+
+static void typeset_recent(std::int16_t item) {
+    const char *const path = RecentFile[item].c_str();
+    std::FILE *const file = myfopen(path, "r");
+    if (!file) {
+        if (ConfirmDelete() == 1)
+            DeleteRecentFile(item);
+        return;
+    }
+    std::fclose(file);
+    // The run moves the entry to the top, so the path is kept first.
+    BoundedString<256> chosen;
+    chosen.copy(path);
+    if (usePdfTeX)
+        DoRecentPdfTeX(chosen.c_str());
+    else
+        DoRecentTeX(chosen.c_str());
+}
+
+void choose_recent(std::int16_t item) {
+    const std::int16_t count = CountMenuItems(recentMenu);
+    if (item < 1 || item > count)
+        return;
+    if (item == count)
+        DeleteAllRecentItems();
+    else if (item == count - 1)
+        ShowFullRecentPaths();
+    else if (item < count - 2)
+        typeset_recent(item);
+}
+
+void choose_mp_format(std::int16_t item) {
+    mp_format_type = item;
+    CheckMenuItem(mpformatMenu, item, 1);
+    CheckMenuItem(mpformatMenu, item == 1 ? 2 : 1, 0);
+    set_str_resource("MPTEXFORMAT", item == 2 ? "2" : "1");
+}
+
+int has_tex_file() {
+    return !dotexfile.empty();
+}
+
+int has_last_command() {
+    return !lastcommand.empty();
+}
+
+int has_bib_file() {
+    return !mybibfile.empty();
+}
+
+int has_dvi_file() {
+    return !mydvifile.empty();
+}
+
+int has_ps_file() {
+    return !mypsfile.empty();
+}
+
+int has_pdf_file() {
+    return !mypdffile.empty();
+}
+
+int pdftex_is_off() {
+    return !usePdfTeX;
+}
+
+int specials_are_on() {
+    return addSpecials;
+}
+
+int record_is_on() {
+    return doRecord;
+}
+
+int view_is_on() {
+    return doView;
+}
+
+int debug_is_on() {
+    return doDebug;
+}
+
+int eight_bit_is_on() {
+    return use8bit;
+}
+
+int etex_is_on() {
+    return useETeX;
+}
+
+int parse_is_on() {
+    return parseFirstLine;
+}
+
+int mp_format_is_1() {
+    return mp_format_type == 1;
+}
+
+int mp_format_is_2() {
+    return mp_format_type == 2;
+}
+
+} // namespace quillon

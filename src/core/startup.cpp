@@ -1,0 +1,183 @@
+#include "core/startup.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "console/output.h"
+#include "console/window.h"
+#include "core/event_loop.h"
+#include "core/job_scope.h"
+#include "core/job_state.h"
+#include "dialogs/choosers.h"
+#include "events/handlers.h"
+#include "files/paths.h"
+#include "files/search.h"
+#include "files/signatures.h"
+#include "kpath/search_paths.h"
+#include "menus/current_files.h"
+#include "menus/formats.h"
+#include "menus/menus.h"
+#include "settings/setting_table.h"
+#include "settings/settings.h"
+#include "toolbox/events.h"
+#include "tools/processes.h"
+#include "tools/shell_commands.h"
+
+namespace quillon {
+
+// A block held back so that the out-of-memory exit has room to show its alert.
+static constexpr std::size_t reserve_size = 32000;
+
+void SetUpCursors() {
+    restore();
+}
+
+void restore() {
+    SetCursor(arrowCursor);
+}
+
+void mywait() {
+    SetCursor(watchCursor);
+}
+
+void SetEditCursor() {
+    SetCursor(iBeamCursor);
+}
+
+static void probe_system() {
+    std::int32_t answer = 0;
+    hasAqua = Gestalt(gestaltMenuMgrAttr, &answer) == noErr && answer & 2 ? 1 : 0;
+    if (Gestalt(gestaltSystemVersion, &answer) == noErr) {
+        haveosx = answer > 0x0FFF;
+        hasSys9 = answer > 0x08FF;
+    }
+}
+
+static void read_space_char() {
+    int value = 0;
+    const char *const setting = get_str_resource("SPACECHAR");
+    if (!setting || std::sscanf(setting, "%d", &value) != 1)
+        value = 202;
+    if (static_cast<unsigned>(value) - 1u > 254)
+        value = 202;
+    space_char = value;
+}
+
+static void read_first_flags() {
+    read_space_char();
+    usePdfTeX = read_flag("USEPDFTEX");
+    doDebug = 1;
+    useETeX = 0;
+    doDebug = read_flag("DEBUG");
+    dataBaseSearch = read_flag("DATABASE");
+    use8bit = read_flag("USE8BIT");
+    const char *const setting = get_str_resource("MPTEXFORMAT");
+    mp_format_type = setting && setting[0] == '2' ? 2 : 1;
+}
+
+static void name_tools() {
+    const struct {
+        BoundedBuffer &path;
+        const char *format;
+    } tools[] = {
+        {texexe, "%s/tex.app"},         {etexexe, "%s/etex.app"},       {pdfexe, "%s/pdftex.app"},
+        {pdfeexe, "%s/pdfetex.app"},    {dvipreview, "%s/dviview.app"}, {dvipsexe, "%s/dvips.app"},
+        {bibexe, "%s/bibtex.app"},      {mkexe, "%s/makeindex.app"},    {mpostexe, "%s/mpost.app"},
+        {dvipdfmexe, "%s/dvipdfm.app"},
+    };
+    for (const auto &tool : tools)
+        tool.path.format(tool.format, home ? home : "");
+}
+
+static void find_applications() {
+    viewpsexe = GetApp("VIEWPS");
+    ps2pdfexe = GetApp("PS2PDFEXE");
+    if (!get_sig(dvipreview.c_str(), &preview_creator))
+        preview_creator = four("QVW8");
+    editor = GetApp("Editor");
+    ed_creator = get_editor_info(editor ? editor : "");
+    setup.format("%s/setpaths.app", home ? home : "");
+    pdfview = GetApp("PDFVIEW");
+}
+
+static void restore_last(const char *key, BoundedBuffer &target) {
+    char *const value = myget_string(key);
+    if (!value || !target.copy(value))
+        target.clear();
+    std::free(value);
+}
+
+static constexpr std::uint32_t slot_bit(int slot) {
+    return 1u << slot;
+}
+
+int initial() {
+    probe_system();
+    reserveMemory = std::malloc(reserve_size);
+    DoAEInstallation();
+    CreateNavUPP();
+    SetUpCursors();
+    check_config();
+    inBackground = !GetApplName(progname, &appvol, &appdir);
+    theConsole = SetUpTextWindow(progname.c_str(), 1);
+    read_first_flags();
+    NoPrefFile();
+    home = SetTilde();
+    curr_dir.copy(home ? home : "");
+    doAlias = 0;
+    useFullPaths = read_flag("USEFULLPATHS");
+    doView = read_flag("AUTOVIEW");
+    addSpecials = read_flag("ADDSPECIALS");
+    doRecord = read_flag("DORECORD");
+    parseFirstLine = 0;
+    SetUpMenus();
+    name_tools();
+    find_applications();
+    setpaths(slot_bit(slot_texformats) | slot_bit(slot_texinputs) | slot_bit(slot_texconfig) |
+             slot_bit(slot_dvipsheaders) | slot_bit(slot_encfolder));
+    fname.clear();
+    format_name.clear();
+    SetFormatMenu();
+    SetDefaultFormat();
+    OldTeXFile();
+    restore_last("LASTCOMMAND", lastcommand);
+    restore_last("LASTDIR", lastdir);
+    restore();
+    ReadTables();
+    if (haveosx)
+        getMachOCalls();
+    return 1;
+}
+
+void shell_main() {
+    myMask = mask_waiting;
+    if (!initial())
+        at_exit = 1;
+    myMask = everyEvent;
+    doQuit = 0;
+    notifying = 0;
+    restore();
+    for (;;)
+        main_event(mask_every_event);
+}
+
+void DoJump(int code) {
+    restore();
+    exit_status = code;
+    // The job that failed will never end by itself.
+    while (job_running())
+        end_job();
+    if (code == -50) {
+        std::free(reserveMemory);
+        if (!inBackground)
+            StopAlert(900);
+        std::exit(0);
+    }
+    forceQuit = 1;
+    ml_printf("\nA serious error has occurred.\n");
+    for (;;)
+        main_event(mask_every_event);
+}
+
+} // namespace quillon

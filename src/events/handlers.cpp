@@ -1,0 +1,271 @@
+#include "events/handlers.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include "console/output.h"
+#include "console/window.h"
+#include "core/event_loop.h"
+#include "core/job_scope.h"
+#include "core/job_state.h"
+#include "files/paths.h"
+#include "files/search.h"
+#include "jobs/tex_runs.h"
+#include "menus/menus.h"
+#include "menus/recent_files.h"
+#include "tools/tool_call.h"
+#include "tools/tool_runs.h"
+
+namespace quillon {
+
+BoundedString<1024> odocfile;
+
+static const char busy_text[] = "TeX is busy with another request.";
+static const char exec_busy_text[] = "TeX is busy with a previous request.";
+static const char accepted_text[] = "TeX is processing your request.";
+
+static int expects_reply(const AppleEvent *reply) {
+    return reply->data != nullptr;
+}
+
+static void put_text(AppleEvent *reply, OSType keyword, const char *text) {
+    if (expects_reply(reply))
+        AEPutParamPtr(reply, keyword, typeChar, text, std::strlen(text));
+}
+
+OSErr RequiredCheck(const AppleEvent *event) {
+    OSType missed = 0;
+    const OSErr error = AEGetAttributePtr(event, keyMissedKeywordAttr, typeWildCard, &missed, sizeof missed);
+    if (error == errAEDescNotFound)
+        return noErr;
+    return error == noErr ? static_cast<OSErr>(errAEEventNotHandled) : error;
+}
+
+// Refuses a request when start-up failed.
+static OSErr refuse_when_busy(AppleEvent *reply, const char *text) {
+    if (!at_exit)
+        return noErr;
+    put_text(reply, keyErrorString, text);
+    return errAEEventNotHandled;
+}
+
+// The direct text of an event in BUFFER; what does not fit is left out, and that is said.
+static void read_text(const AppleEvent *event, BoundedBuffer &buffer) {
+    std::size_t size = 0;
+    buffer.clear();
+    if (AEGetParamPtr(event, keyDirectObject, typeChar, buffer.data(), buffer.capacity() - 1, &size) != noErr)
+        return;
+    const std::size_t room = buffer.capacity() - 1;
+    buffer.cut(size < room ? size : room);
+    buffer.data()[size < room ? size : room] = '\0';
+    if (size > room)
+        ml_printf("A text of %lu characters was received; only its first %lu are used.\n",
+                  static_cast<unsigned long>(size), static_cast<unsigned long>(room));
+}
+
+OSErr HandleOAPP(const AppleEvent *event, AppleEvent *, std::int32_t) {
+    return RequiredCheck(event);
+}
+
+// The Unix path of a location; 0 when it does not fit.
+static int unix_path_of(FSSpec *spec, BoundedBuffer &path) {
+    BoundedString<64> leaf;
+    from_pascal(spec->name, leaf);
+    convert_space(leaf.data());
+    return get_unixpath_by_dirid(spec->vRefNum, spec->parID, path) && path.append("/") &&
+           path.append(leaf.view());
+}
+
+OSErr HandleODOC(const AppleEvent *event, AppleEvent *reply, std::int32_t) {
+    OSErr error = refuse_when_busy(reply, busy_text);
+    if (error != noErr)
+        return error;
+    AEDescList list;
+    if ((error = AEGetParamDesc(event, keyDirectObject, typeAEList, &list)) != noErr)
+        return error;
+    if ((error = RequiredCheck(event)) != noErr) {
+        AEDisposeDesc(&list);
+        return error;
+    }
+    std::int32_t count = 0;
+    AECountItems(&list, &count);
+    if (count >= 1) {
+        FSSpec spec = {};
+        if ((error = AEGetNthPtr(&list, 1, typeFSS, &spec, sizeof spec, nullptr)) != noErr) {
+            AEDisposeDesc(&list);
+            return error;
+        }
+        if (!unix_path_of(&spec, odocfile)) {
+            odocfile.clear();
+            ml_printf("The path of the document is too long for Quillon.\n");
+        }
+    }
+    doAppleTeX = 1;
+    AEDisposeDesc(&list);
+    return noErr;
+}
+
+OSErr HandlePDOC(const AppleEvent *, AppleEvent *, std::int32_t) {
+    return errAEEventNotHandled;
+}
+
+OSErr HandleQUIT(const AppleEvent *, AppleEvent *, std::int32_t) {
+    SaveRecentItems();
+    TextCleanUp();
+    std::exit(0);
+}
+
+int SetCurrDirFromParameter(BoundedBuffer &command) {
+    BoundedString<1024> folder, hfs_path;
+    FSSpec spec = {};
+    int is_folder = 0, was_alias = 0;
+    char *const mark = std::strstr(command.data(), " -@ ");
+    if (!mark)
+        return 0;
+    const char *const rest = mark + 4;
+    std::memset(mark, 0, 4);
+    if (!*rest || !folder.copy(rest))
+        return 0;
+    convert_path(folder.c_str(), hfs_path);
+    if (FSMakeFSSpec(0, 0, hfs_path.c_str(), &spec) != noErr ||
+        ResolveAliasFile(&spec, 1, &is_folder, &was_alias) != noErr || !is_folder)
+        return 0;
+    BoundedString<1024> path;
+    return FSSpecToUnixPath(&spec, path) && curr_dir.copy(path.view());
+}
+
+// curr_dir from 'dest', the binaries folder without one.
+static void take_folder(const AppleEvent *event) {
+    FSSpec spec = {};
+    BoundedString<1024> path;
+    if (AEGetParamPtr(event, four("dest"), typeFSS, &spec, sizeof spec, nullptr) != noErr) {
+        curr_dir.copy(home ? home : "");
+        return;
+    }
+    FSSpecToUnixPath(&spec, path);
+    if (!curr_dir.copy(path.view())) {
+        curr_dir.clear();
+        ml_printf("The path \"%s\" is too long for Quillon.\n", path.c_str());
+    }
+}
+
+// Tells a caller on the bus what the exit status does not.
+static void tell_outcome() {
+    static const OSType outcomes[] = {four("none"), four("nrun"), four("cncl"), four("unkn")};
+    AESetCallOutcome(outcomes[job_outcome]);
+}
+
+OSErr HandleAppleScript(const AppleEvent *event, AppleEvent *reply, std::int32_t) {
+    OSErr error = refuse_when_busy(reply, exec_busy_text);
+    if (error != noErr)
+        return error;
+    read_text(event, mycommand);
+    take_folder(event);
+    SetCurrDirFromParameter(mycommand);
+    if ((error = RequiredCheck(event)) != noErr) {
+        ml_printf("I missed something.\n");
+        return error;
+    }
+    DoAppleScript();
+    tell_outcome();
+    if (expects_reply(reply))
+        AEPutParamPtr(reply, keyDirectObject, typeLongInteger, &exit_status, sizeof exit_status);
+    return noErr;
+}
+
+// What 'find' and 'loca' share: the text into findString.
+static OSErr take_find_text(const AppleEvent *event, AppleEvent *reply) {
+    OSErr error = refuse_when_busy(reply, busy_text);
+    if (error != noErr)
+        return error;
+    read_text(event, findString);
+    if ((error = RequiredCheck(event)) != noErr)
+        ml_printf("I missed something.\n");
+    return error;
+}
+
+OSErr HandleFIND(const AppleEvent *event, AppleEvent *reply, std::int32_t) {
+    const OSErr error = take_find_text(event, reply);
+    if (error != noErr)
+        return error;
+    put_text(reply, keyErrorString, accepted_text);
+    doFind = 1;
+    return noErr;
+}
+
+OSErr HandleLocate(const AppleEvent *event, AppleEvent *reply, std::int32_t) {
+    const OSErr error = take_find_text(event, reply);
+    if (error != noErr)
+        return error;
+    if (!DoSearchFile(findString))
+        findString.clear();
+    put_text(reply, keyDirectObject, findString.c_str());
+    return noErr;
+}
+
+OSErr HandleFormats(const AppleEvent *event, AppleEvent *reply, std::int32_t) {
+    static BoundedString<32768> joined;
+    BoundedString<256> text;
+    const OSErr error = RequiredCheck(event);
+    if (error != noErr)
+        return error;
+    joined.clear();
+    for (std::int16_t item = 3; item <= CountMenuItems(formatMenu); item++) {
+        GetMenuItemText(formatMenu, item, text);
+        if (item > 3)
+            joined.append(" ");
+        joined.append(text.view());
+    }
+    put_text(reply, keyDirectObject, joined.c_str());
+    return noErr;
+}
+
+// The session bus has gone: what runs ends, and no tool can be reached any more.
+static OSErr HandleBusGone(const AppleEvent *, AppleEvent *, std::int32_t) {
+    ml_printf("\nThe session bus has gone. Tools cannot be run until Quillon is started again.\n");
+    return noErr;
+}
+
+void DoAEInstallation() {
+    static const struct {
+        OSType event_class, id;
+        AEEventHandler handler;
+    } table[] = {
+        {four("aevt"), four("oapp"), HandleOAPP},        {four("aevt"), four("odoc"), HandleODOC},
+        {four("aevt"), four("pdoc"), HandlePDOC},        {four("aevt"), four("quit"), HandleQUIT},
+        {four("QUIL"), four("exec"), HandleAppleScript}, {four("QUIL"), four("find"), HandleFIND},
+        {four("QUIL"), four("frmt"), HandleFormats},     {four("QUIL"), four("loca"), HandleLocate},
+        {four("aevt"), four("ansr"), HandleReply},       {four("QUIL"), four("exit"), HandleExit},
+        {four("QUIL"), four("gone"), HandleBusGone},
+    };
+    for (const auto &entry : table)
+        AEInstallEventHandler(entry.event_class, entry.id, entry.handler, 0);
+    AESetInteractionAllowed(kAEInteractWithAll);
+}
+
+// What a document is opened with, by its extension; TeX without one of these.
+static void run_tool_on(const char *extension) {
+    ml_printf("Quillon cannot open %s files from outside.\n", extension);
+}
+
+void doOpenDoc() {
+    BoundedString<1024> folder, leaf;
+    split_path(odocfile.c_str(), folder, leaf);
+    if (leaf.length() > 29) {
+        ml_printf("Filename \"%s\" is too long for Quillon.\n", leaf.c_str());
+        odocfile.clear();
+        return;
+    }
+    static const char *const companions[] = {".dvi", ".aux", ".ps", ".idx", ".glo", ".mp"};
+    for (const char *const extension : companions)
+        if (has_extension(odocfile.c_str(), extension)) {
+            run_tool_on(extension);
+            return;
+        }
+    if (usePdfTeX)
+        DoPdfTeX(odocfile.c_str());
+    else
+        DoTeX(odocfile.c_str());
+}
+
+} // namespace quillon

@@ -1,0 +1,7 @@
+#include "front/front.h"
+
+namespace quillon {
+
+const Front *front = nullptr;
+
+} // namespace quillon

@@ -1,0 +1,224 @@
+// The model behind the menus.
+#include "toolbox/menus.h"
+
+#include <deque>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace quillon {
+
+struct MenuItem {
+    std::string text;
+    bool separator = false, enabled = true, checked = false;
+    char key = 0;
+    std::int16_t submenu = 0;
+};
+
+struct Menu {
+    std::int16_t id = 0;
+    std::string title;
+    bool enabled = true;
+    std::vector<MenuItem> items;
+    void (*fill)(MenuHandle menu) = nullptr;
+};
+
+static std::map<std::int16_t, Menu> menus;
+static std::vector<MenuHandle> bar;
+static std::uint32_t changes = 0;
+
+MenuHandle NewMenu(std::int16_t id, const char *title) {
+    changes++;
+    Menu &menu = menus[id];
+    menu.id = id;
+    menu.title = title;
+    menu.items.clear();
+    return &menu;
+}
+
+MenuHandle GetMenuHandle(std::int16_t id) {
+    const auto found = menus.find(id);
+    return found == menus.end() ? nullptr : &found->second;
+}
+
+void InsertMenu(MenuHandle menu) {
+    changes++;
+    bar.push_back(menu);
+}
+
+MenuHandle GetMenuOfBar(int index) {
+    return index >= 0 && static_cast<std::size_t>(index) < bar.size() ? bar[static_cast<std::size_t>(index)]
+                                                                      : nullptr;
+}
+
+std::int16_t GetMenuID(MenuHandle menu) {
+    return menu->id;
+}
+
+const char *GetMenuTitle(MenuHandle menu) {
+    return menu->title.c_str();
+}
+
+std::int16_t CountMenuItems(MenuHandle menu) {
+    return menu ? static_cast<std::int16_t>(menu->items.size()) : static_cast<std::int16_t>(0);
+}
+
+static MenuItem *item_of(MenuHandle menu, std::int16_t item) {
+    return menu && item >= 1 && item <= CountMenuItems(menu)
+               ? &menu->items[static_cast<std::size_t>(item) - 1]
+               : nullptr;
+}
+
+static MenuItem item_with(const char *text) {
+    MenuItem item;
+    item.separator = text[0] == '-' ? text[1] == '\0' : text[0] == '(' && text[1] == '-';
+    item.text = item.separator ? "-" : text;
+    item.enabled = !item.separator;
+    return item;
+}
+
+void AppendMenuItemText(MenuHandle menu, const char *text) {
+    InsertMenuItemText(menu, text, CountMenuItems(menu));
+}
+
+void InsertMenuItemText(MenuHandle menu, const char *text, std::int16_t after) {
+    if (!menu || CountMenuItems(menu) == INT16_MAX)
+        return;
+    changes++;
+    const std::int16_t count = CountMenuItems(menu);
+    const std::int16_t place = after < 0 ? static_cast<std::int16_t>(0) : after > count ? count : after;
+    menu->items.insert(menu->items.begin() + place, item_with(text));
+}
+
+void DeleteMenuItem(MenuHandle menu, std::int16_t item) {
+    if (!item_of(menu, item))
+        return;
+    changes++;
+    menu->items.erase(menu->items.begin() + item - 1);
+}
+
+void SetMenuItemText(MenuHandle menu, std::int16_t item, const char *text) {
+    MenuItem *const entry = item_of(menu, item);
+    if (!entry || entry->text == text)
+        return;
+    changes++;
+    entry->text = text;
+}
+
+int GetMenuItemText(MenuHandle menu, std::int16_t item, BoundedBuffer &text) {
+    const MenuItem *const entry = item_of(menu, item);
+    text.clear();
+    return entry ? text.copy(entry->text) : 1;
+}
+
+int IsSeparator(MenuHandle menu, std::int16_t item) {
+    const MenuItem *const entry = item_of(menu, item);
+    return entry && entry->separator;
+}
+
+void CheckMenuItem(MenuHandle menu, std::int16_t item, int checked) {
+    if (MenuItem *const entry = item_of(menu, item)) {
+        changes += entry->checked != (checked != 0);
+        entry->checked = checked != 0;
+    }
+}
+
+int IsItemChecked(MenuHandle menu, std::int16_t item) {
+    const MenuItem *const entry = item_of(menu, item);
+    return entry && entry->checked;
+}
+
+static void set_enabled(MenuHandle menu, std::int16_t item, bool enabled) {
+    if (!menu)
+        return;
+    bool *place = &menu->enabled;
+    if (item != 0) {
+        MenuItem *const entry = item_of(menu, item);
+        if (!entry || entry->separator)
+            return;
+        place = &entry->enabled;
+    }
+    changes += *place != enabled;
+    *place = enabled;
+}
+
+void EnableMenuItem(MenuHandle menu, std::int16_t item) {
+    set_enabled(menu, item, true);
+}
+
+void DisableMenuItem(MenuHandle menu, std::int16_t item) {
+    set_enabled(menu, item, false);
+}
+
+int IsMenuItemEnabled(MenuHandle menu, std::int16_t item) {
+    if (!menu || item == 0)
+        return menu && menu->enabled;
+    const MenuItem *const entry = item_of(menu, item);
+    return menu->enabled && entry && entry->enabled;
+}
+
+void SetItemCmd(MenuHandle menu, std::int16_t item, char key) {
+    if (MenuItem *const entry = item_of(menu, item)) {
+        changes += entry->key != key;
+        entry->key = key;
+    }
+}
+
+char GetItemCmd(MenuHandle menu, std::int16_t item) {
+    const MenuItem *const entry = item_of(menu, item);
+    return entry ? entry->key : static_cast<char>(0);
+}
+
+void SetMenuItemHierarchicalID(MenuHandle menu, std::int16_t item, std::int16_t submenu) {
+    if (MenuItem *const entry = item_of(menu, item)) {
+        changes++;
+        entry->submenu = submenu;
+    }
+}
+
+std::int16_t GetMenuItemHierarchicalID(MenuHandle menu, std::int16_t item) {
+    const MenuItem *const entry = item_of(menu, item);
+    return entry ? entry->submenu : static_cast<std::int16_t>(0);
+}
+
+void SetMenuFiller(MenuHandle menu, void (*fill)(MenuHandle menu)) {
+    menu->fill = fill;
+}
+
+void FillMenu(MenuHandle menu) {
+    if (!menu || !menu->fill)
+        return;
+    void (*const fill)(MenuHandle) = menu->fill;
+    menu->fill = nullptr;
+    fill(menu);
+}
+
+std::uint32_t MenuChangeCount() {
+    return changes;
+}
+
+static char folded(char key) {
+    return key >= 'a' && key <= 'z' ? static_cast<char>(key - 'a' + 'A') : key;
+}
+
+std::int32_t MenuKey(char key) {
+    for (auto &[id, menu] : menus)
+        for (std::int16_t item = 1; item <= CountMenuItems(&menu); item++)
+            if (GetItemCmd(&menu, item) != 0 && folded(GetItemCmd(&menu, item)) == folded(key))
+                return IsMenuItemEnabled(&menu, item) ? static_cast<std::int32_t>(id) << 16 | item : 0;
+    return 0;
+}
+
+std::int32_t MenuSelect(const EventRecord *event) {
+    const auto id = static_cast<std::int16_t>(event->message >> 16);
+    const auto item = static_cast<std::int16_t>(event->message & 0xFFFF);
+    return IsMenuItemEnabled(GetMenuHandle(id), item) ? static_cast<std::int32_t>(event->message) : 0;
+}
+
+void HiliteMenu(std::int16_t) {}
+
+void DrawMenuBar() {
+    changes++;
+}
+
+} // namespace quillon

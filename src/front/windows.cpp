@@ -1,0 +1,97 @@
+// The window, cursor, notification and system calls, as the front answers them.
+#include "toolbox/windows.h"
+
+#include "front/front.h"
+#include "toolbox/navigation.h"
+
+namespace quillon {
+
+// Version 10.0 with the Aqua menu layout: a modern system.
+static std::int32_t system_version = 0x1000;
+
+WindowRef NewCWindow(const Rect *bounds, const char *title) {
+    return front->new_window(bounds, title);
+}
+
+void ShowWindow(WindowRef window) {
+    front->show_window(window, 1);
+}
+
+void HideWindow(WindowRef window) {
+    front->show_window(window, 0);
+}
+
+void SelectWindow(WindowRef window) {
+    front->select_window(window);
+}
+
+WindowRef FrontWindow() {
+    return front->front_window();
+}
+
+void GetWindowPortBounds(WindowRef window, Rect *bounds) {
+    front->window_bounds(window, bounds);
+}
+
+void DragWindow(WindowRef window, Point where) {
+    front->drag_window(window, where);
+}
+
+void GrowWindow(WindowRef window, Point where) {
+    front->grow_window(window, where);
+}
+
+WindowPart FindWindow(const EventRecord *event, WindowRef *window) {
+    // A mouse down that carries a menu choice fell in the menu bar.
+    if (event->message != 0) {
+        *window = nullptr;
+        return inMenuBar;
+    }
+    return front->find_window(event, window);
+}
+
+int GetScreens(Rect *screens, int room) {
+    return front->screens(screens, room);
+}
+
+void SetCursor(CursorShape shape) {
+    front->set_cursor(shape);
+}
+
+void SysBeep(int) {
+    front->beep();
+}
+
+void StopAlert(std::int16_t) {
+    front->message_window("alert 900");
+}
+
+OSErr NMInstall(NMRec *) {
+    front->notify(1);
+    return noErr;
+}
+
+OSErr NMRemove(NMRec *) {
+    front->notify(0);
+    return noErr;
+}
+
+void SetSystemVersion(std::int32_t version) {
+    system_version = version;
+}
+
+OSErr Gestalt(OSType selector, std::int32_t *response) {
+    if (selector == gestaltSystemVersion)
+        *response = system_version;
+    else if (selector == gestaltMenuMgrAttr)
+        *response = system_version > 0x0FFF ? 2 : 0;
+    else
+        return paramErr;
+    return noErr;
+}
+
+int NavRun(const NavRequest *request, BoundedBuffer &posix_path) {
+    return front->navigate(request, posix_path);
+}
+
+} // namespace quillon

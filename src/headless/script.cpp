@@ -1,0 +1,192 @@
+// Scripts: one step a line, taken when the shell waits for an event.
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <deque>
+#include <string>
+
+#include "core/job_scope.h"
+#include "headless/headless.h"
+#include "headless/script_events.h"
+#include "headless/script_print.h"
+#include "headless/script_words.h"
+#include "toolbox/events.h"
+
+namespace quillon {
+
+struct DialogAnswer {
+    std::string name;
+    int pressed = 1;
+};
+
+static int descriptor = -1;
+static bool can_wait = false; // a pipe or a terminal, which may have nothing now
+static bool at_end = true;
+static std::string unread;
+static std::deque<std::string> choices; // an empty one cancels
+static std::deque<DialogAnswer> answers;
+
+int OpenScript(const char *path) {
+    descriptor = std::strcmp(path, "-") == 0 ? STDIN_FILENO : open(path, O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0)
+        return 0;
+    can_wait = lseek(descriptor, 0, SEEK_CUR) < 0;
+    at_end = false;
+    return 1;
+}
+
+int ScriptDescriptor() {
+    return can_wait && !at_end ? descriptor : -1;
+}
+
+// Reads what there is. False when nothing can be read now.
+static bool read_more() {
+    if (at_end)
+        return false;
+    pollfd source = {descriptor, POLLIN, 0};
+    if (can_wait && poll(&source, 1, 0) <= 0)
+        return false;
+    char block[4096];
+    const ssize_t size = read(descriptor, block, sizeof block);
+    if (size <= 0)
+        at_end = true;
+    else
+        unread.append(block, static_cast<std::size_t>(size));
+    return true;
+}
+
+// Looks at the next line, without its line end. False when there is none yet, or none any more.
+static bool peek_line(std::string *line) {
+    std::size_t end = unread.find('\n');
+    while (end == std::string::npos && read_more())
+        end = unread.find('\n');
+    if (end == std::string::npos && (!at_end || unread.empty()))
+        return false;
+    *line = unread.substr(0, end);
+    return true;
+}
+
+static void drop_line() {
+    const std::size_t end = unread.find('\n');
+    unread.erase(0, end == std::string::npos ? end : end + 1);
+}
+
+int NextChoice(BoundedBuffer &path, int *cancelled) {
+    if (choices.empty())
+        return 0;
+    *cancelled = choices.front().empty() || !path.copy(choices.front());
+    choices.pop_front();
+    return 1;
+}
+
+int NextDialogAnswer(const char *name, int *pressed) {
+    for (auto answer = answers.begin(); answer != answers.end(); ++answer)
+        if (answer->name == name) {
+            *pressed = answer->pressed;
+            answers.erase(answer);
+            return 1;
+        }
+    return 0;
+}
+
+// "dialog NAME" and the indented lines that follow.
+static void queue_dialog(const std::string &name) {
+    DialogAnswer answer;
+    answer.name = name;
+    std::string line;
+    while (peek_line(&line) && !line.empty() && (line[0] == ' ' || line[0] == '\t')) {
+        int control = 0;
+        if (std::sscanf(line.c_str(), " press %d", &control) == 1)
+            answer.pressed = control;
+        drop_line();
+    }
+    answers.push_back(answer);
+}
+
+static void type_text(const std::string &text) {
+    for (const char byte : text)
+        PostEvent(keyDown, static_cast<unsigned char>(byte), 0, {0, 0});
+    PostEvent(keyDown, 13, 0, {0, 0});
+}
+
+static void post_key(const std::string &key) {
+    if (!key.empty())
+        PostEvent(keyDown, static_cast<unsigned char>(key[0]), cmdKey, {0, 0});
+}
+
+static void choose_menu(const std::string &rest) {
+    unsigned menu = 0, item = 0;
+    if (std::sscanf(rest.c_str(), "%u %u", &menu, &item) == 2)
+        PostEvent(mouseDown, menu << 16 | (item & 0xFFFF), 0, {0, 0});
+    else
+        std::fprintf(stderr, "quillon: script: menu takes an id and an item: %s\n", rest.c_str());
+}
+
+enum Taken { taken_more, taken_work, taken_wait };
+
+// One step. taken_more: the next can be taken at once; taken_work: the shell has something to do first.
+static Taken take_step(const std::string &word, const std::string &rest) {
+    if (word == "menu") {
+        choose_menu(rest);
+    } else if (word == "key") {
+        post_key(rest);
+    } else if (word == "type") {
+        type_text(rest);
+    } else if (word == "choose") {
+        choices.push_back(rest);
+        return taken_more;
+    } else if (word == "dialog") {
+        queue_dialog(rest);
+        return taken_more;
+    } else if (word == "event") {
+        PostScriptEvent(rest);
+    } else if (word == "print") {
+        PrintForScript(rest);
+        return taken_more;
+    } else if (word == "background" || word == "foreground") {
+        SetHeadlessFront(word == "foreground");
+    } else if (word == "quit") {
+        RequestLeave();
+    } else if (word != "wait") {
+        std::fprintf(stderr, "quillon: script: unknown step: %s\n", word.c_str());
+    }
+    return taken_work;
+}
+
+int TakeScriptStep() {
+    if (descriptor < 0 || LeaveRequested())
+        return 0;
+    std::string line;
+    while (peek_line(&line)) {
+        drop_line();
+        std::string rest = line;
+        const std::string word = TakeWord(&rest);
+        if (word.empty() || word[0] == '#')
+            continue;
+        std::fflush(stdout);
+        if (take_step(word, rest) == taken_work)
+            return 1;
+    }
+    if (!at_end)
+        return 0;
+    RequestLeave();
+    return 1;
+}
+
+void TakeCancelStep() {
+    std::string line;
+    if (descriptor < 0 || !peek_line(&line))
+        return;
+    std::string rest = line;
+    if (TakeWord(&rest) == "key" && rest == ".") {
+        drop_line();
+        post_key(rest);
+    }
+}
+
+} // namespace quillon

@@ -1,0 +1,259 @@
+#include "jobs/tex_runs.h"
+
+#include <cstring>
+
+#include "console/output.h"
+#include "core/job_scope.h"
+#include "core/job_state.h"
+#include "core/startup.h"
+#include "files/choosers.h"
+#include "files/paths.h"
+#include "files/signatures.h"
+#include "jobs/after_run.h"
+#include "menus/current_files.h"
+#include "settings/settings.h"
+#include "toolbox/files.h"
+#include "tools/processes.h"
+#include "tools/tool_call.h"
+#include "tools/tool_runs.h"
+
+namespace quillon {
+
+enum JobKind { tex_job, pdftex_job };
+
+// A file or folder name that its buffer cannot hold is refused, and named.
+static void say_too_long(const char *path) {
+    ml_printf("The path \"%s\" is too long for Quillon.\n", path);
+}
+
+// Composes the command line of a job, one blank after each word. 0 when it does not fit.
+static int compose(JobKind kind, BoundedBuffer &command) {
+    BoundedString<300> format;
+    format.format("-fmt=%s", format_name.c_str());
+    const struct {
+        int wanted;
+        const char *word;
+    } words[] = {
+        {1, useETeX ? "pdfetex" : "pdftex"},
+        {kind == tex_job, "-output-format=dvi"},
+        {addSpecials, kind == tex_job ? "-src-specials" : "-synctex=1"},
+        {parseFirstLine, "-parse-first-line"},
+        {use8bit, "-8bit"},
+        {doRecord, "-recorder"},
+        {!format_name.empty(), format.c_str()},
+        {!fname.empty(), fname.c_str()},
+    };
+    command.clear();
+    for (const auto &entry : words)
+        if (entry.wanted && !command.append_format("%s ", entry.word))
+            return 0;
+    return 1;
+}
+
+static void quit_engine() {
+    KillApp(useETeX == 1 ? pdfeexe.c_str() : pdfexe.c_str());
+}
+
+static int keep_last(const char *command, const char *folder) {
+    if (!lastcommand.copy(command) || !lastdir.copy(folder)) {
+        say_too_long(command);
+        return 0;
+    }
+    return 1;
+}
+
+static void empty_output_keys(JobKind kind) {
+    set_str_resource("DVIFILE", "");
+    if (kind == pdftex_job)
+        set_str_resource("PDFFILE", "");
+}
+
+static int run(JobKind kind, const char *command, const char *folder) {
+    const char *const tool = useETeX == 1 ? pdfeexe.c_str() : pdfexe.c_str();
+    quit_engine();
+    if (!keep_last(command, folder))
+        return 0;
+    if (kind == tex_job)
+        empty_output_keys(kind);
+    NewSetTeXFile(command, folder);
+    if (kind == pdftex_job)
+        empty_output_keys(kind);
+    ml_printf("\nProcessing -- %s\n", command);
+    ml_printf("working directory --  %s\n", folder);
+    const int result = CallTool(tool, command, folder);
+    if (result) {
+        // Kept on purpose: cleared after the reply set it, so that what is viewed depends on what the engine
+        // wrote.
+        tex_error = 0;
+    }
+    quit_engine();
+    return result;
+}
+
+int RunTeX(const char *command, const char *folder) {
+    const JobScope scope;
+    return run(tex_job, command, folder);
+}
+
+int RunPdfTeX(const char *command, const char *folder) {
+    const JobScope scope;
+    return run(pdftex_job, command, folder);
+}
+
+static void run_kind(JobKind kind, const char *command, const char *folder) {
+    if (kind == tex_job) {
+        RunTeX(command, folder);
+        doAfterTeX();
+    } else {
+        RunPdfTeX(command, folder);
+        doAfterPdfTeX();
+    }
+}
+
+// Asks for a TeX file: fname and curr_dir. 0 when the person cancels.
+static int ask_for_file() {
+    BoundedString<256> leaf;
+    std::int16_t volume = 0;
+    std::int32_t folder = 0;
+    if (!get_file(leaf, &volume, &folder, ".tex", nullptr, 0, "Select a tex file")) {
+        fname.clear();
+        return 0;
+    }
+    fname.copy(leaf.view());
+    if (!get_unixpath_by_dirid(volume, folder, curr_dir))
+        curr_dir.copy(home ? home : "");
+    return 1;
+}
+
+// curr_dir and fname from a full path. 0 when they do not fit.
+static int take_path(const char *path) {
+    if (split_path(path, curr_dir, fname)) {
+        if (!std::strchr(path, '/'))
+            curr_dir.copy(path); // Kept on purpose: a path without "/" is both the name and the folder.
+        return 1;
+    }
+    say_too_long(path);
+    return 0;
+}
+
+static OSType creator_of(const char *path) {
+    FSSpec spec;
+    FInfo info;
+    return UnixToFSS(path, nullptr, &spec) && FSpGetFInfo(&spec, &info) == noErr ? info.fdCreator : 0;
+}
+
+static void typeset_chosen(JobKind kind, const char *path) {
+    const JobScope scope;
+    BoundedString<1024> whole;
+    static BoundedString<1024> command;
+    curr_dir.clear();
+    fname.clear();
+    if (path ? !take_path(path) : !ask_for_file())
+        return;
+    whole.format("%s/%s", curr_dir.c_str(), fname.c_str());
+    if (kind == tex_job)
+        access(whole.c_str(), 4); // only for its diagnostic lines
+    default_creator = creator_of(whole.c_str());
+    if (!compose(kind, command)) {
+        say_too_long(whole.c_str());
+        return;
+    }
+    run_kind(kind, command.c_str(), curr_dir.c_str());
+}
+
+static void typeset_known(JobKind kind, const char *path) {
+    const JobScope scope;
+    static BoundedString<1024> command;
+    if (!take_path(path))
+        return;
+    default_creator = creator_of(dotexfile.c_str());
+    if (!compose(kind, command)) {
+        say_too_long(path);
+        return;
+    }
+    run_kind(kind, command.c_str(), curr_dir.c_str());
+}
+
+static void repeat_last() {
+    if (lastcommand.empty() || lastdir.empty())
+        return;
+    mycommand.copy(lastcommand.view());
+    curr_dir.copy(lastdir.view());
+    DoAppleScript();
+}
+
+void DoTeX(const char *path) {
+    typeset_chosen(tex_job, path);
+}
+
+void DoPdfTeX(const char *path) {
+    typeset_chosen(pdftex_job, path);
+}
+
+void DoMenuTeX(int repeat) {
+    if (repeat)
+        repeat_last();
+    else
+        typeset_known(tex_job, dotexfile.c_str());
+}
+
+void DoMenuPdfTeX(int repeat) {
+    if (repeat)
+        repeat_last();
+    else
+        typeset_known(pdftex_job, dotexfile.c_str());
+}
+
+void DoRecentTeX(const char *path) {
+    typeset_known(tex_job, path);
+}
+
+void DoRecentPdfTeX(const char *path) {
+    typeset_known(pdftex_job, path);
+}
+
+void DoTeXAppleScript() {
+    const JobScope scope;
+    exit_status = 0;
+    run_kind(tex_job, mycommand.c_str(), curr_dir.c_str());
+}
+
+void DoPdfTeXAppleScript() {
+    const JobScope scope;
+    exit_status = 0;
+    run_kind(pdftex_job, mycommand.c_str(), curr_dir.c_str());
+}
+
+// The first word of TEXT, at most ROOM - 1 bytes of it.
+static void first_word(const char *text, BoundedBuffer &word) {
+    static const char blanks[] = " \t\n\v\f\r";
+    const char *const start = text + std::strspn(text, blanks);
+    word.copy_cut({start, std::strcspn(start, blanks)});
+}
+
+void DoAppleScript() {
+    const JobScope scope;
+    BoundedString<1024> word;
+    static const struct {
+        const char *word;
+        void (*procedure)();
+    } scripts[] = {
+        {"dvips", DoDvipsAppleScript},     {"bibtex", DoBibtexAppleScript},
+        {"mpost", DoMpostAppleScript},     {"makeindex", DoMakeindexAppleScript},
+        {"dvipdfm", DoDvipdfmAppleScript}, {"etex", DoTeXAppleScript},
+        {"elatex", DoTeXAppleScript},
+    };
+    first_word(mycommand.c_str(), word);
+    job_outcome = job_unknown;
+    if (word.view().substr(0, 3) == "pdf") {
+        DoPdfTeXAppleScript();
+        return;
+    }
+    for (const auto &script : scripts)
+        if (word == script.word) {
+            script.procedure();
+            return;
+        }
+}
+
+} // namespace quillon

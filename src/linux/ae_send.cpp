@@ -1,0 +1,211 @@
+// Sending events: to applications on the bus, and to plain programs as far as they understand any.
+#include <signal.h>
+#include <spawn.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <string>
+
+#include "front/front.h"
+#include "linux/ae_codec.h"
+#include "linux/ae_data.h"
+#include "linux/ae_receive.h"
+#include "linux/event_sources.h"
+#include "linux/peers.h"
+#include "linux/process_table.h"
+#include "toolbox/files.h"
+#include "toolbox/processes.h"
+
+namespace quillon {
+
+// A wait for a reply that a bus callback fills in.
+struct Waiting {
+    bool done = false;
+    OSErr result = noErr;
+    AppleEvent *reply = nullptr;
+};
+
+static OSErr error_code(const sd_bus_error *error) {
+    if (sd_bus_error_has_name(error, SD_BUS_ERROR_TIMEOUT))
+        return errAETimeout;
+    return connectionInvalid;
+}
+
+static int on_reply(sd_bus_message *message, void *context, sd_bus_error *) {
+    Waiting *const waiting = static_cast<Waiting *>(context);
+    waiting->done = true;
+    WakeUp();
+    if (sd_bus_message_is_method_error(message, nullptr)) {
+        waiting->result = error_code(sd_bus_message_get_error(message));
+        return 0;
+    }
+    ae_make_record(waiting->reply, four("aevt"), four("ansr"));
+    std::int32_t error = 0;
+    // A reply of another shape counts as one without parameters.
+    if (sd_bus_message_read(message, "i", &error) >= 0)
+        decode_parameters(message, waiting->reply);
+    waiting->result = static_cast<OSErr>(error);
+    return 0;
+}
+
+// Serves events until DONE answers 1: noErr, or -1711 abandoned by IDLE, -1712 after TIMEOUT ticks.
+template <typename Done> static OSErr wait_for(Done done, std::int32_t timeout, AEIdleProc idle) {
+    const std::uint32_t start = TickCount();
+    std::uint32_t sleep = 0;
+    while (!done()) {
+        EventRecord event;
+        WaitNextEvent(0x8140 | highLevelEventMask, &event, sleep);
+        if (done())
+            return noErr;
+        if (event.what == kHighLevelEvent) {
+            AEProcessAppleEvent(&event);
+            continue;
+        }
+        if (event.what == nullEvent)
+            front->tool_wait();
+        if (idle && idle(&event, &sleep))
+            return errAEWaitCanceled;
+        if (timeout >= 0 && TickCount() - start >= static_cast<std::uint32_t>(timeout))
+            return errAETimeout;
+    }
+    return noErr;
+}
+
+static OSErr send_on_bus(const AppleEvent *event, AppleEvent *reply, const std::string &owner, bool wait,
+                         std::int32_t timeout, AEIdleProc idle) {
+    sd_bus *const bus = HostBus();
+    sd_bus_message *message = nullptr;
+    if (!bus || sd_bus_message_new_method_call(bus, &message, owner.c_str(), "/org/quillon/App",
+                                               "org.quillon.App1", "Event") < 0)
+        return connectionInvalid;
+    int result = sd_bus_message_append(message, "ss", code_text(event->data->event_class).c_str(),
+                                       code_text(event->data->event_id).c_str());
+    if (result >= 0)
+        result = encode_parameters(message, event);
+    OSErr outcome = result < 0 ? static_cast<OSErr>(connectionInvalid) : static_cast<OSErr>(noErr);
+    if (result >= 0 && !wait) {
+        sd_bus_message_set_expect_reply(message, 0);
+        if (sd_bus_send(bus, message, nullptr) < 0)
+            outcome = connectionInvalid;
+    } else if (result >= 0) {
+        Waiting waiting;
+        waiting.reply = reply;
+        sd_bus_slot *slot = nullptr;
+        if (sd_bus_call_async(bus, &slot, message, on_reply, &waiting, UINT64_MAX) < 0) {
+            outcome = connectionInvalid;
+        } else {
+            outcome = wait_for([&] { return waiting.done || !HostBus(); }, timeout, idle);
+            if (outcome == noErr)
+                outcome = waiting.done ? waiting.result : static_cast<OSErr>(connectionInvalid);
+        }
+        sd_bus_slot_unref(slot);
+    }
+    sd_bus_message_unref(message);
+    return outcome;
+}
+
+static OSErr open_document(const std::string &program, const AppleEvent *event) {
+    FSSpec spec;
+    static FSRef reference;
+    AEDescList list;
+    OSErr error = AEGetParamDesc(event, keyDirectObject, typeAEList, &list);
+    if (error == noErr)
+        error = AEGetNthPtr(&list, 1, typeFSS, &spec, sizeof spec, nullptr);
+    AEDisposeDesc(&list);
+    if (error == noErr)
+        error = FSpMakeFSRef(&spec, &reference);
+    if (error != noErr)
+        return error;
+    std::string name = program;
+    char *arguments[] = {name.data(), reference.path, nullptr};
+    posix_spawnattr_t attributes;
+    sigset_t none;
+    sigemptyset(&none);
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setsigmask(&attributes, &none);
+    posix_spawnattr_setflags(&attributes, static_cast<short>(POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSID));
+    pid_t pid = 0;
+    const int failure = posix_spawn(&pid, program.c_str(), nullptr, &attributes, arguments, environ);
+    posix_spawnattr_destroy(&attributes);
+    return failure == 0 ? static_cast<OSErr>(noErr) : static_cast<OSErr>(connectionInvalid);
+}
+
+// A desktop program that is not on the bus: documents and quit requests, nothing else.
+static OSErr send_to_plain(const AppleEvent *event, const ProcessSerialNumber &psn) {
+    if (event->data->event_class != four("aevt"))
+        return errAEEventNotHandled;
+    const pid_t pid = static_cast<pid_t>(psn.lowLongOfPSN);
+    if (event->data->event_id == four("quit"))
+        return kill(pid, SIGTERM) == 0 ? static_cast<OSErr>(noErr) : static_cast<OSErr>(procNotFound);
+    if (event->data->event_id != four("odoc"))
+        return errAEEventNotHandled;
+    const Launched *const program = find_launched(pid);
+    if (program)
+        return open_document(program->path, event);
+    char path[4096];
+    const ssize_t length = readlink(("/proc/" + std::to_string(pid) + "/exe").c_str(), path, sizeof path);
+    return length > 0 ? open_document(std::string(path, static_cast<std::size_t>(length)), event)
+                      : static_cast<OSErr>(procNotFound);
+}
+
+// The process that TARGET names. A quit by signature goes only to a program launched from here.
+static OSErr find_target(const AEDesc &target, bool quits, ProcessSerialNumber *psn) {
+    if (target.descriptorType == typeProcessSerialNumber &&
+        target.data->bytes.size() == sizeof(ProcessSerialNumber)) {
+        std::memcpy(psn, target.data->bytes.data(), sizeof *psn);
+        return noErr;
+    }
+    OSType signature = 0;
+    if (target.descriptorType != typeApplSignature || target.data->bytes.size() != sizeof signature)
+        return paramErr;
+    std::memcpy(&signature, target.data->bytes.data(), sizeof signature);
+    for (const Launched &program : launched_programs)
+        if (program.signature == signature && !program.exited) {
+            *psn = {psn_launched, static_cast<std::uint32_t>(program.pid)};
+            return noErr;
+        }
+    if (!quits)
+        for (const Peer &peer : bus_peers)
+            if (peer.known && peer.signature == signature) {
+                *psn = {psn_bus, static_cast<std::uint32_t>(peer.pid)};
+                return noErr;
+            }
+    return procNotFound;
+}
+
+OSErr AESend(const AppleEvent *event, AppleEvent *reply, std::int32_t mode, std::int16_t,
+             std::int32_t timeout, AEIdleProc idle) {
+    const bool wait = (mode & 3) == kAEWaitReply;
+    const std::int32_t limit = timeout == kAEDefaultTimeout ? 3600 : timeout;
+    const bool quits = event->data->event_class == four("aevt") && event->data->event_id == four("quit");
+    ProcessSerialNumber psn;
+    const OSErr error = find_target(event->data->target, quits, &psn);
+    if (error != noErr)
+        return error;
+    const pid_t pid = static_cast<pid_t>(psn.lowLongOfPSN);
+    if (pid == getpid())
+        return dispatch_event(event, reply);
+    const Launched *const program = psn.highLongOfPSN == psn_launched ? find_launched(pid) : nullptr;
+    if (psn.highLongOfPSN == psn_plain || (program && !program->is_bundle))
+        return send_to_plain(event, psn);
+    if ((psn.highLongOfPSN == psn_launched && !program) || (psn.highLongOfPSN == psn_bus && !find_peer(pid)))
+        return procNotFound;
+    if (!HostBus())
+        return connectionInvalid;
+
+    tool_waits += wait;
+    OSErr result = noErr;
+    if (program)
+        // The program has only just been launched: its name comes in a moment, or it ends.
+        result =
+            wait_for([&] { return !program->owner.empty() || program->exited || !HostBus(); }, limit, idle);
+    const std::string owner = bus_owner(psn.highLongOfPSN, pid);
+    if (result == noErr)
+        result = owner.empty()
+                     ? static_cast<OSErr>(program && program->exited ? procNotFound : connectionInvalid)
+                     : send_on_bus(event, reply, owner, wait, limit, idle);
+    tool_waits -= wait;
+    return result;
+}
+
+} // namespace quillon

@@ -1,0 +1,183 @@
+// The process list: programs launched from here, applications on the bus, the user's other processes.
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "front/front.h"
+#include "linux/event_sources.h"
+#include "linux/peers.h"
+#include "linux/process_table.h"
+#include "toolbox/processes.h"
+
+namespace quillon {
+
+// One scan walks one snapshot; the user's other processes are read only when a scan gets that far.
+static std::vector<ProcessSerialNumber> snapshot;
+static bool snapshot_has_plain = false;
+
+static bool known_already(pid_t pid) {
+    return find_launched(pid) || find_peer(pid) || pid == getpid();
+}
+
+static void add_plain_processes() {
+    snapshot_has_plain = true;
+    DIR *const folder = opendir("/proc");
+    if (!folder)
+        return;
+    const uid_t own = getuid();
+    while (const dirent *const entry = readdir(folder)) {
+        const pid_t pid = std::atoi(entry->d_name);
+        struct stat status;
+        if (pid <= 0 || known_already(pid) || fstatat(dirfd(folder), entry->d_name, &status, 0) != 0 ||
+            status.st_uid != own)
+            continue;
+        snapshot.push_back({psn_plain, static_cast<std::uint32_t>(pid)});
+    }
+    closedir(folder);
+}
+
+static void take_snapshot() {
+    forget_ended_programs();
+    snapshot.clear();
+    snapshot_has_plain = false;
+    for (const Launched &program : launched_programs)
+        if (is_listed(program))
+            snapshot.push_back({psn_launched, static_cast<std::uint32_t>(program.pid)});
+    snapshot.push_back({psn_bus, static_cast<std::uint32_t>(getpid())});
+    for (const Peer &peer : bus_peers)
+        if (!find_launched(peer.pid))
+            snapshot.push_back({psn_bus, static_cast<std::uint32_t>(peer.pid)});
+}
+
+OSErr GetNextProcess(ProcessSerialNumber *psn) {
+    std::size_t next = 0;
+    if (SameProcess(psn, &kNoProcess)) {
+        take_snapshot();
+    } else {
+        while (next < snapshot.size() && !SameProcess(&snapshot[next], psn))
+            next++;
+        next++;
+    }
+    if (next >= snapshot.size() && !snapshot_has_plain)
+        add_plain_processes();
+    if (next >= snapshot.size()) {
+        *psn = kNoProcess;
+        return procNotFound;
+    }
+    *psn = snapshot[next];
+    return noErr;
+}
+
+static std::string executable_of(pid_t pid) {
+    char path[4096];
+    const ssize_t length = readlink(("/proc/" + std::to_string(pid) + "/exe").c_str(), path, sizeof path);
+    return length > 0 ? std::string(path, static_cast<std::size_t>(length)) : "";
+}
+
+// POSIX path of the bundle or program of a process, and its signature. False when there is no such process.
+static bool look_up(const ProcessSerialNumber &psn, std::string *path, OSType *signature) {
+    const pid_t pid = static_cast<pid_t>(psn.lowLongOfPSN);
+    *signature = four("????");
+    if (psn.highLongOfPSN == psn_launched) {
+        const Launched *const program = find_launched(pid);
+        if (!program)
+            return false;
+        *path = program->path;
+        *signature = program->signature;
+        return true;
+    }
+    if (pid == getpid()) {
+        *path = executable_of(pid);
+        *signature = four("QUIL");
+        return true;
+    }
+    if (psn.highLongOfPSN == psn_bus) {
+        const Peer *const peer = find_peer(pid);
+        if (!peer)
+            return false;
+        *path = peer->path;
+        *signature = peer->known ? peer->signature : four("????");
+        return true;
+    }
+    *path = executable_of(pid);
+    return !path->empty();
+}
+
+OSErr GetProcessInformation(const ProcessSerialNumber *psn, ProcessInfoRec *info) {
+    std::string path;
+    OSType signature = 0;
+    if (!look_up(*psn, &path, &signature))
+        return procNotFound;
+    // A plain program's signature is its file's creator, and reading it costs a look at the file; such
+    // programs are known by their path (ProcessIsProgram).
+    info->processNumber = *psn;
+    info->processType = four("APPL");
+    info->processSignature = signature;
+    if (info->processName) {
+        const std::size_t slash = path.find_last_of('/');
+        const std::string leaf = static_cast<pid_t>(psn->lowLongOfPSN) == getpid()
+                                     ? "Quillon"
+                                     : path.substr(slash == std::string::npos ? 0 : slash + 1, 63);
+        info->processName[0] = static_cast<unsigned char>(leaf.size());
+        std::memcpy(info->processName + 1, leaf.data(), leaf.size());
+    }
+    if (info->processAppSpec)
+        FSPathMakeSpec(path.c_str(), info->processAppSpec);
+    return noErr;
+}
+
+OSErr GetCurrentProcess(ProcessSerialNumber *psn) {
+    *psn = {psn_bus, static_cast<std::uint32_t>(getpid())};
+    return noErr;
+}
+
+OSErr GetFrontProcess(ProcessSerialNumber *psn) {
+    if (front->is_front())
+        return GetCurrentProcess(psn);
+    *psn = kNoProcess;
+    return noErr;
+}
+
+int SameProcess(const ProcessSerialNumber *a, const ProcessSerialNumber *b) {
+    return a->highLongOfPSN == b->highLongOfPSN && a->lowLongOfPSN == b->lowLongOfPSN;
+}
+
+OSErr SetFrontProcess(const ProcessSerialNumber *psn) {
+    const pid_t pid = static_cast<pid_t>(psn->lowLongOfPSN);
+    if (pid == getpid()) {
+        front->bring_to_front(nullptr);
+        return noErr;
+    }
+    const std::string owner = bus_owner(psn->highLongOfPSN, pid);
+    sd_bus *const bus = HostBus();
+    if (owner.empty() || !bus)
+        return noErr; // a tool that has no window yet has nothing to show
+    sd_bus_message *message = nullptr;
+    if (sd_bus_message_new_method_call(bus, &message, owner.c_str(), "/org/quillon/App",
+                                       "org.freedesktop.Application", "Activate") >= 0) {
+        sd_bus_message_append(message, "a{sv}", 0);
+        sd_bus_message_set_expect_reply(message, 0);
+        sd_bus_send(bus, message, nullptr);
+    }
+    sd_bus_message_unref(message);
+    return noErr;
+}
+
+int ProcessIsProgram(const ProcessSerialNumber *psn, const FSSpec *spec) {
+    static FSRef reference;
+    std::string path;
+    OSType signature = 0;
+    if (!look_up(*psn, &path, &signature) || FSpMakeFSRef(spec, &reference) != noErr)
+        return 0;
+    char *const canonical = realpath(reference.path, nullptr);
+    const int same = canonical && path == canonical;
+    std::free(canonical);
+    return same;
+}
+
+} // namespace quillon

@@ -1,0 +1,189 @@
+#include "menus/current_files.h"
+
+#include <cctype>
+#include <cstdlib>
+#include <cstring>
+
+#include "console/output.h"
+#include "core/job_state.h"
+#include "files/paths.h"
+#include "menus/menus.h"
+#include "menus/recent_files.h"
+#include "settings/settings.h"
+
+namespace quillon {
+
+BoundedString<256> mylabel;
+
+enum : std::int16_t {
+    item_typeset = 2,
+    item_bibtex = 8,
+    item_view_dvi = 10,
+    item_dvips = 11,
+    item_view_ps = 13,
+    item_ps2pdf = 14,
+    item_view_pdf = 16,
+};
+
+static const char *leaf_of(const char *path) {
+    const char *const slash = std::strrchr(path, '/');
+    return slash ? slash + 1 : path;
+}
+
+// "%s \"%s\" " with LABEL and the file's name, blanks restored; LABEL alone without a file.
+static void set_output_item(std::int16_t item, const char *label, const char *path) {
+    BoundedString<1024> text;
+    BoundedString<256> name;
+    if (*path) {
+        name.copy(leaf_of(path));
+        convert_to_space(name.data());
+        text.format("%s \"%s\" ", label, name.c_str());
+    } else {
+        text.copy(label);
+    }
+    SetMenuItemText(fileMenu, item, text.c_str());
+}
+
+// TARGET becomes PATH when that file exists, else empty.
+static void take_existing(BoundedBuffer &target, const char *path) {
+    target.clear();
+    if (path && access(path, 4) == 0)
+        target.copy(path);
+}
+
+void SetDviFile(const char *path) {
+    take_existing(mydvifile, path);
+    set_output_item(item_dvips, "dvips", mydvifile.c_str());
+    set_output_item(item_view_dvi, "View", mydvifile.c_str());
+}
+
+void SetPSFile(const char *path) {
+    take_existing(mypsfile, path);
+    set_output_item(item_view_ps, "View", mypsfile.c_str());
+    set_output_item(item_ps2pdf, "ps2pdf", mypsfile.c_str());
+}
+
+void SetPDFFile(const char *path) {
+    take_existing(mypdffile, path);
+    set_output_item(item_view_pdf, "View", mypdffile.c_str());
+}
+
+void SetBibFile() {
+    BoundedString<300> text;
+    mybibfile.clear();
+    if (!dotexfile.empty()) {
+        mybibfile.copy(dotexfile.view());
+        // Kept on purpose: the last "." of the whole path, be it in a folder's name.
+        const std::size_t dot = mybibfile.view().find_last_of('.');
+        if (dot != std::string_view::npos)
+            mybibfile.cut(dot);
+        if (!mybibfile.append(".aux") || access(mybibfile.c_str(), 4) != 0)
+            mybibfile.clear();
+    }
+    if (mybibfile.empty())
+        text.copy("bibtex");
+    else
+        text.format("bibtex \"%s\"", leaf_of(mybibfile.c_str()));
+    SetMenuItemText(fileMenu, item_bibtex, text.c_str());
+}
+
+static void set_typeset_item() {
+    BoundedString<1024> text;
+    text.format("%s \"%s\"", mylabel.c_str(), leaf_of(dotexfile.c_str()));
+    SetMenuItemText(fileMenu, item_typeset, text.c_str());
+}
+
+static void clear_all_files() {
+    SetMenuItemText(fileMenu, item_typeset, mylabel.c_str());
+    SetDviFile(nullptr);
+    SetBibFile();
+    SetPSFile(nullptr);
+    SetPDFFile(nullptr);
+}
+
+// The current files from TEXFILE. WITH_PDF: the PDF file too. 0 when there is no source.
+static int restore_files(int with_pdf) {
+    BoundedString<256> stem;
+    BoundedString<300> output;
+    dotexfile.clear();
+    const char *const setting = get_str_resource("TEXFILE");
+    // The look at the file may read another setting, so the name is kept first.
+    if (!setting || !dotexfile.copy(setting))
+        return 0;
+    if (access(dotexfile.c_str(), 4) != 0) {
+        dotexfile.clear();
+        return 0;
+    }
+    set_typeset_item();
+    stem.copy(dotexfile.view());
+    const std::size_t slash = stem.view().find_last_of('/');
+    const std::size_t dot = stem.view().find_last_of('.');
+    if (dot != std::string_view::npos && (slash == std::string_view::npos || dot > slash))
+        stem.cut(dot);
+    const char *const base = stem.c_str();
+    output.format("%s.dvi", base);
+    SetDviFile(output.c_str());
+    SetBibFile();
+    output.format("%s.ps", base);
+    SetPSFile(output.c_str());
+    if (with_pdf) {
+        output.format("%s.pdf", base);
+        SetPDFFile(output.c_str());
+    }
+    return 1;
+}
+
+void OldTeXFile() {
+    if (!restore_files(1))
+        clear_all_files();
+}
+
+void OldTeXFile1() {
+    restore_files(1);
+}
+
+void SetAllFiles() {
+    restore_files(0);
+}
+
+void SetTeXFile(const char *path) {
+    if (!dotexfile.copy(path))
+        return;
+    set_str_resource("TEXFILE", path);
+    set_typeset_item();
+}
+
+// The first of the words 2 to 20 of a command line that can be a source. 0 when there is none.
+static int find_source(const char *command_line, BoundedBuffer &source) {
+    const char *place = command_line;
+    for (int word = 1; word <= 20; word++) {
+        while (std::isspace(static_cast<unsigned char>(*place)))
+            place++;
+        const char *end = place;
+        while (*end && !std::isspace(static_cast<unsigned char>(*end)))
+            end++;
+        if (end == place)
+            return 0;
+        if (word > 1 && !std::strchr("-&\\", *place))
+            return source.copy({place, static_cast<std::size_t>(end - place)});
+        place = end;
+    }
+    return 0;
+}
+
+void NewSetTeXFile(const char *command_line, const char *dir) {
+    BoundedString<1024> word, path;
+    const int found = find_source(command_line, word) && path.format("%s/%s", dir, word.c_str());
+    set_str_resource("LASTCOMMAND", command_line);
+    set_str_resource("LASTDIR", dir);
+    if (!found || access(path.c_str(), 4) != 0)
+        return;
+    if (path.length() > 255) {
+        ml_printf("The path \"%s\" is too long for Quillon.\n", path.c_str());
+        return;
+    }
+    set_str_resource("TEXFILE", path.c_str());
+    SaveRecentFile(path.c_str());
+}
+
+} // namespace quillon

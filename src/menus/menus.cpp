@@ -1,0 +1,61 @@
+#include "menus/menus.h"
+
+#include "core/command_table.h"
+#include "core/event_loop.h"
+#include "core/job_state.h"
+#include "menus/current_files.h"
+#include "menus/recent_files.h"
+
+namespace quillon {
+
+MenuHandle appleMenu, fileMenu, formatMenu, optionsMenu, editMenu, buildMenu, toolMenu, infoMenu, fontMenu,
+    configMenu, recentMenu, mpformatMenu, transferMenu, deleteMenu, changeMenu;
+std::int32_t oldItem = 0;
+
+static void make_menus() {
+    for (int i = 0; i < menu_row_count; i++) {
+        const MenuHandle menu = NewMenu(menu_rows[i].id, menu_rows[i].title);
+        if (menu_rows[i].in_bar)
+            InsertMenu(menu);
+    }
+    const struct {
+        MenuHandle &handle;
+        std::int16_t id;
+    } handles[] = {
+        {appleMenu, menu_apple},       {fileMenu, menu_file},     {formatMenu, menu_format},
+        {optionsMenu, menu_options},   {editMenu, menu_edit},     {buildMenu, menu_build},
+        {toolMenu, menu_tool},         {infoMenu, menu_info},     {fontMenu, menu_font},
+        {configMenu, menu_config},     {recentMenu, menu_recent}, {mpformatMenu, menu_mpformat},
+        {transferMenu, menu_transfer}, {deleteMenu, menu_delete}, {changeMenu, menu_change},
+    };
+    for (const auto &entry : handles)
+        entry.handle = GetMenuHandle(entry.id);
+}
+
+static void make_items() {
+    for (int i = 0; i < command_count; i++) {
+        const Command &row = command_table[i];
+        if (row.item == 0)
+            continue;
+        const MenuHandle menu = GetMenuHandle(row.menu);
+        AppendMenuItemText(menu, row.title);
+        if (row.key)
+            SetItemCmd(menu, row.item, row.key);
+        if (row.submenu)
+            SetMenuItemHierarchicalID(menu, row.item, row.submenu);
+        else if (!row.procedure)
+            DisableMenuItem(menu, row.item);
+        if (row.marked)
+            CheckMenuItem(menu, row.item, row.marked());
+    }
+}
+
+void SetUpMenus() {
+    make_menus();
+    make_items();
+    SetRecentMenu();
+    DrawMenuBar();
+    GetMenuItemText(fileMenu, 2, mylabel);
+}
+
+} // namespace quillon

@@ -1,0 +1,125 @@
+// The shell's program: chooses the front, connects to the session bus, and starts the shell.
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "core/job_state.h"
+#include "core/startup.h"
+#include "headless/headless.h"
+#include "linux/event_sources.h"
+#include "toolbox/apple_events.h"
+#include "toolbox/files.h"
+#include "toolbox/received_events.h"
+#include "toolbox/windows.h"
+
+using namespace quillon;
+
+struct Arguments {
+    bool headless = false, service = false;
+    const char *script = nullptr;
+    int first_file = 0;
+};
+
+static constexpr int exit_usage = 64, exit_no_display = 69, exit_second_shell = 75;
+
+static bool parse(int argc, char **argv, Arguments *arguments) {
+    int i = 1;
+    for (; i < argc && std::strncmp(argv[i], "--", 2) == 0; i++) {
+        if (std::strcmp(argv[i], "--headless") == 0)
+            arguments->headless = true;
+        else if (std::strcmp(argv[i], "--service") == 0)
+            arguments->service = true;
+        else if (std::strcmp(argv[i], "--script") == 0 && i + 1 < argc)
+            arguments->script = argv[++i];
+        else if (std::strcmp(argv[i], "--system") == 0 && i + 1 < argc && std::strcmp(argv[i + 1], "9") == 0)
+            SetSystemVersion((i++, 0x0900));
+        else
+            return false;
+    }
+    arguments->first_file = i;
+    return true;
+}
+
+static std::string beside_program(const char *leaf) {
+    char path[4096];
+    const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
+    std::string whole(path, length > 0 ? static_cast<std::size_t>(length) : 0);
+    return whole.substr(0, whole.find_last_of('/') + 1) + leaf;
+}
+
+static const Front *desktop_front(int argc, char **argv) {
+    void *const library = dlopen(beside_program("desktop-front.so").c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (!library) {
+        std::fprintf(stderr, "quillon: %s\n", dlerror());
+        return nullptr;
+    }
+    using Maker = const Front *(*)(int, char **);
+    const auto make = reinterpret_cast<Maker>(dlsym(library, "quillon_desktop_front"));
+    return make ? make(argc, argv) : nullptr;
+}
+
+// A document event for each file on the command line.
+static void open_files(int argc, char **argv, int first) {
+    for (int i = first; i < argc; i++) {
+        FSSpec spec;
+        if (FSPathMakeSpec(argv[i], &spec) != noErr) {
+            std::fprintf(stderr, "quillon: there is no file %s\n", argv[i]);
+            continue;
+        }
+        AppleEvent event;
+        MakeReceivedEvent(four("aevt"), four("odoc"), &event);
+        AEPutParamPtr(&event, keyDirectObject, typeFSS, &spec, sizeof spec);
+        QueueReceivedEvent(&event, [](OSErr, const AppleEvent *) {});
+    }
+}
+
+// A headless start with files ends with the status of the last run.
+static void exit_with_run_status() {
+    std::fflush(stdout);
+    std::fflush(stderr);
+    _exit(exit_status);
+}
+
+static bool start_headless(const Arguments &arguments, bool has_files) {
+    front = &headless_front;
+    if (arguments.script && !OpenScript(arguments.script)) {
+        std::fprintf(stderr, "quillon: I can't open the script %s\n", arguments.script);
+        return false;
+    }
+    if (has_files && !arguments.script) {
+        OpenScript("/dev/null");
+        exit_status = 1;
+        std::atexit(exit_with_run_status);
+    }
+    return true;
+}
+
+int main(int argc, char **argv) {
+    Arguments arguments;
+    if (!parse(argc, argv, &arguments)) {
+        std::fputs("usage: quillon-shell [--headless [--script FILE|-] [--service] [--system 9]] [FILE...]\n",
+                   stderr);
+        return exit_usage;
+    }
+    HostLoop();
+    if (arguments.headless) {
+        if (!start_headless(arguments, arguments.first_file < argc))
+            return exit_usage;
+    } else if (!(front = desktop_front(argc, argv))) {
+        std::fputs("quillon: no display can be opened\n", stderr);
+        return exit_no_display;
+    }
+    if (!ConnectHostBus()) {
+        if (HostBus()) {
+            std::fputs("quillon: another Quillon runs on this session bus\n", stderr);
+            return exit_second_shell;
+        }
+        std::fputs("quillon: no session bus is reachable; tools cannot be run\n", stderr);
+    }
+    open_files(argc, argv, arguments.first_file);
+    shell_main();
+}

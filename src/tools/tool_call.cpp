@@ -1,0 +1,159 @@
+#include "tools/tool_call.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include "console/output.h"
+#include "core/event_loop.h"
+#include "core/job_scope.h"
+#include "core/job_state.h"
+#include "files/paths.h"
+#include "files/signatures.h"
+#include "settings/settings.h"
+#include "tools/processes.h"
+
+namespace quillon {
+
+unsigned char AppDone = 0;
+
+static const OSType tex_engines[] = {four("*Xet"), four("eXet"), four("PXET"), four("PxET")};
+
+static int is_tex_engine(OSType signature) {
+    for (const OSType engine : tex_engines)
+        if (signature == engine)
+            return 1;
+    return 0;
+}
+
+// Builds the command event for the tool PSN. 0 when its address cannot be made.
+static int make_command_event(const ProcessSerialNumber *psn, const char *command_line, const char *folder,
+                              AppleEvent *event) {
+    AEDesc address;
+    if (AECreateDesc(typeProcessSerialNumber, psn, sizeof *psn, &address) != noErr)
+        return 0;
+    AECreateAppleEvent(four("QUIL"), four("priv"), &address, kAutoGenerateReturnID, kAnyTransactionID, event);
+    AEDisposeDesc(&address);
+    FSSpec spec = {};
+    UnixToFSS(folder, nullptr, &spec);
+    AEPutParamPtr(event, keyDirectObject, typeChar, command_line, std::strlen(command_line));
+    AEPutParamPtr(event, four("dest"), typeFSS, &spec, sizeof spec);
+    return 1;
+}
+
+int CallTool(const char *tool, const char *command_line, const char *folder) {
+    ProcessSerialNumber psn;
+    job_outcome = job_not_run;
+    if (!get_sig(tool, &toolSig)) {
+        // Kept on purpose: "foldeer", in this one message.
+        ml_printf("I can't find %s. It should be in the binaries foldeer.\n", tool);
+        return 0;
+    }
+    if (!DoMyLaunch(tool, &psn, 1)) {
+        ml_printf("Unable to launch <%s>!\n", tool);
+        return 0;
+    }
+    WaitForUpdate();
+    AppleEvent event, reply;
+    if (!make_command_event(&psn, command_line, folder, &event))
+        return 0;
+    const std::int32_t mode =
+        inBackground ? kAEWaitReply + kAECanInteract : kAEWaitReply + kAEAlwaysInteract + kAECanSwitchLayer;
+    const OSErr result = AESend(&event, &reply, mode, kAEHighPriority, kNoTimeOut, myIdleToolProcSend);
+    AEDisposeDesc(&event);
+    if (result == noErr) {
+        job_outcome = job_done;
+        ProcessReply(&reply);
+    } else if (result == errAETimeout) {
+        ml_printf("Time out error on <%s>!\n", tool);
+    }
+    AEDisposeDesc(&reply);
+    return result == noErr;
+}
+
+static int get_long(const AppleEvent *event, OSType keyword, std::int32_t *value) {
+    return AEGetParamPtr(event, keyword, typeLongInteger, value, sizeof *value, nullptr) == noErr;
+}
+
+static void take_exit_code(const AppleEvent *event) {
+    std::int32_t code = 0;
+    exit_status = get_long(event, keyDirectObject, &code) && code == 0 ? 0 : 1;
+}
+
+// A log file is shown and deleted only where the tools keep their transcripts.
+static int is_transcript(const FSSpec *spec) {
+    std::int16_t volume = 0;
+    std::int32_t directory = 0;
+    return FindFolder(four("trns"), 0, &volume, &directory) == noErr && spec->vRefNum == volume &&
+           spec->parID == directory;
+}
+
+// 1 when the event named a log file.
+static int show_log(const AppleEvent *event) {
+    FSSpec log;
+    if (AEGetParamPtr(event, four("logf"), typeFSS, &log, sizeof log, nullptr) != noErr)
+        return 0;
+    if (is_transcript(&log))
+        ReadLogFile(&log);
+    return 1;
+}
+
+// Quits the tool that reports itself; 1 when it is a TeX engine that failed.
+static int take_identity(const AppleEvent *event) {
+    std::int32_t value = 0;
+    if (!get_long(event, four("iden"), &value))
+        return 0;
+    const OSType signature = static_cast<OSType>(value);
+    TerminateApp(signature);
+    if (!is_tex_engine(signature) || exit_status != 1)
+        return 0;
+    tex_error = 1;
+    return 1;
+}
+
+static int asks_for_editor(const AppleEvent *event) {
+    std::int32_t asked = 0;
+    return get_long(event, four("edit"), &asked) && asked != 0;
+}
+
+void ProcessReply(const AppleEvent *reply) {
+    take_exit_code(reply);
+    show_log(reply);
+    take_identity(reply);
+    if (asks_for_editor(reply))
+        calleditor = 1;
+}
+
+// A report that came as an event of its own says where the error is.
+static void say_error_place(const AppleEvent *event) {
+    if (!asks_for_editor(event))
+        return;
+    calleditor = 1;
+    const char *const line_text = get_str_resource("LINENUMBER");
+    const long line = line_text ? std::atol(line_text) : 0;
+    const char *const file = get_str_resource("FILENAME");
+    ml_printf("\nUse any text editor to edit %s\n", file ? file : "");
+    ml_printf("at line number %ld.\n", line);
+}
+
+OSErr HandleReply(const AppleEvent *event, AppleEvent *, std::int32_t) {
+    AppDone = 1;
+    take_exit_code(event);
+    show_log(event);
+    if (take_identity(event))
+        AppDone = 1;
+    say_error_place(event);
+    return noErr;
+}
+
+OSErr HandleExit(const AppleEvent *event, AppleEvent *, std::int32_t) {
+    std::int32_t identity = 0;
+    job_outcome = job_cancelled;
+    take_exit_code(event);
+    if (show_log(event))
+        ml_printf("\nProcessing cancelled by user.\n\n");
+    get_long(event, four("iden"), &identity);
+    say_error_place(event);
+    return noErr;
+}
+
+} // namespace quillon
