@@ -1,0 +1,201 @@
+#include "environment.h"
+
+#include <array>
+#include <cctype>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "guard.h"
+#include "words.h"
+
+namespace toolhost {
+
+namespace {
+
+struct SearchVariable {
+    const char *key;
+    const char *variable;
+};
+
+constexpr std::array<SearchVariable, 27> search_variables = {{
+    {"BIBINPUTS", "BIBINPUTS"},   {"BSTINPUTS", "BSTINPUTS"},
+    {"GFFONTS", "GFFONTS"},       {"MFBASES", "MFBASES"},
+    {"MFINPUTS", "MFINPUTS"},     {"MFPOOL", "MFPOOL"},
+    {"PKFONTS", "PKFONTS"},       {"TEXPKS", "TEXPKS"},
+    {"TEXFORMATS", "TEXFORMATS"}, {"TEXINPUTS", "TEXINPUTS"},
+    {"TEXPOOL", "TEXPOOL"},       {"TEXFONTS", "TEXFONTS"},
+    {"VFFONTS", "VFFONTS"},       {"MPINPUTS", "MPINPUTS"},
+    {"MPMEMS", "MPMEMS"},         {"MPPOOL", "MPPOOL"},
+    {"TEXCONFIG", "TEXCONFIG"},   {"OFMFONTS", "OFMFONTS"},
+    {"OCPINPUTS", "OCPINPUTS"},   {"OTPINPUTS", "OTPINPUTS"},
+    {"OVFFONTS", "OVFFONTS"},     {"DVIPSHEADERS", "DVIPSHEADERS"},
+    {"TYPE1FONTS", "T1FONTS"},    {"ISTFILES", "INDEXSTYLE"},
+    {"AFMFONTS", "AFMFONTS"},     {"DVIPSEPSF", "TEXPICTS"},
+    {"ENCFOLDER", "ENCFONTS"},
+}};
+
+std::vector<std::string> split_list(std::string_view value) {
+    std::vector<std::string> elements;
+    for (std::size_t start = 0; start <= value.size();) {
+        const std::size_t end = std::min(value.find(':', start), value.size());
+        elements.emplace_back(value.substr(start, end - start));
+        start = end + 1;
+    }
+    return elements;
+}
+
+bool lies_in(const std::string &path, const std::vector<std::string> &trees) {
+    for (const std::string &tree : trees)
+        if (!tree.empty() && path.starts_with(tree) &&
+            (path.size() == tree.size() || path[tree.size()] == '/'))
+            return true;
+    return false;
+}
+
+std::string read_text(const std::string &path) {
+    std::string text;
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (file < 0)
+        return text;
+    char block[8192];
+    ssize_t count;
+    while (text.size() < 1000000 && (count = read(file, block, sizeof block)) > 0)
+        text.append(block, static_cast<std::size_t>(count));
+    close(file);
+    return text;
+}
+
+// Puts ELEMENTS in front of what VARIABLE has already, else of the distribution's default.
+void put_search_path(Variables &variables, const std::string &variable, const std::string &elements) {
+    const auto own = variables.find(variable);
+    if (own == variables.end() || own->second.empty())
+        variables[variable] = elements;
+    else if (elements.ends_with(':'))
+        own->second = elements + own->second;
+    else
+        own->second += elements;
+}
+
+void put_search_paths(Variables &variables, const std::string &home, unsigned char space) {
+    std::vector<std::string> trees;
+    for (const std::string &tree : split_list(setting("TEXMFTREES"))) {
+        std::string path = expand_setting_path(tree, home, space);
+        while (path.size() > 1 && path.ends_with('/'))
+            path.pop_back();
+        trees.push_back(path);
+    }
+    for (const SearchVariable &search : search_variables) {
+        const std::string elements = own_elements(setting(search.key), trees, home, space);
+        if (!elements.empty())
+            put_search_path(variables, search.variable, elements);
+    }
+}
+
+void put_options(Variables &variables, const Bundle &bundle) {
+    if (is_engine(bundle.signature) || bundle.signature == "DVPS" || bundle.signature == "DPDF") {
+        if (const std::string mode = setting("PDFTEXMODE"); !mode.empty())
+            variables["MODE"] = mode;
+        if (const std::string make = setting("PDFMAKEFONT"); !make.empty())
+            variables["MKTEXPK"] = make[0] == '1' ? "1" : "0";
+    }
+    if (bundle.signature == "MPST" && setting("MPTEXFORMAT").starts_with('2'))
+        variables["TEX"] = "latex";
+}
+
+} // namespace
+
+bool is_engine(const std::string &signature) {
+    return signature == "*Xet" || signature == "eXet" || signature == "PXET" || signature == "PxET";
+}
+
+std::string own_elements(std::string_view value, const std::vector<std::string> &trees,
+                         const std::string &home, unsigned char space) {
+    std::string result;
+    bool any = false;
+    bool preset_last = true;
+    const std::vector<std::string> elements = split_list(value);
+    for (std::size_t i = 0; i < elements.size(); i++) {
+        if (elements[i].empty()) {
+            // The empty element at the head: the default comes first.
+            if (i == 0 && elements.size() > 1)
+                preset_last = false;
+            continue;
+        }
+        std::string path = expand_setting_path(elements[i], home, space);
+        // No search path can hold these.
+        if (path.find_first_of(":$") != std::string::npos || lies_in(path, trees))
+            continue;
+        any = any || (path != "." && path != "./");
+        if (!result.empty())
+            result += ':';
+        result += path;
+    }
+    if (!any)
+        return {};
+    return preset_last ? result + ":" : ":" + result;
+}
+
+void read_cnf(std::string_view text, Variables &variables) {
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find('\n'), text.size());
+        std::string_view line = text.substr(0, end);
+        text.remove_prefix(std::min(end + 1, text.size()));
+        line = line.substr(0, line.find_first_of("%#"));
+        const std::size_t equals = line.find('=');
+        if (equals == std::string_view::npos)
+            continue;
+        std::string name;
+        bool good = true;
+        for (const char c : line.substr(0, equals)) {
+            if (c == ' ' || c == '\t')
+                continue;
+            good = good && (std::isalnum(static_cast<unsigned char>(c)) || c == '_' || c == '.');
+            name += c;
+        }
+        std::string_view value = line.substr(equals + 1);
+        const std::size_t first = value.find_first_not_of(" \t");
+        const std::size_t last = value.find_last_not_of(" \t\r");
+        value = first == std::string_view::npos ? std::string_view() : value.substr(first, last - first + 1);
+        if (good && !name.empty() && !std::isdigit(static_cast<unsigned char>(name[0])))
+            variables[name] = value;
+    }
+}
+
+std::string edit_command(const std::string &delimiter) {
+    const std::string out = ">&" + std::to_string(edit_descriptor);
+    return "{ echo %d; cat; } " + out + " <<'" + delimiter + "'\n%s\n" + delimiter + "\n";
+}
+
+Variables run_environment(const Bundle &bundle, const std::vector<std::string> &words, unsigned char space,
+                          const std::string &delimiter) {
+    Variables variables;
+    for (char **variable = environ; *variable; variable++) {
+        const std::string_view text = *variable;
+        const std::size_t equals = text.find('=');
+        if (equals != std::string_view::npos && !text.starts_with("QUILLON_"))
+            variables[std::string(text.substr(0, equals))] = text.substr(equals + 1);
+    }
+    if (const std::string place = expand_setting_path(setting("TEXBIN"), bundle.home, space); !place.empty())
+        variables["PATH"] = place + ":" + variables["PATH"];
+    put_search_paths(variables, bundle.home, space);
+    put_options(variables, bundle);
+    const std::string own = bundle.path + "/Contents/Resources/texmf";
+    if (has_option(words, "ini") && access(own.c_str(), R_OK) == 0 &&
+        own.find_first_of(":$") == std::string::npos) {
+        std::string &inputs = variables["TEXINPUTS"];
+        inputs = own + ":" + inputs;
+    }
+    if (is_engine(bundle.signature)) {
+        read_cnf(read_text(formats_folder() + "/tex.cnf"), variables);
+        if (bundle.signature == "PXET" || bundle.signature == "PxET")
+            read_cnf(read_text(formats_folder() + "/pdftex.cnf"), variables);
+    }
+    // No line of the engine's is ever broken: names in it stay whole.
+    variables["max_print_line"] = "1000000";
+    variables["TERM"] = "dumb";
+    variables["TEXEDIT"] = edit_command(delimiter);
+    variables["MPEDIT"] = variables["TEXEDIT"];
+    return variables;
+}
+
+} // namespace toolhost

@@ -1,0 +1,244 @@
+#include "guard.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <dirent.h>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/signalfd.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace toolhost {
+
+namespace {
+
+void kill_tree(pid_t process, int depth);
+
+// The children that the threads of PROCESS have.
+void kill_children(pid_t process, int depth) {
+    char folder[64];
+    std::snprintf(folder, sizeof folder, "/proc/%d/task", static_cast<int>(process));
+    DIR *const threads = opendir(folder);
+    if (!threads)
+        return;
+    while (const dirent *entry = readdir(threads)) {
+        if (entry->d_name[0] == '.')
+            continue;
+        char name[400];
+        std::snprintf(name, sizeof name, "%s/%s/children", folder, entry->d_name);
+        std::FILE *const list = std::fopen(name, "re");
+        if (!list)
+            continue;
+        int child;
+        while (std::fscanf(list, "%d", &child) == 1)
+            kill_tree(child, depth + 1);
+        std::fclose(list);
+    }
+    closedir(threads);
+}
+
+// A stopped process can have no more children; so parents are stopped before their children are looked for.
+void kill_tree(pid_t process, int depth) {
+    if (depth > 400 || process <= 1)
+        return;
+    kill(process, SIGSTOP);
+    kill_children(process, depth);
+    kill(process, SIGKILL);
+}
+
+void send_packet(int channel, GuardNews news, int value) {
+    const GuardPacket packet{news, value};
+    while (send(channel, &packet, sizeof packet, MSG_NOSIGNAL) < 0 && errno == EINTR) {
+    }
+}
+
+std::vector<char *> pointers(const std::vector<std::string> &texts) {
+    std::vector<char *> list;
+    for (const std::string &text : texts)
+        list.push_back(const_cast<char *>(text.c_str()));
+    list.push_back(nullptr);
+    return list;
+}
+
+// In the program's process: never returns.
+[[noreturn]] void become_program(const Launch &launch, const std::vector<char *> &words,
+                                 const std::vector<char *> &environment, int failure, pid_t parent) {
+    setsid();
+    ioctl(launch.terminal, TIOCSCTTY, 0);
+    for (int i = 0; i < 3; i++)
+        dup2(launch.terminal, i);
+    if (launch.record >= 0)
+        dup2(launch.record, edit_descriptor);
+    for (int number = 1; number < NSIG; number++)
+        signal(number, SIG_DFL);
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (getppid() != parent)
+        _exit(127);
+    if (chdir(launch.folder.c_str()) == 0)
+        execve(launch.program.c_str(), words.data(), environment.data());
+    const int error = errno;
+    if (write(failure, &error, sizeof error) < 0)
+        _exit(126);
+    _exit(127);
+}
+
+// Waits until the program ends (true) or the host is gone (false), and passes signals on.
+bool watch(int channel, int children, pid_t program, int *status) {
+    pollfd sources[2] = {{channel, POLLIN, 0}, {children, POLLIN, 0}};
+    for (;;) {
+        if (poll(sources, 2, -1) < 0)
+            continue;
+        if (sources[1].revents) {
+            signalfd_siginfo info;
+            while (read(children, &info, sizeof info) > 0) {
+            }
+            int its_status = 0;
+            bool ended = false;
+            for (pid_t child; (child = waitpid(-1, &its_status, WNOHANG)) > 0;)
+                if (child == program) {
+                    *status = its_status;
+                    ended = true;
+                }
+            if (ended)
+                return true;
+        }
+        if (sources[0].revents) {
+            int number = 0;
+            const ssize_t count = recv(channel, &number, sizeof number, 0);
+            if (count <= 0)
+                return false;
+            if (number == SIGKILL) {
+                bool reaped = false;
+                kill_descendants(program, status, &reaped);
+                if (reaped)
+                    return true;
+            } else {
+                kill(-program, number);
+            }
+        }
+    }
+}
+
+int moved_up(int descriptor) {
+    return descriptor < 0 ? -1 : fcntl(descriptor, F_DUPFD_CLOEXEC, 20);
+}
+
+// Closes every descriptor from 3 up that is not among KEPT.
+void close_others(std::vector<int> kept) {
+    std::sort(kept.begin(), kept.end());
+    unsigned first = 3;
+    for (const int descriptor : kept) {
+        if (descriptor < 3)
+            continue;
+        const auto number = static_cast<unsigned>(descriptor);
+        if (number > first)
+            close_range(first, number - 1, 0);
+        first = number + 1;
+    }
+    close_range(first, ~0U, 0);
+}
+
+[[noreturn]] void guard(const Launch &launch, int channel) {
+    prctl(PR_SET_NAME, "quillon-guard");
+    prctl(PR_SET_CHILD_SUBREAPER, 1);
+    setpgid(0, 0);
+    sigset_t all;
+    sigfillset(&all);
+    sigprocmask(SIG_SETMASK, &all, nullptr);
+
+    // Of the host's descriptors only these stay, at numbers above those that the program gets.
+    Launch mine = launch;
+    const int link = moved_up(channel);
+    mine.terminal = moved_up(launch.terminal);
+    mine.record = moved_up(launch.record);
+    sigset_t child_signal;
+    sigemptyset(&child_signal);
+    sigaddset(&child_signal, SIGCHLD);
+    const int children = moved_up(signalfd(-1, &child_signal, SFD_NONBLOCK | SFD_CLOEXEC));
+    int failure[2] = {-1, -1};
+    if (pipe2(failure, O_CLOEXEC) != 0)
+        _exit(1);
+    const int failure_in = moved_up(failure[0]);
+    const int failure_out = moved_up(failure[1]);
+    close_others({link, mine.terminal, mine.record, children, failure_in, failure_out});
+
+    const std::vector<char *> words = pointers(launch.words);
+    const std::vector<char *> environment = pointers(launch.environment);
+    const pid_t self = getpid();
+    const pid_t program = fork();
+    if (program == 0)
+        become_program(mine, words, environment, failure_out, self);
+    const int fork_error = errno;
+    close(failure_out);
+    close(mine.terminal);
+    if (mine.record >= 0)
+        close(mine.record);
+    int error = program < 0 ? fork_error : 0;
+    if (program > 0 && read(failure_in, &error, sizeof error) <= 0)
+        error = 0;
+    close(failure_in);
+    if (error != 0) {
+        send_packet(link, GuardNews::not_started, error);
+        _exit(0);
+    }
+    send_packet(link, GuardNews::started, program);
+    int status = SIGKILL;
+    const bool ended = watch(link, children, program, &status);
+    kill_descendants(0, nullptr, nullptr);
+    if (ended)
+        send_packet(link, GuardNews::ended, status);
+    _exit(0);
+}
+
+} // namespace
+
+void kill_descendants(pid_t watched, int *status, bool *reaped) {
+    for (;;) {
+        kill_children(getpid(), 0);
+        int its_status = 0;
+        pid_t child;
+        // One that cannot die yet (it waits for a disk) is waited for a little, and looked at again.
+        while ((child = waitpid(-1, &its_status, WNOHANG)) > 0)
+            if (child == watched && status) {
+                *status = its_status;
+                *reaped = true;
+            }
+        if (child < 0 && errno == ECHILD)
+            return;
+        const timespec moment = {0, 500000};
+        nanosleep(&moment, nullptr);
+    }
+}
+
+pid_t start_guard(const Launch &launch, int *channel) {
+    int ends[2];
+    if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0)
+        return -1;
+    const pid_t child = fork();
+    if (child == 0) {
+        close(ends[0]);
+        guard(launch, ends[1]);
+    }
+    close(ends[1]);
+    if (child < 0) {
+        close(ends[0]);
+        return -1;
+    }
+    *channel = ends[0];
+    return child;
+}
+
+} // namespace toolhost

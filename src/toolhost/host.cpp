@@ -1,0 +1,410 @@
+#include "host.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <sys/prctl.h>
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+#include "toolbox/types.h"
+#include "window/open_window.h"
+
+namespace toolhost {
+
+namespace {
+
+constexpr const char *object_path = "/org/quillon/App";
+constexpr const char *app_interface = "org.quillon.App1";
+constexpr const char *tool_interface = "org.quillon.Tool1";
+constexpr std::size_t window_text_limit = 262144;
+constexpr std::uint64_t window_delay = 500000;
+constexpr std::uint64_t follower_look_delay = 100000;
+constexpr std::uint64_t follower_grace = 2000000;
+
+std::uint64_t now_microseconds() {
+    timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<std::uint64_t>(now.tv_sec) * 1000000 + static_cast<std::uint64_t>(now.tv_nsec) / 1000;
+}
+
+int on_event(sd_bus_message *message, void *self, sd_bus_error *) {
+    return static_cast<Host *>(self)->event(message);
+}
+
+int on_answer(sd_bus_message *message, void *self, sd_bus_error *) {
+    return static_cast<Host *>(self)->answer(message);
+}
+
+int get_text(sd_bus *, const char *, const char *, const char *property, sd_bus_message *reply, void *self,
+             sd_bus_error *) {
+    const Bundle &bundle = static_cast<Host *>(self)->bundle();
+    const std::string_view name = property;
+    const std::string &text = name == "Signature" ? bundle.signature
+                              : name == "Name"    ? bundle.tool
+                                                  : bundle.path;
+    return sd_bus_message_append(reply, "s", is_utf8(text) ? text.c_str() : "");
+}
+
+int get_waiting(sd_bus *, const char *, const char *, const char *, sd_bus_message *reply, void *self,
+                sd_bus_error *) {
+    return static_cast<Host *>(self)->get_waiting(reply);
+}
+
+const sd_bus_vtable app_vtable[] = {
+    SD_BUS_VTABLE_START(0),
+    SD_BUS_PROPERTY("Signature", "s", get_text, 0, SD_BUS_VTABLE_PROPERTY_CONST),
+    SD_BUS_PROPERTY("Name", "s", get_text, 0, SD_BUS_VTABLE_PROPERTY_CONST),
+    SD_BUS_PROPERTY("Path", "s", get_text, 0, SD_BUS_VTABLE_PROPERTY_CONST),
+    SD_BUS_METHOD("Event", "ssa{s(sv)}", "ia{s(sv)}", on_event, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_VTABLE_END,
+};
+
+const sd_bus_vtable tool_vtable[] = {
+    SD_BUS_VTABLE_START(0),
+    SD_BUS_PROPERTY("Waiting", "b", get_waiting, 0, SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),
+    SD_BUS_METHOD("Answer", "ay", "", on_answer, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_SIGNAL("Output", "ay", 0),
+    SD_BUS_VTABLE_END,
+};
+
+bool front_is_desktop() {
+    if (const char *front = std::getenv("QUILLON_FRONT"))
+        return std::strcmp(front, "desktop") == 0;
+    return std::getenv("DISPLAY") || std::getenv("WAYLAND_DISPLAY");
+}
+
+} // namespace
+
+Host::Host(const Bundle &bundle) : bundle_(bundle), desktop_(front_is_desktop()) {
+    const char *const followed = std::getenv("QUILLON_FOLLOWED");
+    told_followed_ = followed && *followed == '1';
+}
+
+Host::~Host() {
+    run_.reset();
+    sd_bus_message_unref(command_);
+    sd_event_source_disable_unref(window_timer_);
+    sd_bus_slot_unref(shell_slot_);
+    sd_bus_slot_unref(matches_slot_);
+    sd_bus_flush_close_unref(bus_);
+    sd_event_unref(event_);
+}
+
+int Host::on_signal(sd_event_source *, const signalfd_siginfo *info, void *self) {
+    auto *const host = static_cast<Host *>(self);
+    if (info->ssi_signo == SIGTERM)
+        host->quit();
+    else if (const char *shell = std::getenv("QUILLON_SHELL_PID"); shell && std::atoi(shell) != getppid())
+        host->shell_gone();
+    return 0;
+}
+
+int Host::connect() {
+    signal(SIGPIPE, SIG_IGN);
+    signal(SIGINT, SIG_IGN);
+    signal(SIGXFSZ, SIG_IGN);
+    sigset_t handled;
+    sigemptyset(&handled);
+    sigaddset(&handled, SIGTERM);
+    sigaddset(&handled, SIGHUP);
+    sigprocmask(SIG_BLOCK, &handled, nullptr);
+    prctl(PR_SET_CHILD_SUBREAPER, 1);
+    if (const char *shell = std::getenv("QUILLON_SHELL_PID")) {
+        const int pid = std::atoi(shell);
+        if (pid == getppid()) {
+            prctl(PR_SET_PDEATHSIG, SIGHUP);
+            if (getppid() != pid)
+                return -ESRCH;
+        }
+    }
+    int result = sd_event_new(&event_);
+    if (result < 0 || (result = sd_bus_open_user(&bus_)) < 0)
+        return result;
+    sd_bus_set_exit_on_disconnect(bus_, 1);
+    if ((result = sd_bus_add_object_vtable(bus_, nullptr, object_path, app_interface, app_vtable, this)) <
+            0 ||
+        (result = sd_bus_add_object_vtable(bus_, nullptr, object_path, tool_interface, tool_vtable, this)) <
+            0)
+        return result;
+    const std::string name = "org.quillon.App.p" + std::to_string(getpid());
+    if ((result = sd_bus_request_name(bus_, name.c_str(), 0)) < 0)
+        return result;
+    sd_event_add_signal(event_, nullptr, SIGTERM, on_signal, this);
+    sd_event_add_signal(event_, nullptr, SIGHUP, on_signal, this);
+    return sd_bus_attach_event(bus_, event_, SD_EVENT_PRIORITY_NORMAL);
+}
+
+int Host::loop() {
+    while (!leaving_) {
+        const int result = sd_event_run(event_, UINT64_MAX);
+        if (result < 0 || sd_event_get_state(event_) == SD_EVENT_FINISHED)
+            break;
+        if (!window_wanted_ || window_failed_ || leaving_)
+            continue;
+        window_wanted_ = false;
+        window_failed_ = !open_window(*this);
+        if (window_failed_ && run_ && run_->waiting())
+            look_for_followers();
+    }
+    return 0;
+}
+
+void Host::leave() {
+    leaving_ = true;
+}
+
+int Host::reply(sd_bus_message *message, std::int32_t error, const Parameters &parameters) {
+    if (sd_bus_message_get_expect_reply(message) <= 0)
+        return 1;
+    sd_bus_message *answer = nullptr;
+    int result = sd_bus_message_new_method_return(message, &answer);
+    if (result >= 0 && (result = sd_bus_message_append_basic(answer, 'i', &error)) >= 0 &&
+        (result = append_parameters(answer, parameters)) >= 0)
+        result = sd_bus_send(bus_, answer, nullptr);
+    sd_bus_message_unref(answer);
+    return result < 0 ? result : 1;
+}
+
+int Host::event(sd_bus_message *message) {
+    const char *event_class = nullptr;
+    const char *event_id = nullptr;
+    Parameters parameters;
+    int result = sd_bus_message_read(message, "ss", &event_class, &event_id);
+    if (result < 0 || (result = read_parameters(message, parameters)) < 0)
+        return result;
+    const std::string name = std::string(event_class) + "/" + event_id;
+    if (name == "QUIL/priv")
+        return start_run(message, parameters);
+    if (name == "aevt/quit") {
+        result = reply(message, quillon::noErr, {});
+        quit();
+        return result;
+    }
+    return reply(message, name == "aevt/oapp" ? quillon::noErr : quillon::errAEEventNotHandled, {});
+}
+
+int Host::start_run(sd_bus_message *message, const Parameters &parameters) {
+    const auto command = parameters.find("----");
+    const auto folder = parameters.find("dest");
+    if (command == parameters.end() || folder == parameters.end())
+        return reply(message, quillon::errAEDescNotFound, {});
+    if (command->second.type != "TEXT" || command->second.is_number || folder->second.type != "fss " ||
+        folder->second.is_number || !folder->second.items.empty())
+        return reply(message, quillon::errAECoercionFail, {});
+    if (!folder->second.bytes.starts_with('/'))
+        return reply(message, quillon::dirNFErr, {});
+    if (run_ && !run_->ended())
+        return reply(message, quillon::connectionInvalid, {});
+    watch_shell(sd_bus_message_get_sender(message));
+    sd_bus_message_unref(command_);
+    command_ = sd_bus_message_ref(message);
+    window_text_.clear();
+    rules_seen_ = false;
+    rules_known_ = false;
+    run_ = std::make_unique<Run>(event_, bundle_, *this);
+    run_->start(command->second.bytes, folder->second.bytes);
+    if (run_->ended())
+        return 1;
+    window_timer_ = sd_event_source_disable_unref(window_timer_);
+    sd_event_add_time_relative(
+        event_, &window_timer_, CLOCK_MONOTONIC, desktop_ ? window_delay : follower_look_delay, 1000,
+        [](sd_event_source *, std::uint64_t, void *self) {
+            auto *const host = static_cast<Host *>(self);
+            if (host->desktop_)
+                host->want_window();
+            else
+                host->look_for_followers();
+            return 0;
+        },
+        this);
+    return 1;
+}
+
+int Host::quit() {
+    if (run_ && !run_->ended())
+        run_->cancel(false);
+    else
+        leave();
+    return 0;
+}
+
+Parameters Host::outcome_parameters(const Outcome &outcome) const {
+    Parameters parameters;
+    parameters["----"] = number_parameter(outcome.exit_code);
+    if (!outcome.transcript.empty())
+        parameters["logf"] = path_parameter(outcome.transcript);
+    parameters["iden"] = number_parameter(code_number(bundle_.signature));
+    parameters["edit"] = number_parameter(outcome.edit ? 1 : 0);
+    return parameters;
+}
+
+void Host::run_ended(const Outcome &outcome) {
+    window_timer_ = sd_event_source_disable_unref(window_timer_);
+    window_wanted_ = false;
+    const Parameters parameters = outcome_parameters(outcome);
+    if (!outcome.cancelled) {
+        reply(command_, quillon::noErr, parameters);
+        command_ = sd_bus_message_unref(command_);
+        return;
+    }
+    sd_bus_message *notice = nullptr;
+    if (sd_bus_message_new_method_call(bus_, &notice, shell_.c_str(), object_path, app_interface, "Event") >=
+        0) {
+        sd_bus_message_set_expect_reply(notice, 0);
+        sd_bus_message_append(notice, "ss", "QUIL", "exit");
+        if (append_parameters(notice, parameters) >= 0)
+            sd_bus_send(bus_, notice, nullptr);
+    }
+    sd_bus_message_unref(notice);
+    sd_bus_flush(bus_);
+    leave();
+}
+
+void Host::watch_shell(const char *sender) {
+    if (!sender || shell_ == sender)
+        return;
+    shell_ = sender;
+    shell_slot_ = sd_bus_slot_unref(shell_slot_);
+    const std::string rule = "type='signal',sender='org.freedesktop.DBus',path='/org/freedesktop/DBus',"
+                             "interface='org.freedesktop.DBus',member='NameOwnerChanged',arg0='" +
+                             shell_ + "'";
+    sd_bus_add_match_async(
+        bus_, &shell_slot_, rule.c_str(),
+        [](sd_bus_message *, void *self, sd_bus_error *) {
+            static_cast<Host *>(self)->shell_gone();
+            return 0;
+        },
+        nullptr, this);
+}
+
+// Nobody is left to report to. The guard kills what runs as soon as this process has gone.
+void Host::shell_gone() {
+    if (run_ && !run_->ended())
+        run_->abandon();
+    leave();
+}
+
+int Host::get_waiting(sd_bus_message *reply) const {
+    const int waiting = run_ && run_->waiting() ? 1 : 0;
+    return sd_bus_message_append_basic(reply, 'b', &waiting);
+}
+
+int Host::answer(sd_bus_message *message) {
+    const void *bytes = nullptr;
+    std::size_t size = 0;
+    const int result = sd_bus_message_read_array(message, 'y', &bytes, &size);
+    if (result < 0)
+        return result;
+    if (!run_ || run_->ended())
+        return sd_bus_reply_method_errorf(message, "org.quillon.Error.NotRun", "Nothing runs.");
+    answerers_.insert(sd_bus_message_get_sender(message));
+    run_->answer({static_cast<const char *>(bytes), size});
+    return sd_bus_reply_method_return(message, "");
+}
+
+void Host::run_printed(std::string_view bytes) {
+    if (told_followed_ || rules_seen_ || !answerers_.empty())
+        signal_output(bytes);
+    if (!desktop_ || window_failed_)
+        return;
+    window_text_ += bytes;
+    if (window_text_.size() > 2 * window_text_limit)
+        window_text_.erase(0, window_text_.size() - window_text_limit);
+}
+
+std::string Host::take_window_text() {
+    std::string text = std::move(window_text_);
+    window_text_.clear();
+    return text;
+}
+
+void Host::signal_output(std::string_view bytes) {
+    sd_bus_message *signal = nullptr;
+    if (sd_bus_message_new_signal(bus_, &signal, object_path, tool_interface, "Output") >= 0 &&
+        sd_bus_message_append_array(signal, 'y', bytes.data(), bytes.size()) >= 0)
+        sd_bus_send(bus_, signal, nullptr);
+    sd_bus_message_unref(signal);
+    // What the bus has not taken yet is waited for, so that a flood does not pile up here.
+    sd_bus_flush(bus_);
+}
+
+void Host::run_waits(bool waits) {
+    const bool again = waits && prompt_since_ != 0;
+    if (!again) {
+        prompt_since_ = waits ? now_microseconds() : 0;
+        sd_bus_emit_properties_changed(bus_, object_path, tool_interface, "Waiting", nullptr);
+    }
+    if (!waits)
+        return;
+    if (desktop_ && !window_failed_)
+        want_window();
+    else
+        look_for_followers();
+}
+
+void Host::want_window() {
+    if (run_ && !run_->ended() && !run_->cancelled())
+        window_wanted_ = true;
+}
+
+// Asks the bus who listens to this tool.
+void Host::look_for_followers() {
+    if (matches_slot_ || !run_ || run_->ended())
+        return;
+    const int result = sd_bus_call_method_async(
+        bus_, &matches_slot_, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+        "org.freedesktop.DBus.Debug.Stats", "GetAllMatchRules",
+        [](sd_bus_message *message, void *self, sd_bus_error *) {
+            return static_cast<Host *>(self)->matches(message);
+        },
+        this, "");
+    if (result < 0)
+        decide_prompt();
+}
+
+int Host::matches(sd_bus_message *message) {
+    matches_slot_ = sd_bus_slot_unref(matches_slot_);
+    rules_known_ = !sd_bus_message_is_method_error(message, nullptr);
+    rules_seen_ = false;
+    std::set<std::string> present;
+    const char *own = nullptr;
+    sd_bus_get_unique_name(bus_, &own);
+    if (rules_known_ && sd_bus_message_enter_container(message, 'a', "{sas}") > 0) {
+        const char *owner = nullptr;
+        while (sd_bus_message_enter_container(message, 'e', "sas") > 0) {
+            sd_bus_message_read_basic(message, 's', &owner);
+            present.insert(owner);
+            const char *rule = nullptr;
+            sd_bus_message_enter_container(message, 'a', "s");
+            while (sd_bus_message_read_basic(message, 's', &rule) > 0)
+                if (std::strstr(rule, tool_interface) && (!own || std::strcmp(owner, own) != 0))
+                    rules_seen_ = true;
+            sd_bus_message_exit_container(message);
+            sd_bus_message_exit_container(message);
+        }
+    }
+    if (rules_known_)
+        std::erase_if(answerers_, [&present](const std::string &name) { return !present.contains(name); });
+    decide_prompt();
+    return 0;
+}
+
+// Without a window, somebody else has to answer; where nobody can, the program's input is at its end.
+void Host::decide_prompt() {
+    if (!run_ || !run_->waiting() || (desktop_ && !window_failed_))
+        return;
+    if (rules_seen_ || !answerers_.empty())
+        return;
+    if (told_followed_ && (!rules_known_ || now_microseconds() - prompt_since_ < follower_grace))
+        return;
+    if (++ends_of_input_ > 100)
+        run_->cancel(true);
+    else
+        run_->end_input();
+}
+
+} // namespace toolhost

@@ -1,0 +1,87 @@
+// The tool host: one application on the bus that runs its bundle's program on command.
+#ifndef QUILLON_TOOLHOST_HOST_H
+#define QUILLON_TOOLHOST_HOST_H
+
+#include <cstdint>
+#include <memory>
+#include <set>
+#include <string>
+#include <systemd/sd-bus.h>
+#include <systemd/sd-event.h>
+
+#include "places.h"
+#include "run.h"
+#include "wire.h"
+
+namespace toolhost {
+
+class Host : public RunOwner {
+  public:
+    explicit Host(const Bundle &bundle);
+    ~Host();
+    Host(const Host &) = delete;
+    Host &operator=(const Host &) = delete;
+
+    // Takes the bus name. Negative errno on failure.
+    int connect();
+    // Runs until the host is told to go; the process's exit status.
+    int loop();
+
+    const Bundle &bundle() const { return bundle_; }
+
+    // Events and calls from the bus.
+    int event(sd_bus_message *message);
+    int answer(sd_bus_message *message);
+    int get_waiting(sd_bus_message *reply) const;
+
+    // For the window.
+    sd_event *events() { return event_; }
+    Run *run() { return run_.get(); }
+    bool leaving() const { return leaving_; }
+    // What was printed since the last call, at most the last quarter of a megabyte.
+    std::string take_window_text();
+
+    void run_printed(std::string_view bytes) override;
+    void run_waits(bool waits) override;
+    void run_ended(const Outcome &outcome) override;
+
+  private:
+    int start_run(sd_bus_message *message, const Parameters &parameters);
+    int quit();
+    int reply(sd_bus_message *message, std::int32_t error, const Parameters &parameters);
+    Parameters outcome_parameters(const Outcome &outcome) const;
+    void watch_shell(const char *sender);
+    void shell_gone();
+    void look_for_followers();
+    int matches(sd_bus_message *message);
+    void decide_prompt();
+    void signal_output(std::string_view bytes);
+    void want_window();
+    void leave();
+    static int on_signal(sd_event_source *source, const signalfd_siginfo *info, void *self);
+
+    const Bundle &bundle_;
+    sd_event *event_ = nullptr;
+    sd_bus *bus_ = nullptr;
+    sd_bus_slot *shell_slot_ = nullptr;
+    sd_bus_slot *matches_slot_ = nullptr;
+    sd_event_source *window_timer_ = nullptr;
+    std::unique_ptr<Run> run_;
+    sd_bus_message *command_ = nullptr; // the call that the run will answer
+    std::string shell_;
+    std::set<std::string> answerers_;
+    std::string window_text_;
+    std::uint64_t prompt_since_ = 0;
+    int ends_of_input_ = 0;
+    bool desktop_ = false;
+    bool told_followed_ = false;
+    bool rules_seen_ = false;
+    bool rules_known_ = false;
+    bool window_wanted_ = false;
+    bool window_failed_ = false;
+    bool leaving_ = false;
+};
+
+} // namespace toolhost
+
+#endif

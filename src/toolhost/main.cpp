@@ -1,0 +1,20 @@
+// The program inside every <tool>.app.
+#include <cstdio>
+#include <cstring>
+
+#include "host.h"
+
+int main(int, char **argv) {
+    toolhost::Bundle bundle;
+    if (!toolhost::find_bundle(argv[0], bundle)) {
+        std::fprintf(stderr, "%s: this program is started as <tool>.app/Contents/Linux/<tool>\n", argv[0]);
+        return 1;
+    }
+    toolhost::Host host(bundle);
+    const int result = host.connect();
+    if (result < 0) {
+        std::fprintf(stderr, "%s: no session bus: %s\n", bundle.tool.c_str(), std::strerror(-result));
+        return 1;
+    }
+    return host.loop();
+}

@@ -1,0 +1,37 @@
+// What a run leaves behind: its output and its error in the preferences, a new format's stamp.
+#ifndef QUILLON_TOOLHOST_RESULTS_H
+#define QUILLON_TOOLHOST_RESULTS_H
+
+#include <ctime>
+#include <string>
+#include <vector>
+
+#include "run_parser.h"
+
+namespace toolhost {
+
+struct EngineRun {
+    std::vector<std::string> words;
+    std::string program; // leaf of the program that ran
+    std::string folder;
+    timespec started{};
+    unsigned char space = 0;
+};
+
+// The absolute path of what the engine wrote: what it said, else what is newer than the start; empty for
+// nothing.
+std::string engine_output(const EngineRun &run, const RunParser &parser);
+// `PDFTEXOUTPUT` 0 before an engine starts.
+void clear_output_setting();
+// One transaction: `DVIFILE`, `PDFFILE`, `PDFTEXOUTPUT` when ENGINE, `FILENAME` and `LINENUMBER` when ERROR
+// is known.
+void write_results(const EngineRun &run, bool engine, const std::string &output, const ErrorPlace &error);
+// Stamps the format that the run dumped with its creator: 'qXET' in e-TeX mode, else 'QXET'.
+void stamp_format(const EngineRun &run, const RunParser &parser);
+// What the engine's edit command wrote: the line, then the name up to a line end. Unknown when it wrote
+// nothing.
+ErrorPlace read_edit_record(int descriptor, const std::string &folder);
+
+} // namespace toolhost
+
+#endif

@@ -1,0 +1,435 @@
+#include "run.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <sys/mman.h>
+#include <sys/random.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include "environment.h"
+#include "guard.h"
+#include "words.h"
+
+namespace toolhost {
+
+namespace {
+
+constexpr std::uint64_t millisecond = 1000;
+constexpr std::uint64_t first_look = 8;
+constexpr std::uint64_t longest_pause = 200;
+constexpr std::uint64_t stage_limit = 1000;
+constexpr int reads_at_once = 64;
+
+std::uint64_t now_microseconds() {
+    timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<std::uint64_t>(now.tv_sec) * 1000000 + static_cast<std::uint64_t>(now.tv_nsec) / 1000;
+}
+
+std::string new_delimiter() {
+    unsigned char bytes[12] = {};
+    if (getrandom(bytes, sizeof bytes, 0) < 0)
+        std::memcpy(bytes, &errno, sizeof errno);
+    std::string text = "end-of-name-";
+    for (const unsigned char byte : bytes) {
+        text += static_cast<char>('a' + (byte >> 4));
+        text += static_cast<char>('a' + (byte & 15));
+    }
+    return text;
+}
+
+sd_event_source *drop(sd_event_source *source) {
+    return sd_event_source_disable_unref(source);
+}
+
+// Options that the plain bibtex knows.
+bool plain_bibtex_option(std::string_view word) {
+    word.remove_prefix(std::min(word.find_first_not_of('-'), word.size()));
+    return word.starts_with("min-crossrefs") || word == "terse" || word == "help" || word == "version";
+}
+
+} // namespace
+
+Run::Run(sd_event *event, const Bundle &bundle, RunOwner &owner)
+    : event_(event), bundle_(bundle), owner_(owner) {}
+
+Run::~Run() {
+    close_down();
+}
+
+std::uint64_t Run::milliseconds() const {
+    return (now_microseconds() - begun_) / millisecond;
+}
+
+void Run::close_down() {
+    terminal_source_ = drop(terminal_source_);
+    channel_source_ = drop(channel_source_);
+    prompt_timer_ = drop(prompt_timer_);
+    cancel_timer_ = drop(cancel_timer_);
+    for (int *descriptor : {&terminal_, &channel_, &record_}) {
+        if (*descriptor >= 0)
+            close(*descriptor);
+        *descriptor = -1;
+    }
+}
+
+// Which program the command's words ask for, and the words as that program takes them.
+void Run::choose_program() {
+    std::vector<std::string> &words = engine_.words;
+    program_name_ = bundle_.info_or("program", bundle_.tool);
+    if (bundle_.signature == "*Xet") {
+        // LaTeX needs the e-TeX primitives, which the engine that "latex" stands for in the distribution has.
+        const std::string asked = words[0] == "tex" ? option_value(words, "progname") : words[0];
+        if (asked == "latex") {
+            program_name_ = bundle_.info_or("latex", "pdftex");
+            if (has_option(words, "ini") && !has_option(words, "etex"))
+                words.insert(words.begin() + 1, "-etex");
+        }
+    }
+    if (bundle_.signature == "BIBT") {
+        const std::string sort_file = expand_setting_path(setting("CSFFILE"), bundle_.home, engine_.space);
+        bool own_options = !sort_file.empty();
+        for (std::size_t i = 1; i < words.size(); i++)
+            own_options = own_options || (words[i].starts_with('-') && !plain_bibtex_option(words[i]));
+        if (own_options) {
+            program_name_ = bundle_.info_or("program8", "bibtex8");
+            if (!sort_file.empty() && !has_option(words, "c") && option_value(words, "csfile").empty())
+                words.insert(words.begin() + 1, {"-c", sort_file});
+        }
+    }
+}
+
+bool Run::prepare(std::string_view line, const std::string &folder) {
+    begun_ = now_microseconds();
+    clock_gettime(CLOCK_REALTIME, &engine_.started);
+    command_ = line;
+    is_engine_ = is_engine(bundle_.signature);
+    engine_.folder = folder;
+    engine_.space = space_byte();
+    engine_.words = split_words(line, engine_.space);
+    if (engine_.words.empty()) {
+        fail("the command line is empty");
+        return false;
+    }
+    choose_program();
+    engine_.program = program_name_.substr(program_name_.rfind('/') + 1);
+    std::string main = main_file(engine_.words);
+    if (!main.empty()) {
+        main = absolute_path(folder, main);
+        if (!is_regular_file(main) && is_regular_file(main + ".tex"))
+            main += ".tex";
+    }
+    if (is_engine_ || bundle_.signature == "MPST")
+        parser_ = std::make_unique<RunParser>(folder, main);
+    if (is_engine_)
+        clear_output_setting();
+    return true;
+}
+
+void Run::start(std::string_view line, const std::string &folder) {
+    if (!prepare(line, folder))
+        return;
+    delimiter_ = new_delimiter();
+    const char *const search = std::getenv("PATH");
+    std::string places = search ? search : "/usr/local/bin:/usr/bin:/bin";
+    if (const std::string own = setting("TEXBIN"); !own.empty())
+        places.insert(0, expand_setting_path(own, bundle_.home, engine_.space) + ":");
+    const std::string program = find_program(program_name_, places, bundle_.path + "/Contents/Resources");
+    if (program.empty()) {
+        fail("there is no such program");
+        return;
+    }
+    // An engine looks itself up under the name it is called by; under a name that nothing has it would not
+    // start.
+    std::vector<std::string> &words = engine_.words;
+    if (is_engine_ && find_program(words[0], places, folder).empty()) {
+        if (option_value(words, "progname").empty())
+            words.insert(words.begin() + 1, "-progname=" + words[0]);
+    }
+    int slave = -1;
+    if (!open_terminal(&slave)) {
+        fail(std::strerror(errno));
+        return;
+    }
+    const bool launched = launch(program, slave);
+    close(slave);
+    if (!launched)
+        fail(std::strerror(errno));
+}
+
+bool Run::open_terminal(int *slave) {
+    terminal_ = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
+    if (terminal_ < 0 || grantpt(terminal_) != 0 || unlockpt(terminal_) != 0)
+        return false;
+    char name[128];
+    if (ptsname_r(terminal_, name, sizeof name) != 0)
+        return false;
+    terminal_path_ = name;
+    *slave = open(name, O_RDWR | O_NOCTTY | O_CLOEXEC);
+    termios mode;
+    if (*slave < 0 || tcgetattr(*slave, &mode) != 0)
+        return false;
+    // Bytes come as the program printed them, and none that a person types is kept back as flow control.
+    mode.c_oflag &= ~static_cast<tcflag_t>(OPOST);
+    mode.c_iflag &= ~static_cast<tcflag_t>(IXON | IXOFF);
+    mode.c_iflag |= IUTF8;
+    tcsetattr(*slave, TCSANOW, &mode);
+    winsize size = {24, 80, 0, 0};
+    ioctl(*slave, TIOCSWINSZ, &size);
+    return true;
+}
+
+bool Run::launch(const std::string &program, int slave) {
+    record_ = memfd_create("edit", MFD_CLOEXEC);
+    Launch launch;
+    launch.program = program;
+    launch.words = engine_.words;
+    const char *const search = std::getenv("PATH");
+    if (is_engine_ && find_program(launch.words[0], search ? search : "", engine_.folder).empty())
+        launch.words[0] = program;
+    for (const auto &[name, value] : run_environment(bundle_, engine_.words, engine_.space, delimiter_))
+        launch.environment.push_back(name + "=" + value);
+    launch.folder = engine_.folder;
+    launch.terminal = slave;
+    launch.record = record_;
+    guard_ = start_guard(launch, &channel_);
+    if (guard_ < 0)
+        return false;
+    sd_event_add_io(
+        event_, &terminal_source_, terminal_, EPOLLIN,
+        [](sd_event_source *, int, std::uint32_t, void *self) {
+            static_cast<Run *>(self)->read_terminal();
+            return 0;
+        },
+        this);
+    sd_event_add_io(
+        event_, &channel_source_, channel_, EPOLLIN,
+        [](sd_event_source *, int, std::uint32_t, void *self) {
+            static_cast<Run *>(self)->guard_news();
+            return 0;
+        },
+        this);
+    return true;
+}
+
+void Run::fail(const std::string &reason) {
+    const std::string text = "I can't start " + program_name_ + ": " + reason + "\n";
+    status_ = 127 << 8;
+    take_output(text);
+    finish();
+}
+
+// False when the terminal has no more to give.
+bool Run::read_terminal() {
+    char block[16384];
+    for (int i = 0; i < reads_at_once; i++) {
+        const ssize_t count = read(terminal_, block, sizeof block);
+        if (count > 0) {
+            take_output({block, static_cast<std::size_t>(count)});
+            continue;
+        }
+        if (count < 0 && (errno == EAGAIN || errno == EINTR)) {
+            watch_prompt(first_look);
+            return errno == EINTR;
+        }
+        // Every process of the run has closed the terminal; what is left is for the guard to say.
+        terminal_source_ = drop(terminal_source_);
+        return false;
+    }
+    return true;
+}
+
+void Run::take_output(std::string_view bytes) {
+    printed_ = true;
+    open_line_ = bytes.back() != '\n';
+    set_waiting(false);
+    transcript_.write(bytes);
+    if (parser_)
+        parser_->feed(bytes);
+    owner_.run_printed(bytes);
+}
+
+void Run::watch_prompt(std::uint64_t pause) {
+    prompt_pause_ = pause;
+    if (prompt_timer_) {
+        sd_event_source_set_time_relative(prompt_timer_, pause * millisecond);
+        sd_event_source_set_enabled(prompt_timer_, SD_EVENT_ONESHOT);
+        return;
+    }
+    sd_event_add_time_relative(
+        event_, &prompt_timer_, CLOCK_MONOTONIC, pause * millisecond, millisecond,
+        [](sd_event_source *, std::uint64_t, void *self) {
+            static_cast<Run *>(self)->look_for_prompt();
+            return 0;
+        },
+        this);
+}
+
+void Run::look_for_prompt() {
+    if (ended_ || terminal_ < 0)
+        return;
+    if (!unsent_.empty())
+        answer({});
+    const bool waits = prompt_.waits(open_line_);
+    if (waits && cancelled_) {
+        // The interrupt made the program ask what to do: nobody will answer.
+        if (stage_ == 1)
+            next_stage();
+        return;
+    }
+    set_waiting(waits);
+    if (!ended_)
+        watch_prompt(std::min(prompt_pause_ * 2, longest_pause));
+}
+
+void Run::set_waiting(bool waiting) {
+    if (waiting_ == waiting && !waiting)
+        return;
+    const bool again = waiting_ == waiting;
+    waiting_ = waiting;
+    // A prompt that goes on is told again, so that the host can look anew whether anybody is there to answer.
+    if (!again || prompt_pause_ >= longest_pause)
+        owner_.run_waits(waiting);
+}
+
+void Run::answer(std::string_view bytes) {
+    if (!bytes.empty())
+        answered_ = true;
+    unsent_ += bytes;
+    while (!unsent_.empty() && terminal_ >= 0) {
+        const ssize_t count = write(terminal_, unsent_.data(), unsent_.size());
+        if (count <= 0)
+            break;
+        unsent_.erase(0, static_cast<std::size_t>(count));
+    }
+    set_waiting(false);
+    watch_prompt(first_look);
+}
+
+void Run::end_input() {
+    termios mode;
+    const char end = tcgetattr(terminal_, &mode) == 0 ? static_cast<char>(mode.c_cc[VEOF]) : '\4';
+    if (write(terminal_, &end, 1) != 1)
+        cancel(false);
+    set_waiting(false);
+    watch_prompt(first_look);
+}
+
+void Run::cancel(bool at_once) {
+    if (ended_)
+        return;
+    const bool first = !cancelled_;
+    cancelled_ = true;
+    if (at_once)
+        stage_ = 2;
+    if (first || at_once)
+        next_stage();
+}
+
+void Run::abandon() {
+    ended_ = true;
+    if (const std::string path = transcript_.finish(); !path.empty())
+        unlink(path.c_str());
+    close_down();
+}
+
+void Run::next_stage() {
+    constexpr int signals[] = {SIGINT, SIGTERM, SIGKILL};
+    if (stage_ > 2 || channel_ < 0)
+        return;
+    const int number = signals[stage_++];
+    if (send(channel_, &number, sizeof number, MSG_NOSIGNAL) < 0 && errno != EAGAIN)
+        guard_gone();
+    if (cancel_timer_) {
+        sd_event_source_set_time_relative(cancel_timer_, stage_limit * millisecond);
+        sd_event_source_set_enabled(cancel_timer_, stage_ > 2 ? SD_EVENT_OFF : SD_EVENT_ONESHOT);
+    } else if (stage_ <= 2) {
+        sd_event_add_time_relative(
+            event_, &cancel_timer_, CLOCK_MONOTONIC, stage_limit * millisecond, millisecond,
+            [](sd_event_source *, std::uint64_t, void *self) {
+                static_cast<Run *>(self)->next_stage();
+                return 0;
+            },
+            this);
+    }
+}
+
+void Run::guard_news() {
+    GuardPacket packet{};
+    const ssize_t count = recv(channel_, &packet, sizeof packet, MSG_DONTWAIT);
+    if (count < 0 && (errno == EAGAIN || errno == EINTR))
+        return;
+    if (count != sizeof packet) {
+        guard_gone();
+        return;
+    }
+    switch (packet.news) {
+    case GuardNews::started:
+        prompt_.start(packet.value, terminal_path_);
+        watch_prompt(first_look);
+        break;
+    case GuardNews::not_started:
+        waitpid(guard_, nullptr, 0);
+        fail(std::strerror(packet.value));
+        break;
+    case GuardNews::ended:
+        status_ = packet.value;
+        waitpid(guard_, nullptr, 0);
+        finish();
+        break;
+    }
+}
+
+// The guard was killed. What it watched has become this process's own.
+void Run::guard_gone() {
+    if (ended_)
+        return;
+    kill_descendants(0, nullptr, nullptr);
+    status_ = SIGKILL;
+    finish();
+}
+
+ErrorPlace Run::error_place(bool *edit) const {
+    const ErrorPlace asked = record_ >= 0 ? read_edit_record(record_, engine_.folder) : ErrorPlace();
+    *edit = asked.known();
+    if (asked.known() || !parser_)
+        return asked;
+    const ErrorPlace &place = answered_ ? parser_->last_error() : parser_->first_error();
+    const bool failed = !WIFEXITED(status_) || WEXITSTATUS(status_) != 0;
+    *edit = place.known() && failed && !answered_ && !cancelled_;
+    return place;
+}
+
+void Run::finish() {
+    if (ended_)
+        return;
+    while (terminal_source_ && read_terminal()) {
+    }
+    ended_ = true;
+    waiting_ = false;
+    if (parser_)
+        parser_->finish();
+    Outcome outcome;
+    outcome.cancelled = cancelled_;
+    outcome.exit_code = WIFEXITED(status_) ? WEXITSTATUS(status_) : 128 + WTERMSIG(status_);
+    const ErrorPlace place = error_place(&outcome.edit);
+    if (parser_) {
+        const bool wrote = outcome.exit_code != 127 || parser_->output_name().size() > 0;
+        write_results(engine_, is_engine_,
+                      is_engine_ && wrote ? engine_output(engine_, *parser_) : std::string(), place);
+        if (is_engine_ && has_option(engine_.words, "ini"))
+            stamp_format(engine_, *parser_);
+    }
+    outcome.transcript = printed_ ? transcript_.finish() : std::string();
+    close_down();
+    owner_.run_ended(outcome);
+}
+
+} // namespace toolhost

@@ -1,0 +1,205 @@
+#include "run_parser.h"
+
+#include <cctype>
+#include <cstdlib>
+
+#include "places.h"
+
+namespace toolhost {
+
+namespace {
+
+constexpr std::size_t longest_line = std::size_t{1} << 20;
+constexpr int most_looks = 50000;
+constexpr std::size_t deepest = 2000;
+
+bool digit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+// The number at the head of TEXT, 0 when there is none or it is absurd; LENGTH is its number of digits.
+long number_at(std::string_view text, std::size_t &length) {
+    long number = 0;
+    for (length = 0; length < text.size() && digit(text[length]); length++) {
+        if (length > 9)
+            return 0;
+        number = number * 10 + (text[length] - '0');
+    }
+    return number;
+}
+
+// NAME (with quotes round it or round its blanks) without the quotes.
+std::string unquoted(std::string_view name) {
+    std::string bare;
+    for (const char c : name)
+        if (c != '"')
+            bare += c;
+    return bare;
+}
+
+} // namespace
+
+RunParser::RunParser(std::string folder, std::string main)
+    : folder_(std::move(folder)), main_(std::move(main)) {}
+
+void RunParser::feed(std::string_view bytes) {
+    while (!bytes.empty()) {
+        const std::size_t end = bytes.find('\n');
+        line_.append(bytes.substr(0, end));
+        if (end != std::string_view::npos || line_.size() >= longest_line) {
+            const std::string whole = std::move(line_);
+            line_.clear();
+            line(whole);
+        }
+        if (end == std::string_view::npos)
+            return;
+        bytes.remove_prefix(end + 1);
+    }
+}
+
+void RunParser::finish() {
+    const std::string whole = std::move(line_);
+    line_.clear();
+    if (!whole.empty())
+        line(whole);
+}
+
+std::string RunParser::current_file() const {
+    for (auto file = files_.rbegin(); file != files_.rend(); ++file)
+        if (!file->empty())
+            return *file;
+    return main_;
+}
+
+void RunParser::line(std::string_view text) {
+    if (text.ends_with('\r'))
+        text.remove_suffix(1);
+    if (report(text) || error_line(text) || file_line_error(text))
+        return;
+    if (passed_over_ > 0) {
+        passed_over_--;
+        return;
+    }
+    if (in_error_)
+        return;
+    if (text.starts_with("Overfull \\") || text.starts_with("Underfull \\"))
+        passed_over_ = 1;
+    else
+        scan_files(text);
+}
+
+// The engine's closing words.
+bool RunParser::report(std::string_view text) {
+    constexpr std::string_view written = "Output written on ";
+    constexpr std::string_view dumped = "Beginning to dump on file ";
+    if (text.starts_with(written)) {
+        const std::size_t end = text.rfind(" (");
+        if (end != std::string_view::npos && end > written.size())
+            output_name_ = unquoted(text.substr(written.size(), end - written.size()));
+        return true;
+    }
+    if (text.starts_with(dumped)) {
+        dumped_format_ = unquoted(text.substr(dumped.size()));
+        return true;
+    }
+    if (text.starts_with("No pages of output")) {
+        said_no_output_ = true;
+        return true;
+    }
+    return false;
+}
+
+// "! MESSAGE", and some lines later "l.NUMBER TEXT" with the rest of the source line below it.
+bool RunParser::error_line(std::string_view text) {
+    if (text.starts_with("! ")) {
+        in_error_ = !text.starts_with("!  ==> ");
+        return true;
+    }
+    if (!in_error_ || !text.starts_with("l."))
+        return false;
+    std::size_t length = 0;
+    const long number = number_at(text.substr(2), length);
+    if (number == 0)
+        return false;
+    note_error(current_file(), number);
+    in_error_ = false;
+    passed_over_ = 1;
+    return true;
+}
+
+// "FILE:NUMBER: MESSAGE".
+bool RunParser::file_line_error(std::string_view text) {
+    for (std::size_t colon = text.find(':'); colon != std::string_view::npos;
+         colon = text.find(':', colon + 1)) {
+        std::size_t length = 0;
+        const long number = number_at(text.substr(colon + 1), length);
+        const std::string_view after = text.substr(colon + 1 + length);
+        if (colon == 0 || number == 0 || !after.starts_with(": ") || looks_++ > most_looks)
+            continue;
+        const std::string file = absolute_path(folder_, unquoted(text.substr(0, colon)));
+        if (!is_regular_file(file))
+            continue;
+        note_error(file, number);
+        in_error_ = !after.starts_with(":  ==> ");
+        return true;
+    }
+    return false;
+}
+
+void RunParser::note_error(const std::string &file, long number) {
+    last_error_ = {file, number};
+    if (!first_error_.known())
+        first_error_ = last_error_;
+}
+
+void RunParser::scan_files(std::string_view text) {
+    for (std::size_t i = 0; i < text.size(); i++) {
+        if (text[i] == '(')
+            i += open_file(text.substr(i + 1));
+        else if (text[i] == ')' && !files_.empty())
+            files_.pop_back();
+        else if (text[i] == '[' && i + 1 < text.size() && digit(text[i + 1]))
+            pages_++;
+    }
+}
+
+// After a "(": pushes the file that TEXT begins with, when there is one, and answers the length of its name.
+// A name may hold blanks, so the longest that exists is taken.
+std::size_t RunParser::open_file(std::string_view text) {
+    std::size_t taken = 0;
+    std::string found;
+    if (text.starts_with('"')) {
+        const std::size_t end = text.find('"', 1);
+        const std::string file = end == std::string_view::npos
+                                     ? std::string()
+                                     : absolute_path(folder_, std::string(text.substr(1, end - 1)));
+        if (!file.empty() && looks_++ < most_looks && is_regular_file(file)) {
+            found = file;
+            taken = end + 1;
+        }
+    }
+    int candidates = 0;
+    for (std::size_t end = 1; found.empty() || taken > 0; end++) {
+        if (text.starts_with('"') || end > text.size() || end > 4096 || candidates >= 12)
+            break;
+        if (end < text.size() && std::string_view(" )([{<").find(text[end]) == std::string_view::npos)
+            continue;
+        const std::string_view name = text.substr(0, end);
+        if (name.find_first_of("./") == std::string_view::npos || looks_ >= most_looks)
+            continue;
+        candidates++;
+        looks_++;
+        const std::string file = absolute_path(folder_, std::string(name));
+        if (is_regular_file(file)) {
+            found = file;
+            taken = end;
+            if (name.starts_with('/') || end == text.size() || text[end] != ' ')
+                break;
+        }
+    }
+    if (files_.size() < deepest)
+        files_.push_back(found);
+    return taken;
+}
+
+} // namespace toolhost

@@ -1,0 +1,113 @@
+#include "transcript.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
+#include <vector>
+
+#include "places.h"
+
+namespace toolhost {
+
+namespace {
+
+constexpr std::size_t block_size = 65536;
+
+} // namespace
+
+void LineEnds::convert(std::string_view bytes, std::string &out) {
+    std::size_t start = 0;
+    for (std::size_t i = 0; i < bytes.size(); i++) {
+        const char c = bytes[i];
+        if (c == '\n') {
+            out.append(bytes.substr(start, i - start));
+            if (!after_return_)
+                out += '\r';
+            start = i + 1;
+        }
+        after_return_ = c == '\r';
+    }
+    out.append(bytes.substr(start));
+}
+
+Transcript::~Transcript() {
+    if (file_ >= 0)
+        close(file_);
+}
+
+bool Transcript::open_file() {
+    if (file_ >= 0)
+        return true;
+    if (failed_)
+        return false;
+    const std::string folder = transcripts_folder();
+    if (!folder.empty()) {
+        const std::string pattern = folder + "/transcript-XXXXXX";
+        std::vector<char> name(pattern.begin(), pattern.end());
+        name.push_back('\0');
+        file_ = mkostemp(name.data(), O_CLOEXEC);
+        if (file_ >= 0)
+            path_ = name.data();
+    }
+    if (file_ < 0) {
+        failed_ = true;
+        reason_ = folder.empty() ? "no transcripts folder" : std::strerror(errno);
+    }
+    return file_ >= 0;
+}
+
+void Transcript::write(std::string_view bytes) {
+    ends_.convert(bytes, pending_);
+    if (pending_.size() >= block_size)
+        flush();
+}
+
+void Transcript::flush() {
+    std::string_view rest = pending_;
+    while (!rest.empty() && !failed_ && open_file()) {
+        const ssize_t count = ::write(file_, rest.data(), rest.size());
+        if (count > 0) {
+            rest.remove_prefix(static_cast<std::size_t>(count));
+            written_ += static_cast<std::uint64_t>(count);
+        } else if (count == 0 || errno != EINTR) {
+            failed_ = true;
+            reason_ = std::strerror(errno);
+        }
+    }
+    lost_ += rest.size();
+    pending_.clear();
+}
+
+void Transcript::say_loss() {
+    for (int attempt = 0; attempt < 2; attempt++) {
+        const std::string message =
+            "\rThe rest of the output was lost (" + std::to_string(lost_) + " bytes): " + reason_ + "\r";
+        const std::uint64_t size = message.size();
+        if (attempt == 0 &&
+            pwrite(file_, message.data(), size, static_cast<off_t>(written_)) == static_cast<ssize_t>(size))
+            return;
+        if (attempt == 0) {
+            // The blocks that the file has already take the message.
+            lost_ += std::min(written_, size + 8);
+            continue;
+        }
+        const std::uint64_t at = written_ > size + 8 ? written_ - size - 8 : 0;
+        const ssize_t count = pwrite(file_, message.data(), size, static_cast<off_t>(at));
+        if (count > 0 && ftruncate(file_, static_cast<off_t>(at + static_cast<std::uint64_t>(count))) != 0)
+            return;
+    }
+}
+
+std::string Transcript::finish() {
+    flush();
+    if (lost_ > 0 && file_ >= 0)
+        say_loss();
+    if (file_ >= 0)
+        close(file_);
+    file_ = -1;
+    return path_;
+}
+
+} // namespace toolhost

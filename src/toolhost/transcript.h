@@ -1,0 +1,53 @@
+// The transcript: what the program printed, every line end one carriage return, in a file of its own.
+#ifndef QUILLON_TOOLHOST_TRANSCRIPT_H
+#define QUILLON_TOOLHOST_TRANSCRIPT_H
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace toolhost {
+
+// CR LF and LF become CR, also where a pair is split over two blocks. Other bytes stay.
+class LineEnds {
+  public:
+    // Appends the converted BYTES to OUT.
+    void convert(std::string_view bytes, std::string &out);
+
+  private:
+    bool after_return_ = false;
+};
+
+class Transcript {
+  public:
+    ~Transcript();
+    Transcript() = default;
+    Transcript(const Transcript &) = delete;
+    Transcript &operator=(const Transcript &) = delete;
+
+    // Nothing is made on disk before the first byte. A disk that is full loses what does not fit; finish()
+    // says how much.
+    void write(std::string_view bytes);
+    // Closes the file and hands its path over; empty when there is none. Writes into the file's end, over the
+    // last bytes where nothing more fits, how many bytes were lost.
+    std::string finish();
+    std::uint64_t lost() const { return lost_; }
+
+  private:
+    bool open_file();
+    void flush();
+    void say_loss();
+
+    LineEnds ends_;
+    std::string pending_;
+    std::string path_;
+    std::string reason_;
+    std::uint64_t written_ = 0;
+    std::uint64_t lost_ = 0;
+    int file_ = -1;
+    bool failed_ = false;
+};
+
+} // namespace toolhost
+
+#endif
