@@ -51,20 +51,6 @@ int folder_entry(std::int16_t volume, std::int32_t *dir_id, std::int32_t *parent
     return 1;
 }
 
-int is_folder(const FSSpec *spec) {
-    CInfoPBRec block = {};
-    unsigned char pascal_name[64];
-    std::memcpy(pascal_name, spec->name, sizeof pascal_name);
-    block.ioNamePtr = pascal_name;
-    block.ioVRefNum = spec->vRefNum;
-    block.ioDirID = spec->parID;
-    if (spec->parID == 1) {
-        block.ioFDirIndex = -1;
-        block.ioDirID = 2;
-    }
-    return PBGetCatNameSync(&block) == noErr && (block.ioFlAttrib & kioFlAttribDir) != 0;
-}
-
 // The folder of the location, SEPARATOR and the leaf. A volume's own location has no folder.
 int location_path(const FSSpec *spec, BoundedBuffer &out,
                   int (*folder_path)(std::int16_t, std::int32_t, BoundedBuffer &), const char *separator) {
@@ -321,7 +307,23 @@ int UnixPathToFolder(const char *path, FSSpec *spec) {
     std::memset(spec, 0, sizeof *spec);
     if (!convert_path(path, mac_path) || (!ends_with_colon(mac_path) && !mac_path.append(":")))
         return 0;
-    return FSMakeFSSpec(0, 0, mac_path.c_str(), spec) == noErr && is_folder(spec);
+    std::int32_t dir_id;
+    return FSMakeFSSpec(0, 0, mac_path.c_str(), spec) == noErr && folder_id(spec, &dir_id);
+}
+
+int folder_id(const FSSpec *spec, std::int32_t *dir_id) {
+    CInfoPBRec block = {};
+    unsigned char leaf[64];
+    std::memcpy(leaf, spec->name, sizeof leaf);
+    block.ioNamePtr = leaf;
+    block.ioVRefNum = spec->vRefNum;
+    // A volume's own location names its root.
+    block.ioFDirIndex = spec->parID == 1 ? -1 : 0;
+    block.ioDirID = spec->parID == 1 ? 2 : spec->parID;
+    if (PBGetCatNameSync(&block) != noErr || (block.ioFlAttrib & kioFlAttribDir) == 0)
+        return 0;
+    *dir_id = block.ioDirID;
+    return 1;
 }
 
 int mydir_p(const char *src, BoundedBuffer &dst) {

@@ -35,6 +35,8 @@ int has_extension(const char *name, const char *extension);
 int access(const char *path, int mode);
 int CanIWrite(const char *mac_path);
 int UnixPathToFolder(const char *path, FSSpec *spec);
+// 1 and the folder's own id when the location names a folder.
+int folder_id(const FSSpec *spec, std::int32_t *dir_id);
 int mydir_p(const char *src, BoundedBuffer &dst);
 void simplify_directory(BoundedBuffer &path);
 // The binaries folder, kept in a static 256-byte buffer; null when the application's folder has no Unix path.

@@ -35,20 +35,6 @@ int is_ancestor(const Ancestor *ancestor, std::int16_t volume, std::int32_t id) 
     return 0;
 }
 
-int folder_id(const FSSpec *spec, std::int32_t *id) {
-    CInfoPBRec block = {};
-    unsigned char name[64];
-    std::memcpy(name, spec->name, sizeof name);
-    block.ioNamePtr = name;
-    block.ioVRefNum = spec->vRefNum;
-    block.ioDirID = spec->parID == 1 ? 2 : spec->parID;
-    block.ioFDirIndex = spec->parID == 1 ? -1 : 0;
-    if (PBGetCatNameSync(&block) != noErr || (block.ioFlAttrib & kioFlAttribDir) == 0)
-        return 0;
-    *id = block.ioDirID;
-    return 1;
-}
-
 void expand_subfolder(Expansion &expansion, const Ancestor &folder, const unsigned char *pascal_name,
                       std::int32_t id) {
     const std::size_t length = expansion.path.length();

@@ -10,7 +10,6 @@
 #include "dialogs/message_windows.h"
 #include "files/paths.h"
 #include "toolbox/resources.h"
-#include "tools/processes.h"
 
 namespace quillon {
 
@@ -32,7 +31,7 @@ char *read_record(const char *key, std::size_t *size) {
     if (!havePrefs)
         return nullptr;
     char *const value = RecordRead(preferences_path.c_str(), key, size);
-    if (value && *size == 0) {
+    if (value && value[0] == '\0') {
         std::free(value);
         return nullptr;
     }
@@ -71,13 +70,8 @@ const char *NoPrefFile() {
         prefsFolder.clear();
     if (havePrefs)
         return prefsFolder.c_str();
-    if (inBackground) {
-        DoNotify();
-        while (inBackground)
-            main_event(mask_waiting);
-    }
+    wait_for_front();
     DoQuit();
-    std::exit(0);
 }
 
 const char *get_str_resource(const char *key) {

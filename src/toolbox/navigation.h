@@ -3,6 +3,7 @@
 #define QUILLON_TOOLBOX_NAVIGATION_H
 
 #include "toolbox/bounded.h"
+#include "toolbox/events.h"
 #include "toolbox/files.h"
 #include "toolbox/types.h"
 
@@ -28,6 +29,8 @@ struct NavRequest {
     void (*filter_picked)(const NavMenuItem *item);
     // 1 when the entry is to be shown (may be null: all are). SPEC is null for an item that is no file.
     int (*shows)(const FSSpec *spec);
+    // An update or activate event for one of the shell's own windows came while the chooser is up (may be null).
+    void (*window_event)(const EventRecord *event);
 };
 
 // 1 and the chosen POSIX path, or 0 when the person cancels.
