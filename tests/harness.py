@@ -1,0 +1,111 @@
+"""What the tests of whole programs share: a fresh home, a copy of the binaries folder, and the shell under a script.
+
+Every test gets its own home folder, its own preferences file and its own session bus.
+"""
+
+import json
+import os
+import shutil
+import signal
+import subprocess
+import tempfile
+import unittest
+
+BUILD = os.environ.get("QUILLON_BUILD", os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(__file__))), "build"))
+BINARIES = os.path.join(BUILD, "lib", "quillon")
+LIMIT = 100  # seconds that a program may take before the test fails
+
+
+class HomeTest(unittest.TestCase):
+    """A test with a home folder of its own."""
+
+    def setUp(self):
+        self.home = tempfile.mkdtemp(prefix="quillon-test-")
+        self.addCleanup(shutil.rmtree, self.home, ignore_errors=True)
+        self.work = os.path.join(self.home, "work")
+        self.binaries = BINARIES
+        self.environment = dict(os.environ)
+        for name in ("DISPLAY", "WAYLAND_DISPLAY", "DBUS_SESSION_BUS_ADDRESS"):
+            self.environment.pop(name, None)
+        folders = {
+            "HOME": self.home,
+            "XDG_CONFIG_HOME": os.path.join(self.home, "config"),
+            "XDG_DATA_HOME": os.path.join(self.home, "data"),
+            "XDG_CACHE_HOME": os.path.join(self.home, "cache"),
+            "XDG_RUNTIME_DIR": os.path.join(self.home, "run"),
+        }
+        self.environment.update(folders)
+        for folder in [self.work, *folders.values()]:
+            os.makedirs(folder, mode=0o700, exist_ok=True)
+        self.preferences_path = os.path.join(folders["XDG_CONFIG_HOME"], "Quillon Preferences")
+
+    def preferences(self, **settings):
+        """Writes a preferences file of its own: quiet, blanks as byte 31, unless the test says otherwise."""
+        values = {"SPACECHAR": "31", "DEBUG": "0"}
+        values.update(settings)
+        with open(self.preferences_path, "w", encoding="utf-8", newline="") as file:
+            for key, value in values.items():
+                if value is not None:
+                    file.write(f"{key}={value}\n")
+
+    def setting(self, key):
+        """The value in the preferences file, None when there is none."""
+        with open(self.preferences_path, "rb") as file:
+            for line in file.read().decode("utf-8", "surrogateescape").split("\n"):
+                name, mark, value = line.partition("=")
+                if mark and name == key:
+                    return value
+        return None
+
+    def copy_binaries(self):
+        """A binaries folder that the test may change."""
+        self.binaries = os.path.join(self.home, "lib", "quillon")
+        shutil.copytree(BINARIES, self.binaries, symlinks=True, copy_function=link_or_copy)
+        return self.binaries
+
+    def fake_tool(self, bundle, **behaviour):
+        """Puts a tool that does what BEHAVIOUR says in place of a bundle; see fakes/tool.py."""
+        if self.binaries == BINARIES:
+            self.copy_binaries()
+        contents = os.path.join(self.binaries, bundle + ".app", "Contents")
+        program = os.path.join(contents, "Linux", bundle)
+        os.unlink(program)
+        shutil.copy(os.path.join(os.path.dirname(os.path.abspath(__file__)), "fakes", "tool.py"), program)
+        os.chmod(program, 0o755)
+        os.makedirs(os.path.join(contents, "Resources"), exist_ok=True)
+        with open(os.path.join(contents, "Resources", "behaviour.json"), "w", encoding="utf-8") as file:
+            json.dump(behaviour, file)
+
+    def file(self, name, text, folder=None):
+        """Writes a file into the working folder; its path."""
+        path = os.path.join(folder or self.work, name)
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        with open(path, "wb") as out:
+            out.write(text if isinstance(text, bytes) else text.encode())
+        return path
+
+    def shell_program(self):
+        return os.path.join(self.binaries, "Quillon.app", "Contents", "Linux", "quillon-shell")
+
+    def shell(self, script, *arguments):
+        """Runs a headless shell under SCRIPT on a bus of its own: standard output, standard error, exit status."""
+        command = ["dbus-run-session", "--", self.shell_program(), "--headless", *arguments, "--script", "-"]
+        process = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                                   env=self.environment, cwd=self.work, start_new_session=True)
+        try:
+            output, errors = process.communicate(script.encode("utf-8", "surrogateescape"), timeout=LIMIT)
+        except subprocess.TimeoutExpired:
+            os.killpg(process.pid, signal.SIGKILL)
+            output, errors = process.communicate()
+            self.fail(f"the shell did not end:\n{output.decode(errors='replace')}\n{errors.decode(errors='replace')}")
+        self.errors = errors.decode("utf-8", "surrogateescape")
+        self.status = process.returncode
+        return output.decode("utf-8", "surrogateescape")
+
+
+def link_or_copy(source, target):
+    try:
+        os.link(source, target)
+    except OSError:
+        shutil.copy2(source, target)
+    return target
