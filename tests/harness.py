@@ -5,10 +5,12 @@ Every test gets its own home folder, its own preferences file and its own sessio
 
 import json
 import os
+import select
 import shutil
 import signal
 import subprocess
 import tempfile
+import time
 import unittest
 
 BUILD = os.environ.get("QUILLON_BUILD", os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(__file__))), "build"))
@@ -84,6 +86,23 @@ class HomeTest(unittest.TestCase):
             out.write(text if isinstance(text, bytes) else text.encode())
         return path
 
+    def processes_of(self, text):
+        """The processes whose command line or executable holds TEXT."""
+        found = []
+        for entry in os.listdir("/proc"):
+            if not entry.isdigit() or int(entry) == os.getpid():
+                continue
+            try:
+                with open(f"/proc/{entry}/cmdline", "rb") as file:
+                    words = file.read()
+                with open(f"/proc/{entry}/stat", encoding="latin-1") as file:
+                    ended = file.read().rpartition(")")[2].split()[0] == "Z"
+            except OSError:
+                continue
+            if text.encode() in words and not ended:
+                found.append(int(entry))
+        return found
+
     def shell_program(self):
         return os.path.join(self.binaries, "Quillon.app", "Contents", "Linux", "quillon-shell")
 
@@ -101,6 +120,15 @@ class HomeTest(unittest.TestCase):
         self.errors = errors.decode("utf-8", "surrogateescape")
         self.status = process.returncode
         return output.decode("utf-8", "surrogateescape")
+
+
+def wait_until(condition, seconds=30):
+    """Waits for a condition; fails when it does not come."""
+    end = time.monotonic() + seconds
+    while not condition():
+        if time.monotonic() > end:
+            raise AssertionError("the condition did not come")
+        select.select([], [], [], 0.01)
 
 
 def link_or_copy(source, target):
