@@ -10,8 +10,12 @@ import shutil
 import signal
 import subprocess
 import tempfile
+import threading
 import time
 import unittest
+
+import dbus
+import dbus.bus
 
 BUILD = os.environ.get("QUILLON_BUILD", os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(__file__))), "build"))
 BINARIES = os.path.join(BUILD, "lib", "quillon")
@@ -120,6 +124,74 @@ class HomeTest(unittest.TestCase):
         self.errors = errors.decode("utf-8", "surrogateescape")
         self.status = process.returncode
         return output.decode("utf-8", "surrogateescape")
+
+
+class ServiceTest(HomeTest):
+    """A test with a session bus and, when it starts one, a shell that stays."""
+
+    def setUp(self):
+        super().setUp()
+        self.daemon = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--print-address"],
+                                       stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, env=self.environment)
+        self.addCleanup(stop, self.daemon)
+        self.address = self.daemon.stdout.readline().decode().strip()
+        self.environment["DBUS_SESSION_BUS_ADDRESS"] = self.address
+        self.running = None
+
+    def start_shell(self, *arguments):
+        """Starts a headless shell that runs until it is told to quit, and waits for its name."""
+        self.output_path = os.path.join(self.home, "output")
+        with open(self.output_path, "wb") as output:
+            self.running = subprocess.Popen([self.shell_program(), "--headless", *arguments],
+                                            stdin=subprocess.DEVNULL, stdout=output, stderr=output,
+                                            env=self.environment, cwd=self.work)
+        self.addCleanup(stop, self.running)
+        bus = self.bus()
+        wait_until(lambda: bus.name_has_owner("org.quillon.Shell") or self.running.poll() is not None)
+        self.assertIsNone(self.running.poll(), self.output())
+        return self.running
+
+    def output(self):
+        with open(self.output_path, "rb") as file:
+            return file.read().decode("utf-8", "surrogateescape")
+
+    def bus(self):
+        """A connection of its own to the test's bus."""
+        connection = dbus.bus.BusConnection(self.address)
+        connection.set_exit_on_disconnect(False)
+        return connection
+
+    def shell_object(self, interface="org.quillon.Shell1"):
+        return dbus.Interface(self.bus().get_object("org.quillon.Shell", "/org/quillon/Shell"), interface)
+
+    def send(self, event_class, event_id, **parameters):
+        """An event to the shell; its error and the parameters of its reply."""
+        own = self.bus().get_object("org.quillon.Shell", "/org/quillon/App")
+        values = dbus.Dictionary({key: dbus.Struct((kind, value), signature="sv")
+                                  for key, (kind, value) in parameters.items()}, signature="s(sv)")
+        return own.Event(event_class, event_id, values, dbus_interface="org.quillon.App1")
+
+    def in_background(self, procedure):
+        """Runs PROCEDURE in a thread; the thread, whose `result` is what it returned or raised."""
+        thread = threading.Thread(target=lambda: keep_result(thread, procedure), daemon=True)
+        thread.result = None
+        thread.start()
+        return thread
+
+
+def keep_result(thread, procedure):
+    try:
+        thread.result = procedure()
+    except dbus.exceptions.DBusException as error:
+        thread.result = error
+
+
+def stop(process):
+    if process.poll() is None:
+        process.kill()
+    process.wait()
+    if process.stdout:
+        process.stdout.close()
 
 
 def wait_until(condition, seconds=30):

@@ -55,14 +55,16 @@ template <typename Done> static OSErr wait_for(Done done, std::int32_t timeout, 
     while (!done()) {
         EventRecord event;
         WaitNextEvent(0x8140 | highLevelEventMask, &event, sleep);
-        if (done())
-            return noErr;
+        // An event that was taken is handled, also when the wait is over.
         if (event.what == kHighLevelEvent) {
             AEProcessAppleEvent(&event);
             continue;
         }
-        if (event.what == nullEvent)
+        if (event.what == nullEvent) {
+            if (done())
+                return noErr;
             front->tool_wait();
+        }
         if (idle && idle(&event, &sleep))
             return errAEWaitCanceled;
         if (timeout >= 0 && TickCount() - start >= static_cast<std::uint32_t>(timeout))

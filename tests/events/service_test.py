@@ -1,0 +1,210 @@
+"""The shell on the session bus: its own interface, the events, trust, one job at a time, leaving."""
+
+import os
+import signal
+import subprocess
+import sys
+import unittest
+
+import dbus
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
+from harness import ServiceTest, wait_until  # noqa: E402
+
+PLAIN = "Hello.\n\\bye\n"
+# Runs until it is stopped.
+ENDLESS = "\\def\\again{\\again}\\again\n\\bye\n"
+
+
+class Service(ServiceTest):
+    def setUp(self):
+        super().setUp()
+        self.preferences(USEPDFTEX="1")
+        self.file("x.tex", PLAIN)
+        self.file("endless.tex", ENDLESS)
+
+    def processes_of_run(self):
+        return [pid for pid in self.processes_of("pdftex") if pid != os.getpid()]
+
+    def start_endless(self):
+        """A run that is going on, and the thread that waits for it."""
+        thread = self.in_background(lambda: self.shell_object().Exec("pdftex endless.tex", self.work, timeout=90))
+        wait_until(lambda: len(self.processes_of("endless.tex")) > 0)
+        return thread
+
+    def test_exec_answers_the_status(self):
+        self.start_shell()
+        self.assertEqual(self.shell_object().Exec("pdftex x.tex", self.work, timeout=60), 0)
+        self.assertTrue(os.path.exists(os.path.join(self.work, "x.pdf")))
+
+    def test_exec_raw_takes_bytes_that_are_not_utf8(self):
+        self.start_shell()
+        folder = os.path.join(os.fsencode(self.work), b"d\xff")
+        os.mkdir(folder)
+        with open(os.path.join(folder, b"x.tex"), "w", encoding="ascii") as file:
+            file.write(PLAIN)
+        shell = self.shell_object()
+        self.assertEqual(shell.ExecRaw(dbus.ByteArray(b"pdftex x.tex"), dbus.ByteArray(folder), timeout=60), 0)
+        self.assertTrue(os.path.exists(os.path.join(folder, b"x.pdf")))
+
+    def error_of(self, call):
+        with self.assertRaises(dbus.exceptions.DBusException) as caught:
+            call()
+        return caught.exception.get_dbus_name()
+
+    def test_an_unknown_command_is_an_error_of_its_own(self):
+        self.start_shell()
+        name = self.error_of(lambda: self.shell_object().Exec("frobnicate x", self.work))
+        self.assertEqual(name, "org.quillon.Shell1.Error.UnknownCommand")
+
+    def test_a_tool_that_is_not_there_is_an_error_of_its_own(self):
+        self.copy_binaries()
+        os.unlink(os.path.join(self.binaries, "dvips.app", "Contents", "PkgInfo"))
+        self.start_shell()
+        name = self.error_of(lambda: self.shell_object().Exec("dvips x", self.work))
+        self.assertEqual(name, "org.quillon.Shell1.Error.NotRun")
+
+    def test_cancel_ends_the_run_and_all_its_processes(self):
+        self.start_shell()
+        thread = self.start_endless()
+        self.shell_object().Cancel()
+        thread.join(30)
+        self.assertEqual(thread.result.get_dbus_name(), "org.quillon.Shell1.Error.Cancelled")
+        self.assertEqual(self.processes_of("endless.tex"), [])
+        self.assertIn("\nProcessing cancelled by user.\n", self.output())
+        self.assertEqual(self.shell_object().Exec("pdftex x.tex", self.work, timeout=60), 0)
+
+    def test_work_that_comes_during_a_run_waits_its_turn(self):
+        self.start_shell()
+        first = self.start_endless()
+        second = self.in_background(lambda: self.shell_object().Exec("pdftex x.tex", self.work, timeout=60))
+        # What starts no work is answered during the run.
+        self.assertIsInstance(str(self.shell_object().Formats(timeout=20)), str)
+        self.assertIsNone(second.result)
+        self.assertFalse(os.path.exists(os.path.join(self.work, "x.pdf")))
+        self.shell_object().Cancel()
+        first.join(30)
+        second.join(30)
+        self.assertEqual(second.result, 0)
+
+    def test_a_quit_event_is_answered_and_the_shell_exits(self):
+        shell = self.start_shell()
+        self.assertEqual(self.send("aevt", "quit")[0], 0)
+        self.assertEqual(shell.wait(30), 0)
+
+    def test_quit_during_a_run_ends_the_run_first(self):
+        shell = self.start_shell()
+        self.start_endless()
+        self.shell_object().Quit()
+        self.assertEqual(shell.wait(30), 0)
+        self.assertEqual(self.processes_of("endless.tex"), [])
+        self.assertEqual(self.setting("RECENTFILE1"), os.path.join(self.work, "endless.tex"))
+
+    def test_a_termination_signal_during_a_run_ends_the_run_first(self):
+        shell = self.start_shell()
+        self.start_endless()
+        shell.send_signal(signal.SIGTERM)
+        self.assertEqual(shell.wait(30), 0)
+        self.assertEqual(self.processes_of("endless.tex"), [])
+
+    def test_a_killed_shell_leaves_nothing_of_the_run(self):
+        shell = self.start_shell()
+        self.start_endless()
+        shell.kill()
+        shell.wait(30)
+        wait_until(lambda: not self.processes_of("endless.tex") and not self.processes_of(self.binaries))
+
+    def test_a_killed_tool_host_leaves_nothing_of_the_run(self):
+        self.start_shell()
+        thread = self.start_endless()
+        for pid in self.processes_of("pdftex.app/Contents/Linux/pdftex"):
+            os.kill(pid, signal.SIGKILL)
+        thread.join(30)
+        wait_until(lambda: not self.processes_of("endless.tex"))
+        self.assertEqual(self.shell_object().Exec("pdftex x.tex", self.work, timeout=60), 0)
+
+    def test_follow_sends_the_console_text(self):
+        self.start_shell()
+        monitor = subprocess.Popen([sys.executable, os.path.join(os.path.dirname(__file__), "..", "fakes", "follower.py"),
+                                    os.path.join(self.home, "followed")], env=self.environment, stdout=subprocess.PIPE)
+        monitor.stdout.readline()
+        self.shell_object().Exec("pdftex x.tex", self.work, timeout=60)
+
+        def followed():
+            with open(os.path.join(self.home, "followed"), encoding="utf-8") as file:
+                return file.read()
+        wait_until(lambda: "Output written on x.pdf" in followed())
+        self.assertIn("\nProcessing -- pdftex x.tex\n", followed())
+        monitor.kill()
+        monitor.wait()
+        monitor.stdout.close()
+
+    def test_a_report_from_a_program_that_was_not_launched_is_refused(self):
+        self.start_shell()
+        self.assertEqual(self.send("QUIL", "exit", **{"----": ("long", dbus.Int32(0))})[0], -1708)
+        self.assertEqual(self.send("aevt", "ansr", **{"edit": ("long", dbus.Int32(1))})[0], -1708)
+        self.assertNotIn("Use any text editor", self.output())
+
+    def test_printing_is_refused(self):
+        self.start_shell()
+        self.assertEqual(self.send("aevt", "pdoc")[0], -1708)
+
+    def test_an_unknown_event_is_refused(self):
+        self.start_shell()
+        self.assertEqual(self.send("core", "setd")[0], -1708)
+
+    def test_an_exec_without_a_folder_uses_the_binaries_folder(self):
+        self.start_shell()
+        self.send("QUIL", "exec", **{"----": ("TEXT", "pdftex nosuchfile.tex")})
+        self.assertIn(f"working directory --  {self.binaries}\n", self.output())
+
+    def test_an_unknown_parameter_is_missed(self):
+        self.start_shell()
+        reply = self.send("QUIL", "exec", **{"----": ("TEXT", "nothing"), "what": ("long", dbus.Int32(1))})
+        self.assertEqual(reply[0], -1708)
+        wait_until(lambda: "I missed something.\n" in self.output())
+
+    def test_open_typesets_the_file(self):
+        self.start_shell()
+        self.shell_object().Open(os.path.join(self.work, "x.tex"), timeout=60)
+        wait_until(lambda: "Output written on x.pdf" in self.output())
+
+    def test_open_by_the_desktop_takes_addresses(self):
+        self.file("with blank.tex", PLAIN)
+        self.start_shell()
+        self.shell_object("org.freedesktop.Application").Open(
+            dbus.Array([f"file://{self.work}/with%20blank.tex"], signature="s"), dbus.Dictionary({}, signature="sv"))
+        wait_until(lambda: "Output written on" in self.output())
+        self.assertTrue(os.path.exists(os.path.join(self.work, "with blank.pdf")))
+
+    def test_a_second_shell_on_the_bus_is_refused(self):
+        self.start_shell()
+        second = subprocess.run([self.shell_program(), "--headless", "--service"], env=self.environment,
+                                stdin=subprocess.DEVNULL, capture_output=True, timeout=30, check=False)
+        self.assertEqual(second.returncode, 75)
+        self.assertIn(b"another Quillon runs", second.stderr)
+
+    def test_the_bus_going_away_is_said_and_the_run_ends(self):
+        shell = self.start_shell()
+        self.start_endless()
+        self.daemon.kill()
+        self.daemon.wait()
+        wait_until(lambda: "The session bus has gone" in self.output())
+        wait_until(lambda: not self.processes_of("endless.tex"))
+        shell.send_signal(signal.SIGTERM)
+        self.assertEqual(shell.wait(30), 0)
+
+    def test_the_formats_of_a_menu_of_two_items_are_an_empty_text(self):
+        formats = os.path.join(self.home, "formats")
+        os.mkdir(formats)
+        for name in ("one", "two"):
+            path = self.file(name + ".fmt", "x", formats)
+            os.setxattr(path, "user.quillon.creator", b"QXET")
+        with open(self.preferences_path, "a", encoding="utf-8") as file:
+            file.write(f"TEXFORMATS={formats}\n")
+        self.start_shell()
+        self.assertEqual(self.shell_object().Formats(), "")
+
+
+if __name__ == "__main__":
+    unittest.main()
