@@ -1,0 +1,99 @@
+"""Start-up: the flags and their defaults, and what happens without preferences."""
+
+import os
+import sys
+import unittest
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
+from harness import HomeTest  # noqa: E402
+
+
+class Start(HomeTest):
+    def state(self, name, **settings):
+        self.preferences(**settings)
+        output = self.shell(f"print state {name}\n")
+        lines = [line for line in output.split("\n") if line.startswith(name + "=")]
+        self.assertEqual(len(lines), 1, output + self.errors)
+        return lines[0][len(name) + 1:]
+
+    def test_spacechar_out_of_range_or_no_number_is_202(self):
+        for value in ("0", "256", "-3", "abc", None):
+            self.assertEqual(self.state("space_char", SPACECHAR=value), "202", value)
+
+    def test_spacechar_in_range_is_itself(self):
+        for value in ("32", "1", "255", "31"):
+            self.assertEqual(self.state("space_char", SPACECHAR=value), value)
+
+    def test_debug_is_on_unless_it_begins_with_0(self):
+        self.assertEqual(self.state("doDebug", DEBUG=None), "1")
+        self.assertEqual(self.state("doDebug", DEBUG="0"), "0")
+        self.assertEqual(self.state("doDebug", DEBUG="no"), "1")
+
+    def test_mptexformat_is_2_only_for_2(self):
+        for value, expected in (("2", "2"), ("3", "1"), ("", "1"), (None, "1"), ("21", "2")):
+            self.assertEqual(self.state("mp_format_type", MPTEXFORMAT=value), expected, value)
+
+    def test_only_the_first_character_of_a_flag_is_read(self):
+        flags = {"USEPDFTEX": "usePdfTeX", "DATABASE": "dataBaseSearch", "USE8BIT": "use8bit",
+                 "USEFULLPATHS": "useFullPaths", "AUTOVIEW": "doView", "ADDSPECIALS": "addSpecials",
+                 "DORECORD": "doRecord"}
+        for key, name in flags.items():
+            if key == "DATABASE":
+                continue  # a missing database turns it off again
+            self.assertEqual(self.state(name, **{key: "10"}), "1", key)
+            self.assertEqual(self.state(name, **{key: "on"}), "0", key)
+            self.assertEqual(self.state(name), "0", key)
+
+    def test_the_modes_without_a_setting_start_off(self):
+        self.assertEqual(self.state("useETeX"), "0")
+        self.assertEqual(self.state("parseFirstLine"), "0")
+        self.assertEqual(self.state("doAlias"), "0")
+
+    def test_the_previewer_without_a_signature_is_qvw8(self):
+        self.copy_binaries()
+        package = os.path.join(self.binaries, "dviview.app", "Contents", "PkgInfo")
+        if os.path.exists(package):
+            os.unlink(package)
+        self.assertEqual(self.state("preview_creator"), "QVW8")
+
+    def test_the_folders_follow_from_the_program(self):
+        self.preferences()
+        output = self.shell("print state home\nprint state contentsFolder\nprint state shortroot\nprint state pdfexe\n"
+                            "print state curr_dir\nprint state supportFolder\nprint state prefsFolder\n")
+        home = os.path.realpath(self.binaries)
+        self.assertIn(f"home={home}\ncontentsFolder={home}/Quillon.app/Contents\nshortroot={os.path.dirname(home)}\n"
+                      f"pdfexe={home}/pdftex.app\ncurr_dir={home}\nsupportFolder={self.home}/data/Quillon\n"
+                      f"prefsFolder={self.home}/config/QuillonDataBases\n", output)
+
+    def test_without_preferences_the_quit_window_is_all_that_happens(self):
+        output = self.shell("print menu 129\nprint state home\n")
+        self.assertEqual(output, "")
+        self.assertIn('There is no preferences file "Quillon Preferences".', self.errors)
+        self.assertEqual(self.status, 0)
+        self.assertFalse(os.path.exists(self.preferences_path))
+
+    def test_without_preferences_in_the_background_it_waits_to_be_in_front(self):
+        output = self.shell("dialog Quit\n  press 1\n")
+        self.assertEqual((output, self.status), ("", 0))
+
+    def test_the_last_command_is_restored(self):
+        self.preferences(LASTCOMMAND="pdftex " + "x" * 900, LASTDIR="/tmp")
+        output = self.shell("print state lastcommand\nprint state lastdir\n")
+        self.assertIn("lastcommand=pdftex " + "x" * 900 + "\nlastdir=/tmp\n", output)
+
+    def test_the_debug_lines_of_the_start(self):
+        self.preferences(DEBUG="1")
+        output = self.shell("")
+        home = os.path.realpath(self.binaries)
+        self.assertIn(f"Application directory:\n<{home}>\nDatabase directory:\n<{self.home}/data/Quillon>\n", output)
+        self.assertIn("Application VIEWPS has not been set.\n", output)
+
+    def test_as_a_system_9_the_databases_lie_in_the_preferences_folder(self):
+        self.preferences(DEBUG="1")
+        output = self.shell("print state haveosx\nprint state hasSys9\n", "--system", "9")
+        self.assertIn("haveosx=0\nhasSys9=1\n", output)
+        self.assertIn(f"Database directory:\n<{self.home}/config/QuillonDataBases>\n", output)
+
+
+if __name__ == "__main__":
+    unittest.main()
