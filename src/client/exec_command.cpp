@@ -1,0 +1,267 @@
+#include "exec_command.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <poll.h>
+#include <sys/signalfd.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "live_output.h"
+#include "places.h"
+#include "shell_calls.h"
+#include "start.h"
+#include "wire.h"
+
+namespace client {
+
+namespace {
+
+constexpr const char *tool_interface = "org.quillon.Tool1";
+constexpr const char *tool_path = "/org/quillon/App";
+constexpr const char *properties_interface = "org.freedesktop.DBus.Properties";
+
+struct Session {
+    sd_bus *bus = nullptr;
+    bool follow = false;
+    bool done = false;
+    int status = status_unavailable;
+    LiveOutput output;
+    std::string tool; // unique name of the tool that runs
+    bool tool_waits = false;
+    bool input_ended = false;
+};
+
+void show(std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t count = write(STDOUT_FILENO, text.data(), text.size());
+        if (count < 0 && errno != EINTR)
+            return;
+        text.remove_prefix(count > 0 ? static_cast<std::size_t>(count) : 0);
+    }
+}
+
+int on_console(sd_bus_message *message, void *data, sd_bus_error *) {
+    auto &session = *static_cast<Session *>(data);
+    const char *text = nullptr;
+    if (sd_bus_message_read_basic(message, 's', &text) > 0)
+        show(session.output.console_text(text));
+    return 0;
+}
+
+int on_output(sd_bus_message *message, void *data, sd_bus_error *) {
+    auto &session = *static_cast<Session *>(data);
+    const void *bytes = nullptr;
+    std::size_t size = 0;
+    session.tool = sd_bus_message_get_sender(message);
+    if (sd_bus_message_read_array(message, 'y', &bytes, &size) > 0)
+        show(session.output.tool_text({static_cast<const char *>(bytes), size}));
+    return 0;
+}
+
+int on_waiting(sd_bus_message *message, void *data, sd_bus_error *) {
+    auto &session = *static_cast<Session *>(data);
+    const char *interface = nullptr;
+    if (sd_bus_message_read_basic(message, 's', &interface) <= 0 ||
+        std::strcmp(interface, tool_interface) != 0)
+        return 0;
+    if (sd_bus_message_enter_container(message, 'a', "{sv}") <= 0)
+        return 0;
+    while (sd_bus_message_enter_container(message, 'e', "sv") > 0) {
+        const char *name = nullptr;
+        int waits = 0;
+        sd_bus_message_read_basic(message, 's', &name);
+        if (std::strcmp(name, "Waiting") == 0 && sd_bus_message_read(message, "v", "b", &waits) > 0) {
+            session.tool = sd_bus_message_get_sender(message);
+            session.tool_waits = waits != 0;
+        } else {
+            sd_bus_message_skip(message, "v");
+        }
+        sd_bus_message_exit_container(message);
+    }
+    return 0;
+}
+
+int on_done(sd_bus_message *reply, void *data, sd_bus_error *) {
+    auto &session = *static_cast<Session *>(data);
+    session.done = true;
+    const sd_bus_error *const error = sd_bus_message_get_error(reply);
+    if (!error) {
+        int status = 1;
+        sd_bus_message_read(reply, "i", &status);
+        session.status = status & 255;
+        if (status != 0 && session.status == 0)
+            session.status = 1;
+        return 0;
+    }
+    const std::string_view name = error->name;
+    session.status = name.ends_with(".Cancelled")                                     ? 128 + SIGINT
+                     : name.ends_with(".NotRun") || name.ends_with(".UnknownCommand") ? 127
+                     : name.ends_with(".Busy")                                        ? 75
+                     : name == SD_BUS_ERROR_INVALID_ARGS                              ? 64
+                                                                                      : status_unavailable;
+    if (session.status == status_unavailable)
+        std::fprintf(stderr, "quillon: the shell has gone\n");
+    else
+        std::fprintf(stderr, "quillon: %s\n",
+                     error->message && *error->message ? error->message : error->name);
+    return 0;
+}
+
+// What a person typed, one line for each prompt; at the end of the input, an end of file.
+void pass_answer(Session &session) {
+    char block[4096];
+    const ssize_t count = read(STDIN_FILENO, block, 1);
+    std::string line;
+    if (count <= 0) {
+        session.input_ended = true;
+        line = "\4";
+    } else {
+        line = block[0];
+        while (line.back() != '\n' && line.size() < 4000 && read(STDIN_FILENO, block, 1) == 1)
+            line += block[0];
+        if (isatty(STDIN_FILENO))
+            session.output.expect_echo(line);
+    }
+    session.tool_waits = false;
+    sd_bus_message *call = nullptr;
+    if (sd_bus_message_new_method_call(session.bus, &call, session.tool.c_str(), tool_path, tool_interface,
+                                       "Answer") >= 0 &&
+        sd_bus_message_append_array(call, 'y', line.data(), line.size()) >= 0) {
+        sd_bus_message_set_expect_reply(call, 0);
+        sd_bus_send(session.bus, call, nullptr);
+    }
+    sd_bus_message_unref(call);
+}
+
+int send_exec(Session &session, const ExecRequest &request) {
+    const std::string line = command_line(request.words, toolhost::space_byte());
+    const bool text = toolhost::is_utf8(line) && toolhost::is_utf8(request.folder);
+    sd_bus_message *call = nullptr;
+    int result = sd_bus_message_new_method_call(session.bus, &call, shell_name, shell_path, shell_interface,
+                                                text ? "Exec" : "ExecRaw");
+    for (const std::string *part : {&line, &request.folder}) {
+        if (result < 0)
+            break;
+        result = text ? sd_bus_message_append_basic(call, 's', part->c_str())
+                      : sd_bus_message_append_array(call, 'y', part->data(), part->size());
+    }
+    if (result >= 0)
+        result = sd_bus_call_async(session.bus, nullptr, call, on_done, &session, UINT64_MAX);
+    sd_bus_message_unref(call);
+    return result;
+}
+
+void listen(Session &session) {
+    sd_bus_match_signal(session.bus, nullptr, shell_name, shell_path, shell_interface, "ConsoleText",
+                        on_console, &session);
+    if (session.follow) {
+        sd_bus_match_signal(session.bus, nullptr, nullptr, tool_path, tool_interface, "Output", on_output,
+                            &session);
+        sd_bus_match_signal(session.bus, nullptr, nullptr, tool_path, properties_interface,
+                            "PropertiesChanged", on_waiting, &session);
+    }
+    sd_bus_call_method(session.bus, shell_name, shell_path, shell_interface, "Follow", nullptr, nullptr, "b",
+                       1);
+}
+
+void cancel(sd_bus *bus) {
+    sd_bus_message *call = nullptr;
+    if (sd_bus_message_new_method_call(bus, &call, shell_name, shell_path, shell_interface, "Cancel") >= 0) {
+        sd_bus_message_set_expect_reply(call, 0);
+        sd_bus_send(bus, call, nullptr);
+    }
+    sd_bus_message_unref(call);
+}
+
+void loop(Session &session, int signals) {
+    int interrupts = 0;
+    while (!session.done) {
+        const int result = sd_bus_process(session.bus, nullptr);
+        if (result < 0)
+            return;
+        if (result > 0 || session.done)
+            continue;
+        pollfd sources[3] = {
+            {sd_bus_get_fd(session.bus), static_cast<short>(sd_bus_get_events(session.bus)), 0},
+            {signals, POLLIN, 0},
+            {session.tool_waits && !session.input_ended ? STDIN_FILENO : -1, POLLIN, 0}};
+        if (poll(sources, 3, -1) < 0 && errno != EINTR)
+            return;
+        if (sources[1].revents) {
+            signalfd_siginfo info;
+            if (read(signals, &info, sizeof info) > 0 && ++interrupts <= 2)
+                cancel(session.bus);
+            else
+                return;
+        }
+        if (sources[2].revents)
+            pass_answer(session);
+    }
+}
+
+// Waits until the shell that was just started has its name. False when it ends before.
+bool wait_for_shell(sd_bus *bus, pid_t process) {
+    for (int i = 0; i < 4000; i++) {
+        if (shell_runs(bus))
+            return true;
+        if (waitpid(process, nullptr, WNOHANG) != 0)
+            return false;
+        poll(nullptr, 0, 5);
+    }
+    return false;
+}
+
+} // namespace
+
+std::string command_line(const std::vector<std::string> &words, unsigned char space) {
+    std::string line;
+    for (const std::string &word : words) {
+        if (!line.empty())
+            line += ' ';
+        if (word.empty())
+            line += "\"\"";
+        for (const char c : word)
+            line += c == ' ' ? static_cast<char>(space) : c;
+    }
+    return line;
+}
+
+int exec_command(sd_bus *bus, const ExecRequest &request) {
+    sigset_t handled;
+    sigemptyset(&handled);
+    sigaddset(&handled, SIGINT);
+    sigaddset(&handled, SIGTERM);
+    sigaddset(&handled, SIGHUP);
+    Session session;
+    session.bus = bus;
+    session.follow = request.follow;
+    pid_t own = -1;
+    if (!shell_runs(bus)) {
+        own = start_service();
+        if (own < 0)
+            return status_unavailable;
+        if (!wait_for_shell(bus, own)) {
+            std::fprintf(stderr, "quillon: the shell did not start\n");
+            return status_unavailable;
+        }
+    }
+    sigprocmask(SIG_BLOCK, &handled, nullptr);
+    const int signals = signalfd(-1, &handled, SFD_NONBLOCK | SFD_CLOEXEC);
+    listen(session);
+    if (send_exec(session, request) >= 0)
+        loop(session, signals);
+    // Console text that came with the answer.
+    while (sd_bus_process(bus, nullptr) > 0) {
+    }
+    if (own > 0) {
+        quit_shell(bus);
+        wait_for_end(own, 5);
+    }
+    close(signals);
+    return session.status;
+}
+
+} // namespace client

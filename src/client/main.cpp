@@ -1,0 +1,149 @@
+// The `quillon` command: starts or brings forward the shell, and drives it from a terminal.
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+#include "exec_command.h"
+#include "shell_calls.h"
+#include "start.h"
+
+namespace {
+
+using Words = std::vector<std::string>;
+
+constexpr int status_usage = 64;
+
+constexpr const char *usage =
+    "quillon [FILE...]                    start or bring forward the shell; open the files\n"
+    "quillon exec [-C DIR] [-f] WORD...   run a command in the shell; its exit status is the run's\n"
+    "                                     -C DIR  in that folder\n"
+    "                                     -f      show the tool live and pass answers to it\n"
+    "quillon find NAME                    look a TeX input file up\n"
+    "quillon locate NAME                  print the path of a TeX input file\n"
+    "quillon formats                      list the formats\n"
+    "quillon edit +LINE FILE              open the chosen editor at that line\n"
+    "quillon quit                         quit the shell\n"
+    "quillon --headless [--script FILE]   a shell without a display; FILE may be -\n"
+    "quillon --version\n"
+    "quillon --help\n";
+
+int say_usage(const std::string &problem) {
+    std::fprintf(stderr, "quillon: %s\nTry \"quillon --help\".\n", problem.c_str());
+    return status_usage;
+}
+
+// Everything after --headless goes to the shell; relative paths mean the same to it, which starts in this
+// folder.
+int headless(const Words &words) {
+    client::ensure_preferences();
+    sd_bus *const bus = client::session_bus();
+    const bool own_bus = !bus || client::shell_runs(bus);
+    sd_bus_flush_close_unref(bus);
+    return client::become(client::shell_program(), words, own_bus);
+}
+
+int open_or_start(const Words &files) {
+    client::ensure_preferences();
+    sd_bus *const bus = client::session_bus();
+    if (bus && client::shell_runs(bus)) {
+        const int status = client::open_files(bus, files);
+        sd_bus_flush_close_unref(bus);
+        return status;
+    }
+    Words words;
+    if (!std::getenv("DISPLAY") && !std::getenv("WAYLAND_DISPLAY"))
+        words.push_back("--headless");
+    for (const std::string &file : files)
+        words.push_back(client::absolute(file));
+    const bool own_bus = !bus;
+    sd_bus_flush_close_unref(bus);
+    return client::become(client::shell_program(), words, own_bus);
+}
+
+int exec(const Words &words) {
+    client::ExecRequest request;
+    request.folder = client::absolute(".");
+    std::size_t i = 1;
+    for (; i < words.size() && words[i].starts_with('-'); i++) {
+        if (words[i] == "--") {
+            i++;
+            break;
+        }
+        if (words[i] == "-f")
+            request.follow = true;
+        else if (words[i] == "-C" && i + 1 < words.size())
+            request.folder = client::absolute(words[++i]);
+        else
+            return say_usage("exec does not know " + words[i]);
+    }
+    request.words.assign(words.begin() + static_cast<std::ptrdiff_t>(i), words.end());
+    if (request.words.empty())
+        return say_usage("exec needs a command");
+    while (request.folder.size() > 1 && (request.folder.ends_with('/') || request.folder.ends_with("/.")))
+        request.folder.pop_back();
+    client::ensure_preferences();
+    sd_bus *const bus = client::session_bus();
+    if (!bus)
+        return client::become(client::own_program(), words, true);
+    const int status = client::exec_command(bus, request);
+    sd_bus_flush_close_unref(bus);
+    return status;
+}
+
+int ask_shell(const Words &words) {
+    const std::string &verb = words[0];
+    const bool named = verb == "find" || verb == "locate";
+    const std::size_t wanted = named ? 2 : verb == "edit" ? 3 : 1;
+    if (words.size() != wanted)
+        return say_usage(named            ? verb + " takes one name"
+                         : verb == "edit" ? "edit takes +LINE and a file"
+                                          : verb + " takes nothing more");
+    sd_bus *const bus = client::session_bus();
+    if (!bus || !client::shell_runs(bus)) {
+        sd_bus_flush_close_unref(bus);
+        return client::no_shell();
+    }
+    int status;
+    if (verb == "find")
+        status = client::call_for_text(bus, "Find", words[1].c_str(), false);
+    else if (verb == "locate")
+        status = client::call_for_text(bus, "Locate", words[1].c_str(), true);
+    else if (verb == "formats")
+        status = client::call_for_text(bus, "Formats", nullptr, false);
+    else if (verb == "edit")
+        status = client::become(client::contents_folder() + "/Helpers/edit",
+                                {words[1], client::absolute(words[2])}, false);
+    else
+        status = client::quit_shell(bus);
+    sd_bus_flush_close_unref(bus);
+    return status;
+}
+
+} // namespace
+
+int main(int count, char **values) {
+    Words words(values + 1, values + count);
+    const std::string first = words.empty() ? "" : words[0];
+    if (first == "--version") {
+        std::puts("quillon " QUILLON_VERSION);
+        return 0;
+    }
+    if (first == "--help" || first == "-h") {
+        std::fputs(usage, stdout);
+        return 0;
+    }
+    if (first == "--headless")
+        return headless(words);
+    if (first == "exec")
+        return exec(words);
+    if (first == "find" || first == "locate" || first == "formats" || first == "edit" || first == "quit")
+        return ask_shell(words);
+    if (first == "--")
+        words.erase(words.begin());
+    else if (first.size() > 1 && first[0] == '-')
+        return say_usage("there is no option " + first);
+    return open_or_start(words);
+}

@@ -1,0 +1,149 @@
+#include "shell_calls.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <sys/stat.h>
+
+#include "start.h"
+#include "wire.h"
+
+namespace client {
+
+namespace {
+
+int say_error(const sd_bus_error &error) {
+    std::fprintf(stderr, "quillon: %s\n", error.message ? error.message : "the shell did not answer");
+    return sd_bus_error_has_name(&error, SD_BUS_ERROR_SERVICE_UNKNOWN) ||
+                   sd_bus_error_has_name(&error, SD_BUS_ERROR_NAME_HAS_NO_OWNER) ||
+                   sd_bus_error_has_name(&error, SD_BUS_ERROR_NO_REPLY)
+               ? status_unavailable
+               : 1;
+}
+
+// A call whose answer nobody waits for: a run may be in progress, and the shell takes it up afterwards.
+int send_open(sd_bus *bus, const std::string &path) {
+    const bool text = toolhost::is_utf8(path);
+    sd_bus_message *call = nullptr;
+    int result = sd_bus_message_new_method_call(bus, &call, shell_name, shell_path, shell_interface,
+                                                text ? "Open" : "OpenRaw");
+    if (result >= 0)
+        result = text ? sd_bus_message_append_basic(call, 's', path.c_str())
+                      : sd_bus_message_append_array(call, 'y', path.data(), path.size());
+    if (result >= 0)
+        result = sd_bus_message_set_expect_reply(call, 0);
+    if (result >= 0)
+        result = sd_bus_send(bus, call, nullptr);
+    sd_bus_message_unref(call);
+    return result;
+}
+
+void send_activate(sd_bus *bus) {
+    const char *token = std::getenv("XDG_ACTIVATION_TOKEN");
+    if (!token)
+        token = std::getenv("DESKTOP_STARTUP_ID");
+    sd_bus_message *call = nullptr;
+    if (sd_bus_message_new_method_call(bus, &call, shell_name, shell_path, "org.freedesktop.Application",
+                                       "Activate") >= 0) {
+        sd_bus_message_set_expect_reply(call, 0);
+        if (token)
+            sd_bus_message_append(call, "a{sv}", 2, "activation-token", "s", token, "desktop-startup-id", "s",
+                                  token);
+        else
+            sd_bus_message_append(call, "a{sv}", 0);
+        sd_bus_send(bus, call, nullptr);
+    }
+    sd_bus_message_unref(call);
+}
+
+} // namespace
+
+sd_bus *session_bus() {
+    sd_bus *bus = nullptr;
+    const char *unique = nullptr;
+    if (sd_bus_open_user(&bus) < 0)
+        return nullptr;
+    // The address may be that of a bus that has gone: only its greeting shows.
+    if (sd_bus_get_unique_name(bus, &unique) < 0)
+        return sd_bus_close_unref(bus);
+    return bus;
+}
+
+bool shell_runs(sd_bus *bus) {
+    sd_bus_message *reply = nullptr;
+    int owned = 0;
+    if (sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+                           "NameHasOwner", nullptr, &reply, "s", shell_name) >= 0)
+        sd_bus_message_read(reply, "b", &owned);
+    sd_bus_message_unref(reply);
+    return owned != 0;
+}
+
+int no_shell() {
+    std::fprintf(stderr, "quillon: the shell is not running; start it with \"quillon\"\n");
+    return status_unavailable;
+}
+
+int open_files(sd_bus *bus, const std::vector<std::string> &files) {
+    int status = 0;
+    for (const std::string &file : files) {
+        struct stat found;
+        const std::string path = absolute(file);
+        if (stat(path.c_str(), &found) != 0) {
+            std::fprintf(stderr, "quillon: %s: %s\n", file.c_str(), std::strerror(errno));
+            status = 1;
+        } else if (const int result = send_open(bus, path); result < 0) {
+            std::fprintf(stderr, "quillon: %s: %s\n", file.c_str(), std::strerror(-result));
+            status = 1;
+        }
+    }
+    send_activate(bus);
+    sd_bus_flush(bus);
+    return status;
+}
+
+int call_for_text(sd_bus *bus, const char *method, const char *text, bool empty_is_failure) {
+    if (text && !toolhost::is_utf8(text)) {
+        std::fprintf(stderr, "quillon: the name is not UTF-8\n");
+        return 1;
+    }
+    sd_bus_message *call = nullptr;
+    sd_bus_message *reply = nullptr;
+    sd_bus_error error = SD_BUS_ERROR_NULL;
+    int result = sd_bus_message_new_method_call(bus, &call, shell_name, shell_path, shell_interface, method);
+    if (result >= 0 && text)
+        result = sd_bus_message_append_basic(call, 's', text);
+    if (result >= 0)
+        result = sd_bus_call(bus, call, UINT64_MAX, &error, &reply);
+    int status = 0;
+    const char *answer = nullptr;
+    if (result < 0) {
+        status = say_error(error);
+    } else if (sd_bus_message_read_basic(reply, 's', &answer) > 0) {
+        std::string shown = answer;
+        for (char &c : shown)
+            c = c == '\r' ? '\n' : c;
+        if (!shown.empty() && !shown.ends_with('\n'))
+            shown += '\n';
+        std::fputs(shown.c_str(), stdout);
+        status = shown.empty() && empty_is_failure ? 1 : 0;
+    }
+    sd_bus_error_free(&error);
+    sd_bus_message_unref(call);
+    sd_bus_message_unref(reply);
+    return status;
+}
+
+int quit_shell(sd_bus *bus) {
+    sd_bus_error error = SD_BUS_ERROR_NULL;
+    const int result =
+        sd_bus_call_method(bus, shell_name, shell_path, shell_interface, "Quit", &error, nullptr, "");
+    // A shell that leaves without a word has quit all the same.
+    const bool gone = sd_bus_error_has_name(&error, SD_BUS_ERROR_NO_REPLY);
+    const int status = result < 0 && !gone ? say_error(error) : 0;
+    sd_bus_error_free(&error);
+    return status;
+}
+
+} // namespace client

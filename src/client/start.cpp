@@ -1,0 +1,125 @@
+#include "start.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "places.h"
+
+namespace client {
+
+namespace {
+
+std::vector<char *> pointers(std::vector<std::string> &words) {
+    std::vector<char *> list;
+    for (std::string &word : words)
+        list.push_back(word.data());
+    list.push_back(nullptr);
+    return list;
+}
+
+} // namespace
+
+std::string own_program() {
+    char path[4096];
+    const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
+    return length > 0 ? std::string(path, static_cast<std::size_t>(length)) : std::string();
+}
+
+std::string contents_folder() {
+    std::string folder = own_program();
+    for (int i = 0; i < 2; i++)
+        folder.resize(std::min(folder.rfind('/'), folder.size()));
+    return folder + "/lib/quillon/Quillon.app/Contents";
+}
+
+std::string shell_program() {
+    return contents_folder() + "/Linux/quillon-shell";
+}
+
+std::string absolute(const std::string &path) {
+    if (path.starts_with('/'))
+        return path;
+    char *const folder = get_current_dir_name();
+    const std::string here = folder ? folder : "/";
+    std::free(folder);
+    return toolhost::absolute_path(here, path);
+}
+
+void ensure_preferences() {
+    if (access(toolhost::preferences_path().c_str(), F_OK) == 0)
+        return;
+    std::string program = contents_folder() + "/../../setpaths.app/Contents/Linux/setpaths";
+    std::vector<std::string> words = {program, "--defaults"};
+    pid_t process = -1;
+    if (posix_spawn(&process, program.c_str(), nullptr, nullptr, pointers(words).data(), environ) != 0) {
+        std::fprintf(stderr, "quillon: I can't start %s: %s\n", program.c_str(), std::strerror(errno));
+        return;
+    }
+    int status = 0;
+    while (waitpid(process, &status, 0) < 0 && errno == EINTR) {
+    }
+}
+
+int become(const std::string &program, const std::vector<std::string> &words, bool own_bus) {
+    std::vector<std::string> line;
+    std::string first = program;
+    if (own_bus) {
+        if (std::getenv("QUILLON_OWN_BUS")) {
+            std::fprintf(stderr, "quillon: there is no session bus\n");
+            return status_unavailable;
+        }
+        setenv("QUILLON_OWN_BUS", "1", 1);
+        first = "dbus-run-session";
+        line = {first, "--"};
+    }
+    line.push_back(program);
+    line.insert(line.end(), words.begin(), words.end());
+    execvp(first.c_str(), pointers(line).data());
+    std::fprintf(stderr, "quillon: I can't start %s: %s\n", first.c_str(), std::strerror(errno));
+    return status_unavailable;
+}
+
+pid_t start_service() {
+    const std::string program = shell_program();
+    std::vector<std::string> words = {program, "--headless", "--service"};
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    // What its console says comes over the bus.
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    // A group of its own: an interrupt typed at the terminal is for this command, which cancels.
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
+    posix_spawnattr_setpgroup(&attributes, 0);
+    pid_t process = -1;
+    const int error =
+        posix_spawn(&process, program.c_str(), &actions, &attributes, pointers(words).data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    posix_spawnattr_destroy(&attributes);
+    if (error == 0)
+        return process;
+    std::fprintf(stderr, "quillon: I can't start %s: %s\n", program.c_str(), std::strerror(error));
+    return -1;
+}
+
+void wait_for_end(pid_t process, int seconds) {
+    for (int i = 0; i < seconds * 100; i++) {
+        if (waitpid(process, nullptr, WNOHANG) != 0)
+            return;
+        const timespec moment = {0, 10000000};
+        nanosleep(&moment, nullptr);
+    }
+    kill(process, SIGKILL);
+    waitpid(process, nullptr, 0);
+}
+
+} // namespace client

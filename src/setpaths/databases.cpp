@@ -1,0 +1,135 @@
+#include "setpaths/databases.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <dirent.h>
+#include <fcntl.h>
+#include <set>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "setpaths/distribution.h"
+#include "toolhost/places.h"
+
+namespace setpaths {
+
+namespace {
+
+// A line that the reader takes whole.
+constexpr std::size_t longest_line = 1000;
+
+class Walk {
+  public:
+    Walk(unsigned char space, std::string &text) : space_(space), text_(text) {}
+
+    // FOLDER ends with a slash.
+    void folder(const std::string &folder, bool below) {
+        struct stat status;
+        if (stat(folder.c_str(), &status) != 0 || !seen_.insert({status.st_dev, status.st_ino}).second)
+            return;
+        DIR *const entries = opendir(folder.c_str());
+        if (!entries)
+            return;
+        std::vector<std::string> files;
+        std::vector<std::string> folders;
+        while (const dirent *entry = readdir(entries)) {
+            const std::string name = entry->d_name;
+            if (name == "." || name == ".." || name.find('\n') != std::string::npos)
+                continue;
+            const unsigned char type = kind(entries, *entry);
+            if (type == DT_REG)
+                files.push_back(name);
+            else if (type == DT_DIR && below && name[0] != '.')
+                folders.push_back(name);
+        }
+        closedir(entries);
+        std::sort(files.begin(), files.end());
+        std::sort(folders.begin(), folders.end());
+        write(folder, files);
+        for (const std::string &name : folders)
+            this->folder(folder + name + "/", true);
+    }
+
+  private:
+    static unsigned char kind(DIR *entries, const dirent &entry) {
+        if (entry.d_type != DT_LNK && entry.d_type != DT_UNKNOWN)
+            return entry.d_type;
+        struct stat status;
+        if (fstatat(dirfd(entries), entry.d_name, &status, 0) != 0)
+            return DT_UNKNOWN;
+        // A linked folder may lead in a circle; it is not walked.
+        if (S_ISDIR(status.st_mode))
+            return entry.d_type == DT_LNK ? DT_UNKNOWN : DT_DIR;
+        return S_ISREG(status.st_mode) ? DT_REG : DT_UNKNOWN;
+    }
+
+    void write(const std::string &folder, const std::vector<std::string> &files) {
+        if (files.empty() || folder.size() > longest_line)
+            return;
+        text_ += toolhost::to_unix_path(folder, space_) + "\n";
+        for (const std::string &name : files)
+            // A name that begins with the digit 0 would be passed over.
+            if (name[0] != '0' && name.size() <= longest_line)
+                text_ += toolhost::to_unix_path(name, space_) + "\n";
+    }
+
+    unsigned char space_;
+    std::string &text_;
+    std::set<std::pair<dev_t, ino_t>> seen_;
+};
+
+} // namespace
+
+std::string database_text(const std::vector<std::string> &folders, unsigned char space) {
+    std::string text;
+    Walk walk(space, text);
+    for (std::string folder : folders) {
+        const bool below = folder.ends_with("//");
+        while (folder.ends_with('/'))
+            folder.pop_back();
+        if (folder.starts_with('/'))
+            walk.folder(folder + "/", below);
+    }
+    return text;
+}
+
+bool replace_file(const std::string &path, const std::string &text) {
+    std::string fresh = path + ".XXXXXX";
+    const int file = mkostemp(fresh.data(), O_CLOEXEC);
+    if (file < 0)
+        return false;
+    std::size_t written = 0;
+    while (written < text.size()) {
+        const ssize_t count = write(file, text.data() + written, text.size() - written);
+        if (count <= 0)
+            break;
+        written += static_cast<std::size_t>(count);
+    }
+    const bool whole = written == text.size() && fchmod(file, 0644) == 0 && fsync(file) == 0;
+    close(file);
+    if (whole && rename(fresh.c_str(), path.c_str()) == 0)
+        return true;
+    unlink(fresh.c_str());
+    return false;
+}
+
+bool write_databases(const std::string &home) {
+    const std::string support = toolhost::support_folder();
+    const unsigned char space = toolhost::space_byte();
+    bool good = true;
+    for (const char *key : {"TEXINPUTS", "DVIPSHEADERS", "TYPE1FONTS", "TEXFONTS", "VFFONTS"}) {
+        std::vector<std::string> folders;
+        for (const std::string &element : split_paths(toolhost::setting(key)))
+            folders.push_back(toolhost::expand_setting_path(element, home, space));
+        const std::string path = support + "/" + key;
+        if (replace_file(path, database_text(folders, space)))
+            continue;
+        std::fprintf(stderr, "setpaths: I can't write %s\n", path.c_str());
+        good = false;
+    }
+    return good;
+}
+
+} // namespace setpaths

@@ -1,0 +1,165 @@
+#include "setpaths/defaults.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+#include "setpaths/databases.h"
+#include "setpaths/distribution.h"
+#include "setpaths/proposals.h"
+#include "toolbox/resources.h"
+#include "toolhost/places.h"
+
+namespace setpaths {
+
+namespace {
+
+using Values = std::vector<std::pair<std::string, std::string>>;
+
+constexpr const char *tex_cnf =
+    "% Variables for every TeX engine that Quillon runs: NAME = VALUE, one a line.\n"
+    "% They stand for the same names of the distribution's texmf.cnf. Examples:\n"
+    "%\n"
+    "% main_memory = 8000000\n"
+    "% openout_any = p\n";
+constexpr const char *pdftex_cnf =
+    "% Variables for pdftex and pdfetex, read after tex.cnf: NAME = VALUE, one a line. Examples:\n"
+    "%\n"
+    "% pool_size = 8000000\n"
+    "% shell_escape_commands = bibtex,makeindex,repstopdf\n";
+
+bool make_folders(const std::string &path) {
+    for (std::size_t slash = path.find('/', 1);; slash = path.find('/', slash + 1)) {
+        const std::string part = path.substr(0, slash);
+        if (mkdir(part.c_str(), 0755) != 0 && errno != EEXIST && errno != EISDIR && errno != EROFS &&
+            errno != EACCES)
+            return false;
+        if (slash == std::string::npos)
+            break;
+    }
+    return access(path.c_str(), W_OK | X_OK) == 0;
+}
+
+bool write_new(const std::string &path, const char *text) {
+    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
+    if (file < 0)
+        return errno == EEXIST;
+    const auto size = static_cast<ssize_t>(std::strlen(text));
+    const bool whole = write(file, text, static_cast<std::size_t>(size)) == size;
+    close(file);
+    return whole;
+}
+
+std::string joined(const std::vector<std::string> &elements, unsigned char space) {
+    std::string list;
+    for (const std::string &element : elements)
+        // A colon would part the list.
+        if (element.find(':') == std::string::npos)
+            list += (list.empty() ? "" : ":") + toolhost::to_unix_path(element, space);
+    return list;
+}
+
+void add_paths(const Distribution &found, unsigned char space, Values &values) {
+    std::vector<std::string> formats = {toolhost::formats_folder()};
+    if (const auto path = found.paths.find("TEXFORMATS"); path != found.paths.end())
+        formats.insert(formats.end(), path->second.begin(), path->second.end());
+    for (const std::string &folder : formats)
+        if (access((folder + "/pdflatex.fmt").c_str(), R_OK) == 0) {
+            values.emplace_back("PDFTEXFORMAT", "pdflatex");
+            break;
+        }
+    values.emplace_back("TEXMFTREES", joined(found.trees, space));
+    if (!found.programs_in_path)
+        values.emplace_back("TEXBIN", toolhost::to_unix_path(found.programs, space));
+    values.emplace_back("TEXFORMATS", joined(formats, space));
+    for (const auto &[key, path] : found.paths)
+        if (key != "TEXFORMATS")
+            values.emplace_back(key, joined(path, space));
+}
+
+void add_proposals(const std::string &home, unsigned char space, Values &values) {
+    const auto propose = [&](const char *key, std::initializer_list<const char *> types) {
+        for (const char *type : types)
+            if (const std::string entry = default_entry(type); !entry.empty()) {
+                values.emplace_back(key, toolhost::to_unix_path(entry, space));
+                return;
+            }
+    };
+    propose("PDFVIEW", {"application/pdf"});
+    propose("VIEWPS", {"application/postscript"});
+    propose("Editor", {"text/x-tex", "text/plain"});
+    propose("DVIPREVIEW", {"application/x-dvi"});
+    if (access((home + "/ps2pdf.app/Contents/PkgInfo").c_str(), R_OK) == 0)
+        values.emplace_back("PS2PDFEXE", "~/ps2pdf.app");
+}
+
+bool write_values(const std::string &path, const Values &values) {
+    std::vector<quillon::RecordChange> changes;
+    for (const auto &[key, value] : values) {
+        char *const set = quillon::RecordRead(path.c_str(), key.c_str(), nullptr);
+        if (!set && !value.empty())
+            changes.push_back({key.c_str(), value.c_str()});
+        std::free(set);
+    }
+    return changes.empty() ||
+           quillon::RecordWrite(path.c_str(), changes.data(), static_cast<int>(changes.size()));
+}
+
+// The whole file is written beside its place and linked there, so that it never shows half made; one that
+// somebody else made meanwhile stays.
+bool create(const std::string &path, const Values &values) {
+    const std::string folder = path.substr(0, path.rfind('/'));
+    if (!make_folders(folder))
+        return false;
+    std::string fresh = folder + "/.quillon-preferences-XXXXXX";
+    const int file = mkostemp(fresh.data(), O_CLOEXEC);
+    if (file < 0)
+        return false;
+    fchmod(file, 0644);
+    close(file);
+    bool good = write_values(fresh, values);
+    good = good && (link(fresh.c_str(), path.c_str()) == 0 || errno == EEXIST);
+    unlink(fresh.c_str());
+    unlink((folder + "/." + fresh.substr(folder.size() + 1) + ".lock").c_str());
+    return good;
+}
+
+} // namespace
+
+bool make_formats_folder() {
+    const std::string folder = toolhost::formats_folder();
+    return make_folders(folder) && write_new(folder + "/tex.cnf", tex_cnf) &&
+           write_new(folder + "/pdftex.cnf", pdftex_cnf);
+}
+
+bool write_defaults(const std::string &home) {
+    const std::string path = toolhost::preferences_path();
+    const bool exists = access(path.c_str(), F_OK) == 0;
+    // A person's file without the key means 202, and its paths were written so.
+    const unsigned char space = exists ? toolhost::space_byte() : 31;
+    if (!make_formats_folder())
+        std::fprintf(stderr, "setpaths: I can't make %s\n", toolhost::formats_folder().c_str());
+    Values values;
+    if (!exists)
+        values.emplace_back("SPACECHAR", "31");
+    for (const char *key : {"USEPDFTEX", "AUTOVIEW", "DATABASE"})
+        values.emplace_back(key, "1");
+    const Distribution found = find_distribution();
+    if (found.programs.empty())
+        std::fprintf(stderr, "setpaths: I can't find a TeX distribution\n");
+    else
+        add_paths(found, space, values);
+    add_proposals(home, space, values);
+    if (exists ? write_values(path, values) : create(path, values))
+        return true;
+    std::fprintf(stderr, "setpaths: I can't write %s\n", path.c_str());
+    return false;
+}
+
+} // namespace setpaths

@@ -1,0 +1,170 @@
+#include "setpaths/distribution.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <fcntl.h>
+#include <glob.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "toolhost/places.h"
+
+namespace setpaths {
+
+namespace {
+
+struct Variable {
+    const char *key;      // the shell's
+    const char *variable; // the distribution's
+};
+
+constexpr std::array<Variable, 22> variables = {{
+    {"BIBINPUTS", "BIBINPUTS"},   {"BSTINPUTS", "BSTINPUTS"}, {"GFFONTS", "GFFONTS"},
+    {"MFBASES", "MFBASES"},       {"MFINPUTS", "MFINPUTS"},   {"PKFONTS", "PKFONTS"},
+    {"TEXFORMATS", "TEXFORMATS"}, {"TEXINPUTS", "TEXINPUTS"}, {"TEXPOOL", "TEXPOOL"},
+    {"TEXFONTS", "TFMFONTS"},     {"VFFONTS", "VFFONTS"},     {"MPINPUTS", "MPINPUTS"},
+    {"TEXCONFIG", "TEXCONFIG"},   {"OFMFONTS", "OFMFONTS"},   {"OCPINPUTS", "OCPINPUTS"},
+    {"OTPINPUTS", "OTPINPUTS"},   {"OVFFONTS", "OVFFONTS"},   {"DVIPSHEADERS", "TEXPSHEADERS"},
+    {"TYPE1FONTS", "T1FONTS"},    {"ISTFILES", "INDEXSTYLE"}, {"AFMFONTS", "AFMFONTS"},
+    {"ENCFOLDER", "ENCFONTS"},
+}};
+
+bool is_folder(const std::string &path) {
+    struct stat status;
+    return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+std::string without_slashes(std::string path) {
+    while (path.size() > 1 && path.ends_with('/'))
+        path.pop_back();
+    return path;
+}
+
+std::string usual_place() {
+    std::string found;
+    for (const char *pattern :
+         {"/usr/local/texlive/*/bin/*", "/opt/texlive/*/bin/*", "/opt/texlive/bin/*", "/opt/texbin",
+          "/usr/local/texlive/bin", "~/texlive/*/bin/*", "~/bin/texlive"}) {
+        glob_t places{};
+        if (glob(pattern, GLOB_TILDE, nullptr, &places) == 0)
+            // The newest release has the greatest name.
+            for (std::size_t i = 0; i < places.gl_pathc; i++)
+                if (access((std::string(places.gl_pathv[i]) + "/pdftex").c_str(), X_OK) == 0)
+                    found = places.gl_pathv[i];
+        globfree(&places);
+        if (!found.empty())
+            break;
+    }
+    return found;
+}
+
+// "<tree>/tex/latex//" as "<tree>/tex//": the shell looks every format's inputs up along one list.
+std::string widened(const std::string &element, const std::vector<std::string> &trees) {
+    for (const std::string &tree : trees)
+        if (element.starts_with(tree + "/tex/") && element.ends_with("//"))
+            return tree + "/tex//";
+    return element;
+}
+
+void read_path(const std::string &kpsewhich, const Variable &variable, const std::string &own_tree,
+               Distribution &found) {
+    const std::string key = variable.key;
+    const bool formats = key == "TEXFORMATS";
+    const std::string list = output_of(kpsewhich, {"-progname=pdflatex", "-engine=pdftex",
+                                                   formats ? "-expand-path" : "-expand-braces",
+                                                   "$" + std::string(variable.variable)});
+    if (list.starts_with('$'))
+        return;
+    std::vector<std::string> &path = found.paths[key];
+    for (const std::string &element : split_paths(list)) {
+        const std::string place = key == "TEXINPUTS" ? widened(element, found.trees) : element;
+        const bool here = place == "." || place == "./";
+        const std::string folder = without_slashes(place);
+        // The person's own tree counts before it is made.
+        const bool own = !own_tree.empty() && folder.starts_with(own_tree + "/") &&
+                         (key == "TEXINPUTS" || key == "BIBINPUTS" || key == "BSTINPUTS");
+        if ((!here && !own && !is_folder(folder)) || std::find(path.begin(), path.end(), place) != path.end())
+            continue;
+        path.push_back(here ? "." : place);
+        const bool known =
+            here || std::any_of(found.trees.begin(), found.trees.end(), [&](const std::string &tree) {
+                return folder == tree || folder.starts_with(tree + "/");
+            });
+        // A default of the distribution outside its trees: as good as a tree.
+        if (!known)
+            found.trees.push_back(folder);
+    }
+    if (path.empty() || (path.size() == 1 && path[0] == "."))
+        found.paths.erase(key);
+}
+
+} // namespace
+
+std::string output_of(const std::string &program, std::vector<std::string> words) {
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0)
+        return {};
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
+    words.insert(words.begin(), program);
+    std::vector<char *> list;
+    for (std::string &word : words)
+        list.push_back(word.data());
+    list.push_back(nullptr);
+    pid_t process = -1;
+    const int error = posix_spawn(&process, program.c_str(), &actions, nullptr, list.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    close(ends[1]);
+    std::string text;
+    char block[4096];
+    ssize_t count;
+    while (error == 0 && (count = read(ends[0], block, sizeof block)) > 0)
+        text.append(block, static_cast<std::size_t>(count));
+    close(ends[0]);
+    int status = 0;
+    if (error != 0 || waitpid(process, &status, 0) < 0 || !WIFEXITED(status))
+        return {};
+    text.resize(std::min(text.find('\n'), text.size()));
+    return text;
+}
+
+std::vector<std::string> split_paths(const std::string &list) {
+    std::vector<std::string> elements;
+    for (std::size_t start = 0; start < list.size();) {
+        const std::size_t end = std::min(list.find(':', start), list.size());
+        std::string element = list.substr(start, end - start);
+        if (element.starts_with("!!"))
+            element.erase(0, 2);
+        while (element.ends_with("///"))
+            element.pop_back();
+        if (!element.empty())
+            elements.push_back(element);
+        start = end + 1;
+    }
+    return elements;
+}
+
+Distribution find_distribution() {
+    Distribution found;
+    const char *const search = std::getenv("PATH");
+    const std::string engine = toolhost::find_program("pdftex", search ? search : "/usr/bin:/bin", "/");
+    found.programs_in_path = !engine.empty();
+    found.programs = engine.empty() ? usual_place() : engine.substr(0, engine.rfind('/'));
+    const std::string kpsewhich = found.programs + "/kpsewhich";
+    if (found.programs.empty() || access(kpsewhich.c_str(), X_OK) != 0)
+        return found;
+    for (const std::string &tree : split_paths(output_of(kpsewhich, {"-expand-braces", "$TEXMF"})))
+        found.trees.push_back(without_slashes(tree));
+    const std::string own_tree = without_slashes(output_of(kpsewhich, {"-var-value", "TEXMFHOME"}));
+    for (const Variable &variable : variables)
+        read_path(kpsewhich, variable, own_tree, found);
+    return found;
+}
+
+} // namespace setpaths

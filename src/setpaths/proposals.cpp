@@ -1,0 +1,82 @@
+#include "setpaths/proposals.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <string_view>
+#include <unistd.h>
+#include <vector>
+
+#include "setpaths/distribution.h"
+
+namespace setpaths {
+
+namespace {
+
+std::string variable(const char *name, const std::string &fallback) {
+    const char *const value = std::getenv(name);
+    return value && *value ? value : fallback;
+}
+
+std::vector<std::string> data_folders() {
+    const std::string home = variable("HOME", "/");
+    std::vector<std::string> folders = {variable("XDG_DATA_HOME", home + "/.local/share")};
+    for (const std::string &folder : split_paths(variable("XDG_DATA_DIRS", "/usr/local/share:/usr/share")))
+        folders.push_back(folder);
+    return folders;
+}
+
+std::string entry_path(const std::string &id) {
+    for (const std::string &folder : data_folders()) {
+        const std::string path = folder + "/applications/" + id;
+        if (access(path.c_str(), R_OK) == 0)
+            return path;
+    }
+    return {};
+}
+
+// The first installed entry that FILE names for the type in the group.
+std::string listed(const std::string &file, std::string_view group, const std::string &mime_type) {
+    std::ifstream lines(file);
+    std::string line;
+    bool inside = false;
+    while (std::getline(lines, line)) {
+        if (line.starts_with('[')) {
+            inside = line == group;
+            continue;
+        }
+        if (!inside || !line.starts_with(mime_type + "="))
+            continue;
+        std::string rest = line.substr(mime_type.size() + 1);
+        while (!rest.empty()) {
+            const std::size_t end = std::min(rest.find(';'), rest.size());
+            if (const std::string path = end > 0 ? entry_path(rest.substr(0, end)) : std::string();
+                !path.empty())
+                return path;
+            rest.erase(0, end + 1);
+        }
+    }
+    return {};
+}
+
+} // namespace
+
+std::string default_entry(const std::string &mime_type) {
+    std::vector<std::string> files;
+    const std::string home = variable("HOME", "/");
+    files.push_back(variable("XDG_CONFIG_HOME", home + "/.config") + "/mimeapps.list");
+    for (const std::string &folder : split_paths(variable("XDG_CONFIG_DIRS", "/etc/xdg")))
+        files.push_back(folder + "/mimeapps.list");
+    for (const std::string &folder : data_folders())
+        files.push_back(folder + "/applications/mimeapps.list");
+    for (const std::string &file : files)
+        if (const std::string path = listed(file, "[Default Applications]", mime_type); !path.empty())
+            return path;
+    for (const std::string &folder : data_folders())
+        if (const std::string path =
+                listed(folder + "/applications/mimeinfo.cache", "[MIME Cache]", mime_type);
+            !path.empty())
+            return path;
+    return {};
+}
+
+} // namespace setpaths
