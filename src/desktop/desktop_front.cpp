@@ -238,7 +238,6 @@ void make_application(int argc, char **argv) {
     LoopDescriptor();
     QGuiApplication::setDesktopFileName(QStringLiteral("org.quillon.Shell"));
     QCoreApplication::setApplicationName(QStringLiteral("org.quillon.Shell"));
-    QGuiApplication::setApplicationDisplayName(QStringLiteral("Quillon"));
     // Lives as long as the process: the shell leaves by exit().
     auto *const application = new QApplication(count, arguments);
     QApplication::setQuitOnLastWindowClosed(false);
