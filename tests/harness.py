@@ -5,6 +5,7 @@ Every test gets its own home folder, its own preferences file and its own sessio
 
 import json
 import os
+import resource
 import select
 import shutil
 import signal
@@ -30,6 +31,8 @@ class HomeTest(unittest.TestCase):
         self.addCleanup(shutil.rmtree, self.home, ignore_errors=True)
         self.work = os.path.join(self.home, "work")
         self.binaries = BINARIES
+        self.user = None  # the user id that programs run as, where it is not the test's own
+        self.limit = None  # the size in bytes at which every file that a program writes is full
         self.environment = dict(os.environ)
         for name in ("DISPLAY", "WAYLAND_DISPLAY", "DBUS_SESSION_BUS_ADDRESS"):
             self.environment.pop(name, None)
@@ -107,6 +110,11 @@ class HomeTest(unittest.TestCase):
                 found.append(int(entry))
         return found
 
+    def limit_files(self):
+        if self.limit is not None:
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (self.limit, self.limit))
+
     def shell_program(self):
         return os.path.join(self.binaries, "Quillon.app", "Contents", "Linux", "quillon-shell")
 
@@ -114,7 +122,8 @@ class HomeTest(unittest.TestCase):
         """Runs a headless shell under SCRIPT on a bus of its own: standard output, standard error, exit status."""
         command = ["dbus-run-session", "--", self.shell_program(), "--headless", *arguments, "--script", "-"]
         process = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                                   env=self.environment, cwd=self.work, start_new_session=True)
+                                   env=self.environment, cwd=self.work, start_new_session=True, user=self.user,
+                                   preexec_fn=self.limit_files)
         try:
             output, errors = process.communicate(script.encode("utf-8", "surrogateescape"), timeout=LIMIT)
         except subprocess.TimeoutExpired:

@@ -140,11 +140,13 @@ void ShowFullRecentPaths() {
 }
 
 void SaveRecentItems() {
-    BoundedString<32> key;
-    for (int i = 1; i <= recent_file_limit; i++) {
-        key_of(i, key);
-        set_str_resource(key.c_str(), RecentFile[i].c_str());
+    BoundedString<32> keys[recent_file_limit];
+    RecordChange changes[recent_file_limit];
+    for (int i = 0; i < recent_file_limit; i++) {
+        key_of(i + 1, keys[i]);
+        changes[i] = {keys[i].c_str(), RecentFile[i + 1].c_str()};
     }
+    set_str_resources(changes, recent_file_limit);
 }
 
 void DeleteAllRecentItems() {

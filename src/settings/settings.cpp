@@ -93,6 +93,10 @@ int set_str_resource(const char *key, const char *value) {
     return havePrefs && RecordWrite(preferences_path.c_str(), &change, 1);
 }
 
+int set_str_resources(const RecordChange *changes, int count) {
+    return havePrefs && RecordWrite(preferences_path.c_str(), changes, count);
+}
+
 char *GetApp(const char *key) {
     const char *const value = get_str_resource(key);
     if (!value) {

@@ -4,6 +4,7 @@
 
 #include "toolbox/bounded.h"
 #include "toolbox/files.h"
+#include "toolbox/resources.h"
 
 namespace quillon {
 
@@ -22,6 +23,8 @@ const char *get_str_resource(const char *key);
 char *myget_string(const char *key);
 // 1 stored, 0 not.
 int set_str_resource(const char *key, const char *value);
+// Stores several values as one transaction: 1 all of them, 0 none.
+int set_str_resources(const RecordChange *changes, int count);
 // An application path: a 256-byte zero-filled block that the caller owns (free()), a leading "~" replaced by
 // `home`; null when not set.
 char *GetApp(const char *key);
