@@ -51,16 +51,18 @@ int folder_entry(std::int16_t volume, std::int32_t *dir_id, std::int32_t *parent
     return 1;
 }
 
-// The folder of the location, SEPARATOR and the leaf. A volume's own location has no folder.
+// The folder of the location, SEPARATOR and the leaf; empty when the folder has gone or the path does not
+// fit. A volume's own location has no folder.
 int location_path(const FSSpec *spec, BoundedBuffer &out,
                   int (*folder_path)(std::int16_t, std::int32_t, BoundedBuffer &), const char *separator) {
     BoundedString<256> leaf;
     from_pascal(spec->name, leaf);
     out.clear();
-    if (spec->parID != 1)
-        folder_path(spec->vRefNum, spec->parID, out);
-    const int colon_first = spec->parID == 1 && separator[0] == ':';
-    if ((!colon_first && !out.append(separator)) || !out.append(leaf.view()))
+    const int is_volume = spec->parID == 1;
+    const int built = (is_volume || folder_path(spec->vRefNum, spec->parID, out)) &&
+                      ((is_volume && separator[0] == ':') || out.append(separator)) &&
+                      out.append(leaf.view());
+    if (!built)
         out.clear();
     return 1;
 }
