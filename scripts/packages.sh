@@ -45,7 +45,5 @@ quillon_build() {
     if [[ ! -e $build/build.ninja ]]; then
         cmake -S "$source" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >&2 || return 1
     fi
-    if [[ $(ninja -C "$build" -n 2>/dev/null | tail -1) != *"no work to do"* ]]; then
-        ninja -C "$build" >&2
-    fi
+    ninja -C "$build" --quiet >&2
 }

@@ -1,0 +1,346 @@
+"""The quillon command against a shell played by this script, and against the real one where it was built."""
+
+import os
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+import dbus
+import dbus.mainloop.glib
+import dbus.service
+from gi.repository import GLib
+
+BUILD = os.environ["QUILLON_BUILD_FOLDER"]
+QUILLON = os.path.join(BUILD, "bin/quillon")
+REAL_SHELL = os.path.join(BUILD, "lib/quillon/Quillon.app/Contents/Linux/quillon-shell")
+NAME = "org.quillon.Shell"
+PATH = "/org/quillon/Shell"
+SHELL = "org.quillon.Shell1"
+
+dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
+
+
+class ShellError(dbus.DBusException):
+    def __init__(self, name, message):
+        super().__init__(message, name="org.quillon.Shell1.Error." + name)
+
+
+class FakeShell(dbus.service.Object):
+    """Records what it is asked; answers what the test has set."""
+
+    def __init__(self):
+        self.bus = dbus.bus.BusConnection(os.environ["DBUS_SESSION_BUS_ADDRESS"])
+        self.bus.request_name(NAME)
+        super().__init__(self.bus, PATH)
+        self.calls = []
+        self.answer = lambda reply, error: reply(0)
+        self.pending = None
+
+    def close(self):
+        self.remove_from_connection()
+        self.bus.release_name(NAME)
+        self.bus.close()
+
+    @dbus.service.method(SHELL, "ss", "i", async_callbacks=("reply", "error"))
+    def Exec(self, command, folder, reply, error):
+        self.calls.append(("Exec", str(command), str(folder)))
+        self.answer(reply, error)
+
+    @dbus.service.method(SHELL, "ayay", "i", async_callbacks=("reply", "error"))
+    def ExecRaw(self, command, folder, reply, error):
+        self.calls.append(("ExecRaw", bytes(bytearray(command)), bytes(bytearray(folder))))
+        self.answer(reply, error)
+
+    @dbus.service.method(SHELL, "s", "s")
+    def Locate(self, name):
+        return "/tex/" + name if name == "x.tex" else ""
+
+    @dbus.service.method(SHELL, "s", "s")
+    def Find(self, name):
+        return "one\rtwo\r"
+
+    @dbus.service.method(SHELL, "", "s")
+    def Formats(self):
+        return "plain\nlatex"
+
+    @dbus.service.method(SHELL, "s")
+    def Open(self, path):
+        self.calls.append(("Open", str(path)))
+
+    @dbus.service.method(SHELL, "ay")
+    def OpenRaw(self, path):
+        self.calls.append(("OpenRaw", bytes(bytearray(path))))
+
+    @dbus.service.method(SHELL)
+    def Cancel(self):
+        self.calls.append(("Cancel",))
+        if self.pending:
+            self.pending(ShellError("Cancelled", "the run was cancelled"))
+
+    @dbus.service.method(SHELL)
+    def Quit(self):
+        self.calls.append(("Quit",))
+
+    @dbus.service.method(SHELL, "b")
+    def Follow(self, on):
+        self.calls.append(("Follow", bool(on)))
+
+    @dbus.service.signal(SHELL, "s")
+    def ConsoleText(self, text):
+        pass
+
+    @dbus.service.method("org.freedesktop.Application", "a{sv}")
+    def Activate(self, data):
+        self.calls.append(("Activate", {str(k): str(v) for k, v in data.items()}))
+
+
+class FakeTool(dbus.service.Object):
+    def __init__(self, bus):
+        super().__init__(bus, "/org/quillon/App")
+        self.answers = []
+
+    @dbus.service.signal("org.quillon.Tool1", "ay")
+    def Output(self, data):
+        pass
+
+    @dbus.service.signal("org.freedesktop.DBus.Properties", "sa{sv}as")
+    def PropertiesChanged(self, interface, changed, gone):
+        pass
+
+    @dbus.service.method("org.quillon.Tool1", "ay")
+    def Answer(self, data):
+        self.answers.append(bytes(bytearray(data)))
+
+
+def pump(condition, limit=20):
+    end = time.monotonic() + limit
+    wake = GLib.timeout_add(5, lambda: True)
+    try:
+        while not condition():
+            if time.monotonic() > end:
+                raise AssertionError("waited in vain")
+            GLib.MainContext.default().iteration(True)
+    finally:
+        GLib.source_remove(wake)
+
+
+class ClientTest(unittest.TestCase):
+    def setUp(self):
+        self.root = tempfile.mkdtemp(prefix="quillon-client-")
+        self.addCleanup(shutil.rmtree, self.root, True)
+        os.makedirs(self.root + "/config")
+        with open(self.root + "/config/Quillon Preferences", "w") as file:
+            file.write("SPACECHAR=31\n")
+        self.environment = dict(os.environ, XDG_CONFIG_HOME=self.root + "/config", XDG_DATA_HOME=self.root + "/data",
+                                XDG_CACHE_HOME=self.root + "/cache")
+        for name in ("DISPLAY", "WAYLAND_DISPLAY", "XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID", "QUILLON_OWN_BUS"):
+            self.environment.pop(name, None)
+
+    def start(self, *words, stdin=subprocess.DEVNULL, **environment):
+        return subprocess.Popen([QUILLON, *words], stdin=stdin, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                                cwd=self.root, env=dict(self.environment, **environment))
+
+    def finish(self, process):
+        pump(lambda: process.poll() is not None)
+        out, error = process.communicate()
+        return process.returncode, out.decode("utf-8", "replace"), error.decode()
+
+    def quillon(self, *words, **environment):
+        return self.finish(self.start(*words, **environment))
+
+
+class WithoutShell(ClientTest):
+    def test_version_and_help(self):
+        self.assertRegex(self.quillon("--version")[1], r"^quillon \d+\.\d+\.\d+\n$")
+        self.assertIn("quillon exec [-C DIR] [-f] WORD...", self.quillon("--help")[1])
+
+    def test_usage_errors(self):
+        for words in (["exec"], ["exec", "-z", "x"], ["locate"], ["find", "a", "b"], ["edit", "x"], ["--bad"]):
+            self.assertEqual(self.quillon(*words)[0], 64, words)
+
+    def test_asking_without_a_shell(self):
+        for words in (["find", "x"], ["locate", "x"], ["formats"], ["edit", "+3", "x.tex"], ["quit"]):
+            status, out, error = self.quillon(*words)
+            self.assertEqual((status, out), (69, ""), words)
+            self.assertEqual(error, 'quillon: the shell is not running; start it with "quillon"\n')
+
+    def test_asking_without_a_bus(self):
+        status, _, error = self.quillon("formats", DBUS_SESSION_BUS_ADDRESS="unix:path=/nowhere")
+        self.assertEqual(status, 69, error)
+
+
+class WithShell(ClientTest):
+    def setUp(self):
+        super().setUp()
+        self.shell = FakeShell()
+        self.addCleanup(self.shell.close)
+
+    def test_files_are_opened_one_by_one_and_the_shell_comes_forward(self):
+        for name in ("a.tex", "b c.tex", "é.tex"):
+            open(os.path.join(self.root, name), "w").close()
+        os.makedirs(self.root + "/sub")
+        raw = os.fsencode(self.root) + b"/\xff.tex"
+        open(raw, "w").close()
+        status, _, error = self.quillon("a.tex", "./b c.tex", "sub/../é.tex", os.fsdecode(raw),
+                                        XDG_ACTIVATION_TOKEN="token")
+        pump(lambda: len(self.shell.calls) == 5)
+        self.assertEqual(status, 0, error)
+        self.assertEqual(self.shell.calls, [
+            ("Open", self.root + "/a.tex"), ("Open", self.root + "/b c.tex"), ("Open", self.root + "/sub/../é.tex"),
+            ("OpenRaw", raw), ("Activate", {"activation-token": "token", "desktop-startup-id": "token"})])
+
+    def test_a_missing_file_is_said(self):
+        status, _, error = self.quillon("none.tex")
+        self.assertEqual((status, error), (1, "quillon: none.tex: No such file or directory\n"))
+
+    def test_no_file_brings_the_shell_forward(self):
+        self.assertEqual(self.quillon()[0], 0)
+        pump(lambda: self.shell.calls)
+        self.assertEqual(self.shell.calls, [("Activate", {})])
+
+    def test_texts(self):
+        self.assertEqual(self.quillon("find", "x.tex")[:2], (0, "one\ntwo\n"))
+        self.assertEqual(self.quillon("formats")[:2], (0, "plain\nlatex\n"))
+        self.assertEqual(self.quillon("locate", "x.tex")[:2], (0, "/tex/x.tex\n"))
+        self.assertEqual(self.quillon("locate", "y.tex")[:2], (1, ""))
+
+    def test_quit(self):
+        self.assertEqual(self.quillon("quit")[0], 0)
+        self.assertEqual(self.shell.calls, [("Quit",)])
+
+    def test_exec_prints_the_console_and_has_the_runs_status(self):
+        def answer(reply, error):
+            self.shell.ConsoleText("Processing\r")
+            self.shell.ConsoleText("done é\r")
+            reply(1)
+
+        self.shell.answer = answer
+        status, out, _ = self.quillon("exec", "pdftex", "a b.tex", "")
+        self.assertEqual((status, out), (1, "Processing\ndone é\n"))
+        self.assertEqual(self.shell.calls, [("Follow", True), ("Exec", 'pdftex a\x1fb.tex ""', self.root)])
+
+    def test_exec_in_another_folder(self):
+        os.makedirs(self.root + "/sub")
+        self.assertEqual(self.quillon("exec", "-C", "sub/", "bibtex", "x")[0], 0)
+        self.assertEqual(self.shell.calls[1], ("Exec", "bibtex x", self.root + "/sub"))
+
+    def test_exec_of_bytes(self):
+        self.assertEqual(self.quillon("exec", "tex", os.fsdecode(b"\xff.tex"))[0], 0)
+        self.assertEqual(self.shell.calls[1], ("ExecRaw", b"tex \xff.tex", self.root.encode()))
+
+    def test_exec_errors(self):
+        for name, wanted in (("NotRun", 127), ("UnknownCommand", 127), ("Busy", 75), ("Cancelled", 130)):
+            self.shell.answer = lambda reply, error, name=name: error(ShellError(name, "why " + name))
+            status, _, error = self.quillon("exec", "x")
+            self.assertEqual((status, error), (wanted, "quillon: why %s\n" % name))
+
+    def test_an_interrupt_cancels(self):
+        def answer(reply, error):
+            self.shell.pending = error
+
+        self.shell.answer = answer
+        process = self.start("exec", "x")
+        pump(lambda: self.shell.pending)
+        process.send_signal(signal.SIGINT)
+        self.assertEqual(self.finish(process)[0], 130)
+        self.assertIn(("Cancel",), self.shell.calls)
+
+    def test_a_shell_that_goes_during_a_run(self):
+        self.shell.answer = lambda reply, error: error(
+            dbus.DBusException("gone", name="org.freedesktop.DBus.Error.NoReply"))
+        status, _, error = self.quillon("exec", "x")
+        self.assertEqual((status, error), (69, "quillon: the shell has gone\n"))
+
+    def test_following_shows_the_tool_once_and_passes_answers(self):
+        tool = FakeTool(self.shell.bus)
+        self.addCleanup(tool.remove_from_connection)
+        finish = []
+
+        def answer(reply, error):
+            self.shell.ConsoleText("Processing\r")
+            tool.Output(dbus.Array(b"This is it\r\n? ", signature="y"))
+            tool.PropertiesChanged("org.quillon.Tool1", {"Waiting": True}, [])
+            finish.append(reply)
+
+        self.shell.answer = answer
+        process = self.start("exec", "-f", "x", stdin=subprocess.PIPE)
+        pump(lambda: finish)
+        process.stdin.write(b"h\n")
+        process.stdin.flush()
+        pump(lambda: tool.answers)
+        self.assertEqual(tool.answers, [b"h\n"])
+        tool.Output(dbus.Array(b"h\r\nhelp\n", signature="y"))
+        tool.PropertiesChanged("org.quillon.Tool1", {"Waiting": True}, [])
+        process.stdin.close()
+        pump(lambda: len(tool.answers) == 2)
+        self.assertEqual(tool.answers[1], b"\4")
+        self.shell.ConsoleText("This is it\r? h\rhe")
+        self.shell.ConsoleText("lp\rOutput shown\r")
+        finish[0](0)
+        pump(lambda: process.poll() is not None)
+        out = process.stdout.read().decode()
+        process.stdout.close()
+        process.stderr.close()
+        self.assertEqual(out, "Processing\nThis is it\r\n? h\r\nhelp\nOutput shown\n")
+
+
+@unittest.skipUnless(os.access(REAL_SHELL, os.X_OK), "the shell was not built")
+class RealShell(ClientTest):
+    def setUp(self):
+        super().setUp()
+        os.remove(self.root + "/config/Quillon Preferences")
+        with open(self.root + "/my file.tex", "w") as file:
+            file.write("Hi\\bye\n")
+        with open(self.root + "/err.tex", "w") as file:
+            file.write("\\wrong\n\\bye\n")
+
+    def test_exec_starts_a_headless_shell_and_ends_it(self):
+        status, out, error = self.quillon("exec", "pdftex", "my file.tex")
+        self.assertEqual(status, 0, out + error)
+        self.assertIn('Output written on "my file.pdf" (1 page', out)
+        self.assertTrue(os.path.exists(self.root + "/my file.pdf"))
+        self.assertTrue(os.path.exists(self.root + "/config/Quillon Preferences"))
+        self.assertFalse(dbus.SessionBus().name_has_owner(NAME))
+
+    def test_exec_without_a_bus(self):
+        status, out, error = self.quillon("exec", "pdftex", "my file.tex",
+                                          DBUS_SESSION_BUS_ADDRESS="unix:path=/nowhere", XDG_RUNTIME_DIR="/nowhere")
+        self.assertEqual(status, 0, out + error)
+
+    def test_the_status_is_the_runs(self):
+        status, out, error = self.quillon("exec", "pdftex", "err.tex")
+        self.assertEqual(status, 1, out + error)
+        self.assertIn("! Undefined control sequence.", out)
+
+    def test_an_unknown_command(self):
+        self.assertEqual(self.quillon("exec", "latex", "x")[0], 127)
+
+    def test_answers_reach_tex(self):
+        process = self.start("exec", "-f", "pdftex", "err.tex", stdin=subprocess.PIPE)
+        process.stdin.write(b"h\n\n")
+        process.stdin.flush()
+        status, out, error = self.finish(process)
+        self.assertEqual(out.count("The control sequence at the end"), 1, out + error)
+        self.assertEqual(out.count("! Undefined control sequence."), 1, out)
+
+    def test_an_interrupt_leaves_nothing(self):
+        with open(self.root + "/loop.tex", "w") as file:
+            file.write("\\immediate\\write16{looping}\\def\\x{\\x}\\x\n")
+        process = self.start("exec", "-f", "pdftex", "loop.tex")
+        seen = b""
+        while b"looping" not in seen:
+            block = os.read(process.stdout.fileno(), 4096)
+            self.assertTrue(block, seen)
+            seen += block
+        process.send_signal(signal.SIGINT)
+        status, out, error = self.finish(process)
+        self.assertEqual(status, 130, out + error)
+        self.assertFalse(dbus.SessionBus().name_has_owner(NAME))
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
