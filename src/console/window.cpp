@@ -94,9 +94,10 @@ WindowRef SetUpTextWindow(const char *title, int make_window) {
     }
     if (!window)
         return nullptr;
-    text = TXNNewObject(window);
-    if (!text)
+    const TXNObject made = TXNNewObject(window);
+    if (!made)
         return nullptr;
+    text = made;
     TXNSetMargins(text, margin);
     SetFontAndSize();
     TXNShowSelection(text, 0);
