@@ -180,7 +180,7 @@ std::size_t RunParser::open_file(std::string_view text) {
     }
     int candidates = 0;
     for (std::size_t end = 1; found.empty() || taken > 0; end++) {
-        if (text.starts_with('"') || end > text.size() || end > 4096 || candidates >= 12)
+        if (text.starts_with('"') || end > text.size() || end > 4096 || candidates >= 64)
             break;
         if (end < text.size() && std::string_view(" )([{<").find(text[end]) == std::string_view::npos)
             continue;

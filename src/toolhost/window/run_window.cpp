@@ -1,0 +1,235 @@
+#include "window/run_window.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QFontDatabase>
+#include <QHBoxLayout>
+#include <QScrollBar>
+#include <QShortcut>
+#include <QVBoxLayout>
+
+#include "desktop/icon.h"
+
+namespace toolhost {
+
+namespace {
+
+constexpr int most_lines = 5000;
+constexpr std::size_t block_size = 32768;
+
+QLabel *quiet_label(QWidget *parent) {
+    auto *const label = new QLabel(parent);
+    label->setForegroundRole(QPalette::PlaceholderText);
+    return label;
+}
+
+} // namespace
+
+RunWindow::RunWindow(const ToolWindowHost &host) : host_(host) {
+    const QString tool = QString::fromUtf8(host.tool);
+    setWindowTitle(tool + QStringLiteral(" – Quillon"));
+    setWindowIcon(quillon::desktop::shell_icon());
+    setAttribute(Qt::WA_ShowWithoutActivating);
+
+    text_ = new QPlainTextEdit(this);
+    text_->setReadOnly(true);
+    text_->setUndoRedoEnabled(false);
+    text_->setMaximumBlockCount(most_lines);
+    text_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    text_->setLineWrapMode(QPlainTextEdit::WidgetWidth);
+    text_->setWordWrapMode(QTextOption::WrapAnywhere);
+    text_->setAccessibleName(tr("Output of %1").arg(tool));
+
+    auto *const layout = new QVBoxLayout(this);
+    layout->setContentsMargins(12, 12, 12, 12);
+    layout->setSpacing(10);
+    layout->addWidget(make_head());
+    layout->addWidget(text_, 1);
+    answers_ = make_answers();
+    layout->addWidget(answers_);
+    answers_->hide();
+
+    for (const auto &keys : {QKeySequence(Qt::Key_Escape), QKeySequence(Qt::CTRL | Qt::Key_Period)}) {
+        auto *const shortcut = new QShortcut(keys, this);
+        connect(shortcut, &QShortcut::activated, this, [this] { cancel(); });
+    }
+    resize(760, 460);
+}
+
+// The command over the pages and the time; Cancel beside them.
+QWidget *RunWindow::make_head() {
+    auto *const head = new QWidget(this);
+    auto *const command = new QLabel(head);
+    QFont bold = command->font();
+    bold.setBold(true);
+    command->setFont(bold);
+    command->setTextFormat(Qt::PlainText);
+    command->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    command->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    QString line = QString::fromUtf8(host_.command).trimmed();
+    line.replace(QChar(31), QChar(0xA0));
+    command->setText(line);
+    command->setToolTip(line);
+
+    says_ = quiet_label(head);
+    pages_ = quiet_label(head);
+    time_ = quiet_label(head);
+    cancel_ = new QPushButton(tr("&Cancel"), head);
+    cancel_->setToolTip(tr("Stop the run (Escape)"));
+    cancel_->setAutoDefault(false);
+    connect(cancel_, &QPushButton::clicked, this, [this] { cancel(); });
+
+    auto *const facts = new QHBoxLayout;
+    facts->setSpacing(18);
+    facts->addWidget(says_);
+    facts->addWidget(pages_);
+    facts->addWidget(time_);
+    facts->addStretch(1);
+    auto *const texts = new QVBoxLayout;
+    texts->setSpacing(3);
+    texts->addWidget(command);
+    texts->addLayout(facts);
+    auto *const layout = new QHBoxLayout(head);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addLayout(texts, 1);
+    layout->addWidget(cancel_, 0, Qt::AlignTop);
+    return head;
+}
+
+void RunWindow::add_answer(QWidget *row, const QString &title, const QString &hint, const char *line) {
+    auto *const button = new QPushButton(title, row);
+    button->setToolTip(hint);
+    button->setAutoDefault(false);
+    const QByteArray bytes(line);
+    connect(button, &QPushButton::clicked, this, [this, bytes] { send(bytes); });
+    row->layout()->addWidget(button);
+}
+
+QWidget *RunWindow::make_answers() {
+    auto *const answers = new QWidget(this);
+    auto *const layout = new QVBoxLayout(answers);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(8);
+
+    auto *const line = new QHBoxLayout;
+    auto *const label = new QLabel(tr("&Answer:"), answers);
+    answer_ = new QLineEdit(answers);
+    answer_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    answer_->setAccessibleName(tr("Answer to the program"));
+    label->setBuddy(answer_);
+    auto *const give = new QPushButton(tr("&Return"), answers);
+    give->setDefault(true);
+    const auto send_line = [this] { send(answer_->text().toUtf8() + '\n'); };
+    connect(answer_, &QLineEdit::returnPressed, this, send_line);
+    connect(give, &QPushButton::clicked, this, send_line);
+    line->addWidget(label);
+    line->addWidget(answer_, 1);
+    line->addWidget(give);
+    layout->addLayout(line);
+    if (!host_.answers_are_tex)
+        return answers;
+
+    auto *const row = new QWidget(answers);
+    auto *const buttons = new QHBoxLayout(row);
+    buttons->setContentsMargins(0, 0, 0, 0);
+    buttons->setSpacing(6);
+    add_answer(row, tr("&Edit"), tr("e: stop, and open the editor at the error"), "e\n");
+    add_answer(row, tr("&Help"), tr("h: what the error means"), "h\n");
+    add_answer(row, tr("&Scroll"), tr("s: show the coming errors without stopping"), "s\n");
+    add_answer(row, tr("R&un"), tr("r: run on without stopping"), "r\n");
+    add_answer(row, tr("&Quiet"), tr("q: run on in silence"), "q\n");
+    add_answer(row, tr("E&xit"), tr("x: stop the run"), "x\n");
+    auto *const insert = new QPushButton(tr("&Insert"), row);
+    insert->setToolTip(tr("i: insert the text typed in the line"));
+    insert->setAutoDefault(false);
+    connect(insert, &QPushButton::clicked, this, [this] { send("i" + answer_->text().toUtf8() + '\n'); });
+    buttons->addWidget(insert);
+    buttons->addStretch(1);
+    layout->addWidget(row);
+    return answers;
+}
+
+void RunWindow::send(const QByteArray &line) {
+    host_.answer(host_.context, line.constData(), static_cast<std::size_t>(line.size()));
+    answer_->clear();
+    refresh();
+}
+
+void RunWindow::cancel() {
+    cancel_->setEnabled(false);
+    host_.cancel(host_.context);
+}
+
+// Closing the window stops the run; the window goes when the run has.
+void RunWindow::closeEvent(QCloseEvent *event) {
+    ToolWindowState state;
+    host_.state(host_.context, &state);
+    if (state.running) {
+        event->ignore();
+        cancel();
+    }
+}
+
+void RunWindow::show_text() {
+    char block[block_size];
+    std::size_t size;
+    QString text;
+    while ((size = host_.take_text(host_.context, block, sizeof block)) > 0)
+        text += QString(decoder_(QByteArrayView(block, static_cast<qsizetype>(size))));
+    if (text.isEmpty())
+        return;
+    QString lines;
+    lines.reserve(text.size());
+    for (const QChar c : text) {
+        if (c == u'\n' && after_return_) {
+            after_return_ = false;
+            continue;
+        }
+        after_return_ = c == u'\r';
+        lines += c == u'\r' ? QChar(u'\n') : c.isNull() ? QChar(0x2400) : c;
+    }
+    QScrollBar *const bar = text_->verticalScrollBar();
+    const bool at_end = bar->value() >= bar->maximum() - 1;
+    QTextCursor end(text_->document());
+    end.movePosition(QTextCursor::End);
+    end.insertText(lines);
+    if (at_end)
+        bar->setValue(bar->maximum());
+}
+
+void RunWindow::show_state(const ToolWindowState &state) {
+    const auto seconds = static_cast<int>(state.milliseconds / 1000);
+    says_->setText(state.cancelling ? tr("Stopping…")
+                   : state.waiting  ? tr("Waits for an answer")
+                                    : tr("Running"));
+    pages_->setText(state.pages == 0   ? QString()
+                    : state.pages == 1 ? tr("1 page")
+                                       : tr("%1 pages").arg(state.pages));
+    pages_->setVisible(state.pages > 0);
+    time_->setText(QStringLiteral("%1:%2").arg(seconds / 60).arg(seconds % 60, 2, 10, QChar(u'0')));
+    cancel_->setEnabled(!state.cancelling);
+    const bool waiting = state.waiting && !state.cancelling;
+    if (waiting == waiting_)
+        return;
+    waiting_ = waiting;
+    answers_->setVisible(waiting);
+    if (waiting) {
+        answer_->setFocus();
+        activateWindow();
+        raise();
+        QApplication::alert(this);
+        text_->verticalScrollBar()->setValue(text_->verticalScrollBar()->maximum());
+    }
+}
+
+bool RunWindow::refresh() {
+    ToolWindowState state;
+    host_.state(host_.context, &state);
+    if (!state.running)
+        return false;
+    show_text();
+    show_state(state);
+    return true;
+}
+
+} // namespace toolhost

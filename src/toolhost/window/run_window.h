@@ -1,0 +1,50 @@
+// The window of one run: what the program prints, how far it is, a line to answer it, Cancel.
+#ifndef QUILLON_TOOLHOST_WINDOW_RUN_WINDOW_H
+#define QUILLON_TOOLHOST_WINDOW_RUN_WINDOW_H
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QStringDecoder>
+#include <QWidget>
+
+#include "window/tool_window.h"
+
+namespace toolhost {
+
+class RunWindow : public QWidget {
+  public:
+    explicit RunWindow(const ToolWindowHost &host);
+
+    // Shows what is new; false when the run has ended.
+    bool refresh();
+
+  protected:
+    void closeEvent(QCloseEvent *event) override;
+
+  private:
+    QWidget *make_head();
+    QWidget *make_answers();
+    void add_answer(QWidget *row, const QString &title, const QString &hint, const char *line);
+    void send(const QByteArray &line);
+    void cancel();
+    void show_text();
+    void show_state(const ToolWindowState &state);
+
+    const ToolWindowHost &host_;
+    QLabel *pages_;
+    QLabel *time_;
+    QLabel *says_;
+    QPlainTextEdit *text_;
+    QWidget *answers_;
+    QLineEdit *answer_;
+    QPushButton *cancel_;
+    QStringDecoder decoder_{QStringDecoder::Utf8};
+    bool after_return_ = false;
+    bool waiting_ = false;
+};
+
+} // namespace toolhost
+
+#endif

@@ -1,0 +1,63 @@
+#include "window/tool_window.h"
+
+#include <QApplication>
+#include <QEventLoop>
+#include <QSocketNotifier>
+#include <QTimer>
+
+#include "desktop/display.h"
+#include "window/run_window.h"
+
+namespace {
+
+constexpr int refresh_milliseconds = 50;
+
+// One application object for the host's whole life; the toolkit allows no second.
+bool application() {
+    static QApplication *made = nullptr;
+    if (made)
+        return true;
+    if (!quillon::desktop::display_opens())
+        return false;
+    static int count = 1;
+    static char name[] = "quillon";
+    static char *values[] = {name, nullptr};
+    QGuiApplication::setDesktopFileName(QStringLiteral("org.quillon.Shell"));
+    QApplication::setApplicationName(QStringLiteral("Quillon"));
+    QApplication::setQuitOnLastWindowClosed(false);
+    made = new QApplication(count, values);
+    return true;
+}
+
+} // namespace
+
+extern "C" __attribute__((visibility("default"))) int quillon_tool_window(const ToolWindowHost *host) {
+    if (!application())
+        return 0;
+    QEventLoop loop;
+    toolhost::RunWindow window(*host);
+    QTimer timer;
+    const auto refresh = [&] {
+        if (!window.refresh())
+            loop.quit();
+    };
+    QObject::connect(&timer, &QTimer::timeout, refresh);
+    QSocketNotifier notifier(host->event_descriptor, QSocketNotifier::Read);
+    QObject::connect(&notifier, &QSocketNotifier::activated, [&] {
+        host->step(host->context);
+        ToolWindowState state;
+        host->state(host->context, &state);
+        if (!state.running)
+            loop.quit();
+    });
+    // What the host prepared before it came here.
+    host->step(host->context);
+    if (!window.refresh())
+        return 1;
+    timer.start(refresh_milliseconds);
+    window.show();
+    loop.exec();
+    window.hide();
+    QApplication::processEvents();
+    return 1;
+}
