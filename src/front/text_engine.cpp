@@ -102,7 +102,7 @@ void TXNClear(TXNObject text) {
 OSErr TXNGetLineCount(TXNObject text, std::uint32_t *lines) {
     if (!text)
         return paramErr;
-    *lines = static_cast<std::uint32_t>(text->store.line_count());
+    *lines = static_cast<std::uint32_t>(text->store.line_ends());
     return noErr;
 }
 

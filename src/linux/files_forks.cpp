@@ -118,7 +118,12 @@ OSErr SetEOF(std::int16_t reference, long length) {
     const int *const fd = fork_of(reference);
     if (!fd)
         return fnOpnErr;
-    return ::ftruncate(*fd, length) == 0 ? OSErr{noErr} : ErrorCode(errno);
+    if (::ftruncate(*fd, length) != 0)
+        return ErrorCode(errno);
+    // The mark never stands behind the end.
+    if (::lseek(*fd, 0, SEEK_CUR) > length)
+        ::lseek(*fd, length, SEEK_SET);
+    return noErr;
 }
 
 OSErr FSClose(std::int16_t reference) {

@@ -32,7 +32,7 @@ OSErr TXNSetData(TXNObject text, const void *data, std::size_t size);
 std::size_t TXNGetData(TXNObject text, std::size_t start, std::size_t end, void *data, std::size_t room);
 std::size_t TXNDataSize(TXNObject text);
 void TXNClear(TXNObject text);
-// The number of line ends (byte 13), plus one when anything stands after the last.
+// The number of line ends (byte 13): it grows when a line is completed, by output or by a typed Return.
 OSErr TXNGetLineCount(TXNObject text, std::uint32_t *lines);
 void TXNGetSelection(TXNObject text, std::size_t *start, std::size_t *end);
 // Writes the whole text to the open data fork from its start. The first failing code.
