@@ -1,0 +1,122 @@
+#include <QAbstractButton>
+#include <QApplication>
+#include <QDialog>
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <gtest/gtest.h>
+
+#include "desktop/choosers.h"
+#include "desktop/desktop_entries.h"
+#include "desktop/message_windows.h"
+
+namespace quillon::desktop {
+
+namespace {
+
+// Presses the control of that number in the window that shows next; the number of buttons the window has.
+void press_next(int control, int *buttons) {
+    QTimer::singleShot(0, [control, buttons] {
+        QWidget *const window = QApplication::activeModalWidget();
+        if (!window)
+            return;
+        const auto all = window->findChildren<QAbstractButton *>();
+        *buttons = static_cast<int>(all.size());
+        for (QAbstractButton *const button : all)
+            if (button->property("controlID").toInt() == control)
+                button->click();
+        if (window->isVisible()) // no such control: do not wait for ever
+            qobject_cast<QDialog *>(window)->reject();
+    });
+}
+
+int answer_of(const char *name, int control, int *buttons) {
+    *buttons = 0;
+    press_next(control, buttons);
+    return run_message_window(name, nullptr);
+}
+
+void write_file(const QString &path, const QByteArray &contents) {
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(contents);
+}
+
+} // namespace
+
+TEST(MessageWindows, EveryWindowEndsWithOk) {
+    for (const char *const name : {"about box", "Quit", "ConfirmDelete", "LongName", "alert 900"}) {
+        int buttons = 0;
+        EXPECT_EQ(answer_of(name, 1, &buttons), 1) << name;
+        EXPECT_GE(buttons, 1) << name;
+    }
+}
+
+TEST(MessageWindows, OnlyTheConfirmationCanBeCancelled) {
+    int buttons = 0;
+    EXPECT_EQ(answer_of("ConfirmDelete", 2, &buttons), 0);
+    EXPECT_EQ(buttons, 2);
+    for (const char *const name : {"about box", "Quit", "LongName", "alert 900"}) {
+        answer_of(name, 1, &buttons);
+        EXPECT_EQ(buttons, 1) << name;
+    }
+}
+
+TEST(MessageWindows, UnknownNameIsCancelled) {
+    EXPECT_EQ(run_message_window("no such window", nullptr), 0);
+}
+
+TEST(Choosers, FilterRecordBecomesANameFilter) {
+    NavMenuItem item;
+    item.creator = four("1000");
+    item.type = four("1000");
+    item.text.copy("All files with .aux extension");
+    EXPECT_EQ(name_filter(item), QStringLiteral("All files with .aux extension (*.aux)"));
+    item.creator = four("2000");
+    item.text.copy("All files with glo extension");
+    EXPECT_EQ(name_filter(item), QStringLiteral("All files with glo extension (*.glo)"));
+    item.creator = four("4000");
+    item.text.copy("All files");
+    EXPECT_EQ(name_filter(item), QStringLiteral("All files (*)"));
+}
+
+TEST(DesktopEntries, ReadsApplicationsAndLeavesOutWhatIsHidden) {
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("a.desktop"));
+    write_file(path,
+               "[Desktop Entry]\nType=Application\nName=Editor\nComment=Edits\nIcon=edit\nExec=true %f\n"
+               "[Desktop Action new]\nName=New window\n");
+    const DesktopEntry entry = read_desktop_entry(path);
+    EXPECT_EQ(entry.name, QStringLiteral("Editor"));
+    EXPECT_EQ(entry.icon, QStringLiteral("edit"));
+    EXPECT_EQ(entry.path, path);
+    for (const char *const line : {"NoDisplay=true\n", "Hidden=true\n", "TryExec=/no/such/program\n",
+                                   "Type=Link\n", "OnlyShowIn=NoSuchDesktop;\n"}) {
+        write_file(path, QByteArray("[Desktop Entry]\nType=Application\nName=Editor\nExec=true\n") + line);
+        EXPECT_TRUE(read_desktop_entry(path).path.isEmpty()) << line;
+    }
+}
+
+TEST(DesktopEntries, UsersOwnEntryHidesTheInstalledOne) {
+    const QTemporaryDir data, system;
+    const QByteArray before_home = qgetenv("XDG_DATA_HOME"), before_dirs = qgetenv("XDG_DATA_DIRS");
+    for (const QTemporaryDir *const root : {&data, &system})
+        QDir(root->path()).mkdir(QStringLiteral("applications"));
+    write_file(system.filePath(QStringLiteral("applications/b.desktop")),
+               "[Desktop Entry]\nType=Application\nName=Zeta\nExec=true\n");
+    write_file(system.filePath(QStringLiteral("applications/a.desktop")),
+               "[Desktop Entry]\nType=Application\nName=Theirs\nExec=true\n");
+    write_file(data.filePath(QStringLiteral("applications/a.desktop")),
+               "[Desktop Entry]\nType=Application\nName=Mine\nExec=true\n");
+    qputenv("XDG_DATA_HOME", data.path().toUtf8());
+    qputenv("XDG_DATA_DIRS", system.path().toUtf8());
+    const QList<DesktopEntry> entries = installed_applications();
+    qputenv("XDG_DATA_HOME", before_home);
+    qputenv("XDG_DATA_DIRS", before_dirs);
+    ASSERT_EQ(entries.size(), 2);
+    EXPECT_EQ(entries[0].name, QStringLiteral("Mine"));
+    EXPECT_EQ(entries[1].name, QStringLiteral("Zeta"));
+}
+
+} // namespace quillon::desktop
