@@ -1,5 +1,6 @@
 #include "files/paths.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -16,6 +17,7 @@ namespace {
 constexpr std::size_t conversion_size = 1024;
 // What access, the oldest of the conversions, takes of a name and the current folder together.
 constexpr std::size_t access_limit = 511;
+constexpr char colon_substitute = 30; // stands for a ":" in a name
 
 void replace(char *text, char from, char to) {
     for (; *text; text++)
@@ -49,6 +51,27 @@ int folder_entry(std::int16_t volume, std::int32_t *dir_id, std::int32_t *parent
     *dir_id = block.ioDirID;
     *parent = block.ioFlParID;
     return 1;
+}
+
+// The Unix path of a POSIX path whose folder is missing: nothing can be looked up, so the text alone is
+// turned. 0 when it steps upwards, stands directly in the root folder or does not fit.
+int unix_text(std::string_view posix_path, BoundedBuffer &out) {
+    int components = 0, fits = 1;
+    while (!posix_path.empty() && fits) {
+        const std::size_t length = std::min(posix_path.find('/'), posix_path.size());
+        const std::string_view component = posix_path.substr(0, length);
+        posix_path.remove_prefix(std::min(length + 1, posix_path.size()));
+        if (component.empty() || component == ".")
+            continue;
+        fits = component != ".." && out.append("/") && out.append(component);
+        components++;
+    }
+    replace(out.data(), ':', colon_substitute);
+    convert_space(out.data());
+    if (fits && components > 1)
+        return 1;
+    out.clear();
+    return 0;
 }
 
 // The folder of the location, SEPARATOR and the leaf; empty when the folder has gone or the path does not
@@ -262,9 +285,10 @@ int PosixToUnixPath(const char *posix_path, BoundedBuffer &out) {
     FSSpec spec;
     out.clear();
     const OSErr error = FSPathMakeSpec(posix_path, &spec);
-    if (error != noErr && error != fnfErr)
-        return 0;
-    FSSpecToUnixPath(&spec, out);
+    if (error == noErr || error == fnfErr)
+        FSSpecToUnixPath(&spec, out);
+    else if (error == dirNFErr || error == nsvErr)
+        return unix_text(posix_path, out);
     return !out.empty();
 }
 

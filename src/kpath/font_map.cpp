@@ -38,12 +38,17 @@ struct FontMap {
 
 namespace {
 
-// Kept on purpose: the walk takes the bucket's head along, so a bucket holds one entry after an insertion and
-// a repeated alias keeps its first file name. What the walk leaves behind is never freed.
+// Kept on purpose: the walk takes the bucket's head along and drops what it passes, so a bucket holds one
+// entry after an insertion and a repeated alias keeps its first file name.
 void insert(FontMap *map, const char *alias, const char *file_name) {
     FontMapEntry **const head = &map->buckets[hash_of(alias)];
-    while (*head && std::strcmp((*head)->key, alias) != 0)
-        *head = (*head)->next;
+    while (*head && std::strcmp((*head)->key, alias) != 0) {
+        FontMapEntry *const passed = *head;
+        *head = passed->next;
+        std::free(passed->key);
+        std::free(passed->value);
+        std::free(passed);
+    }
     if (*head)
         return;
     auto *const entry = static_cast<FontMapEntry *>(xmalloc(entry_size));

@@ -211,6 +211,11 @@ TEST_F(Paths, PosixPathsBecomeUnixPaths) {
     EXPECT_EQ(unix_path("/tmp"), "/tmp");
     EXPECT_EQ(unix_path("/tmp/"), "/tmp");
     EXPECT_EQ(unix_path("/no-such-file-here"), "refused");
+    EXPECT_EQ(unix_path("/no-such-folder//a b/./c:d/"), "/no-such-folder/a\xca"
+                                                        "b/c\x1e"
+                                                        "d");
+    EXPECT_EQ(unix_path(home_.path("none/deeper/x")), home_.path("none/deeper/x"));
+    EXPECT_EQ(unix_path("/no-such-folder/" + std::string(2000, 'x')), "refused");
     EXPECT_EQ(unix_path("relative/x"), "refused");
     EXPECT_EQ(unix_path(""), "refused");
     BoundedString<16> small;

@@ -19,11 +19,17 @@ class FontMaps : public testing::Test {
     TemporaryHome home_;
     RecordingFront front_;
 
+    // A map lives as long as the process.
+    static std::vector<FontMap *> &maps() {
+        static auto *const made = new std::vector<FontMap *>;
+        return *made;
+    }
     std::string lookup(const std::string &map_file, const char *name) {
         home_.file("work/texfonts.map", map_file);
         std::string folder = home_.path("work/");
         char *list[] = {folder.data(), nullptr};
-        return taken(map_lookup(map_create(list), name));
+        maps().push_back(map_create(list));
+        return taken(map_lookup(maps().back(), name));
     }
     std::vector<std::string> lines(const std::string &bytes) {
         home_.file("work/lines", bytes);
@@ -78,7 +84,8 @@ TEST_F(FontMaps, BytesAboveAsciiCountAsSigned) {
 TEST_F(FontMaps, FoldersWithoutAMapAreSkipped) {
     std::string none = home_.path("none/");
     char *list[] = {none.data(), nullptr};
-    EXPECT_EQ(taken(map_lookup(map_create(list), "x")), "(null)");
+    maps().push_back(map_create(list));
+    EXPECT_EQ(taken(map_lookup(maps().back(), "x")), "(null)");
 }
 
 TEST_F(FontMaps, LastLineWithoutALineEndIsLost) {
