@@ -1,5 +1,5 @@
 // The list of applications, with a way to any other.
-#include <QCoreApplication>
+#include <QApplication>
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QFileDialog>
@@ -8,6 +8,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QStyle>
 #include <QVBoxLayout>
 
 #include "desktop/choosers.h"
@@ -19,11 +20,14 @@ namespace {
 
 constexpr int list_width = 420, list_height = 380, icon_size = 24, path_role = Qt::UserRole;
 
+// Every row has an icon, so that the names stand in one column.
 QIcon entry_icon(const QString &name) {
-    const QIcon generic = QIcon::fromTheme(QStringLiteral("application-x-executable"));
+    const QIcon plain = QApplication::style()->standardIcon(QStyle::SP_FileIcon);
+    const QIcon generic = QIcon::fromTheme(QStringLiteral("application-x-executable"), plain);
     if (name.startsWith(u'/'))
         return QFile::exists(name) ? QIcon(name) : generic;
-    return QIcon::fromTheme(name, generic);
+    const QIcon icon = QIcon::fromTheme(name, generic);
+    return icon.availableSizes().isEmpty() ? generic : icon;
 }
 
 void add_row(QListWidget *list, const DesktopEntry &entry) {
