@@ -5,7 +5,7 @@
 
 packages_of() {
     case $1 in
-    build) echo "cmake ninja-build g++ pkg-config libsystemd-dev qt6-base-dev libgtest-dev" ;;
+    build) echo "cmake ninja-build g++ pkg-config libsystemd-dev zlib1g-dev qt6-base-dev libgtest-dev" ;;
     run) echo "dbus qt6-qpa-plugins texlive-binaries texlive-latex-base texlive-metapost ghostscript" ;;
     test) echo "dbus xvfb openbox xdotool imagemagick python3 python3-dbus python3-gi clang-format" ;;
     esac
@@ -39,11 +39,12 @@ packages_install() {
             DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends $missing >&2; }
 }
 
-# Builds everything into the folder $1; configures only when that was never done.
+# Builds the sources in $1 into the folder $2, with further options for cmake; configures only when that was never
+# done.
 quillon_build() {
     local source=$1 build=$2
     if [[ ! -e $build/build.ninja ]]; then
-        cmake -S "$source" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >&2 || return 1
+        cmake -S "$source" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo "${@:3}" >&2 || return 1
     fi
     ninja -C "$build" --quiet >&2
 }
