@@ -22,7 +22,7 @@ ALLOWED = {
     "headless": (*SHELL, "toolbox", "front", "linux"),
     "desktop": (*SHELL, "toolbox", "front", "linux"),
     "program": (*SHELL, "toolbox", "front", "linux", "headless"),
-    "toolhost": ("toolbox",),
+    "toolhost": ("toolbox", "window", "desktop"),
     "setpaths": ("toolbox", "toolhost"),
     "client": ("toolbox",),
     "helpers": ("toolbox",),
@@ -100,7 +100,7 @@ def open_text(path):
 
 
 def format_():
-    files = sources("src/**/*.cpp", "src/**/*.h", "tests/**/*.cpp", "tests/**/*.h", "bench/**/*.cpp")
+    files = sources("src/**/*.cpp", "src/**/*.h", "tests/**/*.cpp", "tests/**/*.h", "benchmarks/**/*.cpp")
     done = subprocess.run(["clang-format", "--dry-run", "-Werror", *files], capture_output=True, text=True,
                           check=False, cwd=ROOT)
     return [line for line in done.stderr.split("\n") if "error:" in line]

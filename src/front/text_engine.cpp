@@ -1,7 +1,6 @@
 // The text engine over the text store; what is seen of it is the front's.
 #include "toolbox/text_engine.h"
 
-#include "core/job_state.h"
 #include "front/front.h"
 #include "front/text_store.h"
 #include "toolbox/files.h"
