@@ -178,24 +178,25 @@ std::size_t RunParser::open_file(std::string_view text) {
             taken = end + 1;
         }
     }
+    constexpr std::string_view ends = " )([{<";
     int candidates = 0;
-    for (std::size_t end = 1; found.empty() || taken > 0; end++) {
-        if (text.starts_with('"') || end > text.size() || end > 4096 || candidates >= 64)
-            break;
-        if (end < text.size() && std::string_view(" )([{<").find(text[end]) == std::string_view::npos)
-            continue;
-        const std::string_view name = text.substr(0, end);
-        if (name.find_first_of("./") == std::string_view::npos || looks_ >= most_looks)
+    bool looks_like_a_name = false;
+    const bool bare = !text.empty() && text[0] != '"' && ends.find(text[0]) == std::string_view::npos;
+    for (std::size_t end = 1; bare && end <= text.size() && end <= 4096 && candidates < 64; end++) {
+        looks_like_a_name = looks_like_a_name || text[end - 1] == '.' || text[end - 1] == '/';
+        if (end < text.size() && ends.find(text[end]) == std::string_view::npos)
             continue;
         candidates++;
+        if (!looks_like_a_name || looks_ >= most_looks)
+            continue;
         looks_++;
-        const std::string file = absolute_path(folder_, std::string(name));
-        if (is_regular_file(file)) {
-            found = file;
-            taken = end;
-            if (name.starts_with('/') || end == text.size() || text[end] != ' ')
-                break;
-        }
+        const std::string file = absolute_path(folder_, std::string(text.substr(0, end)));
+        if (!is_regular_file(file))
+            continue;
+        found = file;
+        taken = end;
+        if (text[0] == '/' || end == text.size() || text[end] != ' ')
+            break;
     }
     if (files_.size() < deepest)
         files_.push_back(found);

@@ -1,0 +1,158 @@
+"""The set-up: a fresh user, a user with values of their own, the databases."""
+
+import os
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+PROGRAM = os.path.join(os.environ["QUILLON_BUILD_FOLDER"], "lib/quillon/setpaths.app/Contents/Linux/setpaths")
+
+
+class SetpathsTest(unittest.TestCase):
+    def setUp(self):
+        self.root = tempfile.mkdtemp(prefix="quillon setpaths ")
+        self.addCleanup(shutil.rmtree, self.root, True)
+        self.environment = dict(os.environ, XDG_CONFIG_HOME=self.root + "/config dir", HOME=self.root,
+                                XDG_DATA_HOME=self.root + "/data", XDG_DATA_DIRS=self.root + "/share",
+                                XDG_CONFIG_DIRS=self.root + "/etc")
+        self.preferences = self.root + "/config dir/Quillon Preferences"
+        self.support = self.root + "/data/Quillon"
+
+    def run_it(self, *words, **environment):
+        result = subprocess.run([PROGRAM, *words], env=dict(self.environment, **environment), capture_output=True,
+                                text=True, timeout=60)
+        return result.returncode, result.stdout, result.stderr
+
+    def settings(self):
+        with open(self.preferences) as file:
+            return dict(line.rstrip("\n").split("=", 1) for line in file if "=" in line)
+
+    def unix(self, path):
+        return path.replace(" ", "\\x1f")
+
+    def test_a_fresh_user(self):
+        self.assertEqual(self.run_it("--defaults"), (0, "", ""))
+        settings = self.settings()
+        for key, value in {"SPACECHAR": "31", "USEPDFTEX": "1", "AUTOVIEW": "1", "DATABASE": "1",
+                           "PDFTEXFORMAT": "pdflatex"}.items():
+            self.assertEqual(settings[key], value)
+        formats = settings["TEXFORMATS"].split(":")
+        self.assertEqual(formats[0], self.unix(self.support + "/formats"))
+        self.assertTrue(any(os.path.exists(folder + "/pdflatex.fmt") for folder in formats))
+        for key, value in settings.items():
+            self.assertNotRegex(value, r"[{}!$ ]", key)
+        self.assertEqual(os.listdir(self.root + "/config dir"), ["Quillon Preferences"])
+
+    def test_every_default_lies_in_the_recorded_trees(self):
+        self.run_it("--defaults")
+        settings = self.settings()
+        trees = settings["TEXMFTREES"].split(":")
+        for key in ("TEXINPUTS", "TEXFONTS", "TYPE1FONTS", "VFFONTS", "DVIPSHEADERS", "BIBINPUTS"):
+            for element in settings[key].split(":"):
+                self.assertTrue(element == "." or any((element + "/").startswith(tree + "/") for tree in trees),
+                                (key, element))
+
+    def test_the_formats_folder_has_commented_files(self):
+        self.run_it("--defaults")
+        for name in ("tex.cnf", "pdftex.cnf"):
+            with open(self.support + "/formats/" + name) as file:
+                lines = file.read().splitlines()
+            self.assertGreater(len(lines), 2)
+            self.assertTrue(all(line.startswith("%") for line in lines))
+
+    def test_nothing_that_is_set_is_overwritten(self):
+        os.makedirs(self.root + "/config dir")
+        with open(self.preferences, "w") as file:
+            file.write("# mine\nUSEPDFTEX=0\nTEXINPUTS=/own\nAUTOVIEW=\n")
+        os.makedirs(self.support + "/formats")
+        with open(self.support + "/formats/tex.cnf", "w") as file:
+            file.write("mine\n")
+        self.assertEqual(self.run_it("--defaults")[0], 0)
+        settings = self.settings()
+        self.assertEqual((settings["USEPDFTEX"], settings["TEXINPUTS"], settings["AUTOVIEW"]), ("0", "/own", ""))
+        self.assertEqual(settings["DATABASE"], "1")
+        self.assertNotIn("SPACECHAR", settings)
+        with open(self.preferences) as file:
+            self.assertTrue(file.read().startswith("# mine\n"))
+        with open(self.support + "/formats/tex.cnf") as file:
+            self.assertEqual(file.read(), "mine\n")
+
+    def test_a_second_time_changes_nothing(self):
+        self.run_it("--defaults")
+        before = os.stat(self.preferences)
+        self.run_it("--defaults")
+        self.assertEqual(os.stat(self.preferences), before)
+
+    def test_the_databases(self):
+        self.run_it("--defaults")
+        for name, wanted in (("TEXINPUTS", "article.cls"), ("TEXFONTS", "cmr10.tfm"), ("TYPE1FONTS", "cmr10.pfb"),
+                             ("VFFONTS", None), ("DVIPSHEADERS", "texc.pro")):
+            folder = None
+            found = None
+            with open(self.support + "/" + name) as file:
+                for line in file:
+                    line = line.rstrip("\n")
+                    if line.startswith("/"):
+                        self.assertTrue(line.endswith("/"))
+                        folder = line
+                    else:
+                        self.assertIsNotNone(folder)
+                        self.assertFalse(line.startswith("0"))
+                        found = folder + line if line == wanted else found
+            if wanted:
+                self.assertTrue(os.path.exists(found), (name, wanted, found))
+
+    def test_databases_of_own_folders(self):
+        tree = self.root + "/own tree"
+        for name in ("a/x.tex", "a/b/y z.tex", "a/b/0skip.tex", ".hidden/h.tex", "é.tex"):
+            os.makedirs(os.path.dirname(os.path.join(tree, name)), exist_ok=True)
+            open(os.path.join(tree, name), "w").close()
+        os.symlink(tree, tree + "/a/loop")
+        os.makedirs(self.root + "/config dir")
+        with open(self.preferences, "w") as file:
+            file.write("SPACECHAR=31\nTEXINPUTS=.:%s//\nVFFONTS=%s/a\n" % (self.unix(tree), self.unix(tree)))
+        self.assertEqual(self.run_it("--databases"), (0, "", "") if os.path.isdir(self.support) else
+                         (1, "", self.run_it("--databases")[2]))
+        os.makedirs(self.support, exist_ok=True)
+        self.assertEqual(self.run_it("--databases"), (0, "", ""))
+        with open(self.support + "/TEXINPUTS") as file:
+            self.assertEqual(file.read(), (tree + "/\né.tex\n" + tree + "/a/\nx.tex\n" + tree +
+                                           "/a/b/\ny z.tex\n").replace(" ", "\x1f"))
+        with open(self.support + "/VFFONTS") as file:
+            self.assertEqual(file.read(), (tree + "/a/\nx.tex\n").replace(" ", "\x1f"))
+        self.assertEqual(sorted(os.listdir(self.support)),
+                         ["DVIPSHEADERS", "TEXFONTS", "TEXINPUTS", "TYPE1FONTS", "VFFONTS"])
+
+    def test_the_desktops_choice_is_proposed(self):
+        for name in ("view.desktop", "old.desktop", "write.desktop"):
+            os.makedirs(self.root + "/share/applications", exist_ok=True)
+            open(self.root + "/share/applications/" + name, "w").close()
+        os.makedirs(self.root + "/config dir")
+        with open(self.root + "/config dir/mimeapps.list", "w") as file:
+            file.write("[Added Associations]\napplication/pdf=old.desktop;\n[Default Applications]\n"
+                       "application/pdf=none.desktop;view.desktop;\n")
+        with open(self.root + "/share/applications/mimeinfo.cache", "w") as file:
+            file.write("[MIME Cache]\ntext/plain=write.desktop;\n")
+        self.run_it("--defaults")
+        settings = self.settings()
+        self.assertEqual(settings["PDFVIEW"], self.unix(self.root + "/share/applications/view.desktop"))
+        self.assertEqual(settings["Editor"], self.unix(self.root + "/share/applications/write.desktop"))
+        self.assertNotIn("VIEWPS", settings)
+
+    def test_without_a_distribution(self):
+        status, _, error = self.run_it("--defaults", PATH="/nowhere")
+        if "can't find a TeX" in error:
+            self.assertEqual(status, 0)
+            self.assertEqual(error, "setpaths: I can't find a TeX distribution\n")
+            self.assertEqual(self.settings()["SPACECHAR"], "31")
+        else:
+            self.assertIn("TEXBIN", self.settings())
+
+    def test_a_wrong_word(self):
+        self.assertEqual(self.run_it("--what")[0], 64)
+        self.assertFalse(os.path.exists(self.preferences))
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
