@@ -16,35 +16,43 @@
 
 namespace quillon {
 
-// One scan walks one snapshot; the user's other processes are read only when a scan gets that far.
+// One scan walks one snapshot of the programs and applications known; after them the user's other processes
+// are read one by one, as far as the scan goes.
 static std::vector<ProcessSerialNumber> snapshot;
-static bool snapshot_has_plain = false;
+static DIR *process_folder = nullptr;
 
 static bool known_already(pid_t pid) {
     return find_launched(pid) || find_peer(pid) || pid == getpid();
 }
 
-static void add_plain_processes() {
-    snapshot_has_plain = true;
-    DIR *const folder = opendir("/proc");
-    if (!folder)
-        return;
+static void stop_plain_scan() {
+    if (process_folder)
+        closedir(process_folder);
+    process_folder = nullptr;
+}
+
+// The next of the user's other processes; false at the end.
+static bool next_plain(ProcessSerialNumber *psn) {
+    if (!process_folder && !(process_folder = opendir("/proc")))
+        return false;
     const uid_t own = getuid();
-    while (const dirent *const entry = readdir(folder)) {
+    while (const dirent *const entry = readdir(process_folder)) {
         const pid_t pid = std::atoi(entry->d_name);
         struct stat status;
-        if (pid <= 0 || known_already(pid) || fstatat(dirfd(folder), entry->d_name, &status, 0) != 0 ||
-            status.st_uid != own)
+        if (pid <= 0 || known_already(pid) ||
+            fstatat(dirfd(process_folder), entry->d_name, &status, 0) != 0 || status.st_uid != own)
             continue;
-        snapshot.push_back({psn_plain, static_cast<std::uint32_t>(pid)});
+        *psn = {psn_plain, static_cast<std::uint32_t>(pid)};
+        return true;
     }
-    closedir(folder);
+    stop_plain_scan();
+    return false;
 }
 
 static void take_snapshot() {
     forget_ended_programs();
     snapshot.clear();
-    snapshot_has_plain = false;
+    stop_plain_scan();
     for (const Launched &program : launched_programs)
         if (is_listed(program))
             snapshot.push_back({psn_launched, static_cast<std::uint32_t>(program.pid)});
@@ -58,19 +66,25 @@ OSErr GetNextProcess(ProcessSerialNumber *psn) {
     std::size_t next = 0;
     if (SameProcess(psn, &kNoProcess)) {
         take_snapshot();
+    } else if (IsPlainProcess(psn)) {
+        next = snapshot.size();
     } else {
         while (next < snapshot.size() && !SameProcess(&snapshot[next], psn))
             next++;
         next++;
     }
-    if (next >= snapshot.size() && !snapshot_has_plain)
-        add_plain_processes();
-    if (next >= snapshot.size()) {
-        *psn = kNoProcess;
-        return procNotFound;
+    if (next < snapshot.size()) {
+        *psn = snapshot[next];
+        return noErr;
     }
-    *psn = snapshot[next];
-    return noErr;
+    if (next_plain(psn))
+        return noErr;
+    *psn = kNoProcess;
+    return procNotFound;
+}
+
+int IsPlainProcess(const ProcessSerialNumber *psn) {
+    return psn->highLongOfPSN == psn_plain;
 }
 
 static std::string executable_of(pid_t pid) {

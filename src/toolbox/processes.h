@@ -51,6 +51,9 @@ struct LaunchParamBlockRec {
 // The process after PSN (kNoProcess: the first); procNotFound at the end. In order: the programs launched from
 // here, the applications on the bus, the user's other processes.
 OSErr GetNextProcess(ProcessSerialNumber *psn);
+// 1 for one of the user's other processes: they come last, are known by their program (ProcessIsProgram), and have
+// no signature of their own.
+int IsPlainProcess(const ProcessSerialNumber *psn);
 OSErr GetProcessInformation(const ProcessSerialNumber *psn, ProcessInfoRec *info);
 OSErr GetCurrentProcess(ProcessSerialNumber *psn);
 OSErr GetFrontProcess(ProcessSerialNumber *psn);

@@ -26,7 +26,7 @@ static unsigned char process_name[64];
 // Scans the process list for the signature; 1 and its serial number, or 0.
 static int scan(OSType signature, ProcessSerialNumber *psn) {
     *psn = kNoProcess;
-    while (GetNextProcess(psn) == noErr) {
+    while (GetNextProcess(psn) == noErr && !IsPlainProcess(psn)) {
         thePInfo.processInfoLength = 60;
         thePInfo.processName = process_name;
         thePInfo.processAppSpec = nullptr;
