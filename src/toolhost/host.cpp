@@ -216,8 +216,7 @@ int Host::start_run(sd_bus_message *message, const Parameters &parameters) {
             auto *const host = static_cast<Host *>(self);
             if (host->desktop_)
                 host->want_window();
-            else
-                host->look_for_followers();
+            host->look_for_followers();
             return 0;
         },
         this);
@@ -342,8 +341,7 @@ void Host::run_waits(bool waits) {
         return;
     if (desktop_ && !window_failed_)
         want_window();
-    else
-        look_for_followers();
+    look_for_followers();
 }
 
 void Host::want_window() {

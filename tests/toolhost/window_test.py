@@ -88,7 +88,7 @@ class WindowTest(unittest.TestCase):
         self.press_until("alt+h", lambda: b"The control sequence at the end" in tool.output)
         wait_for(tool.waiting, "the prompt")
         self.xdotool("type", "x")
-        self.xdotool("key", "Return")
+        self.press_until("Return", lambda: tool.replies)
         self.assertIn(b"? x\r", log_of(tool.reply()))
         wait_for(lambda: not self.windows(), "the window to go")
 

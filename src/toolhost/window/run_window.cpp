@@ -150,6 +150,8 @@ QWidget *RunWindow::make_answers() {
 }
 
 void RunWindow::send(const QByteArray &line) {
+    if (!waiting_)
+        return;
     host_.answer(host_.context, line.constData(), static_cast<std::size_t>(line.size()));
     answer_->clear();
     refresh();
@@ -212,8 +214,9 @@ void RunWindow::show_state(const ToolWindowState &state) {
     if (waiting == waiting_)
         return;
     waiting_ = waiting;
-    answers_->setVisible(waiting);
     if (waiting) {
+        // Once shown the line stays, so that the next answer can be typed while the program still prints.
+        answers_->show();
         answer_->setFocus();
         activateWindow();
         raise();
