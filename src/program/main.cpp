@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <string>
 
 #include "core/job_state.h"
@@ -66,7 +67,9 @@ static const Front *desktop_front(int argc, char **argv) {
 static void open_files(int argc, char **argv, int first) {
     for (int i = first; i < argc; i++) {
         FSSpec spec;
-        if (FSPathMakeSpec(argv[i], &spec) != noErr) {
+        // A relative path is taken from the caller's folder.
+        const std::string path = std::filesystem::absolute(argv[i]).lexically_normal();
+        if (FSPathMakeSpec(path.c_str(), &spec) != noErr) {
             std::fprintf(stderr, "quillon: there is no file %s\n", argv[i]);
             continue;
         }
