@@ -75,10 +75,10 @@ namespace {
 
 // Along the TeX inputs: the name, then the name with ".tex", which then stays in NAME.
 char *find_input(BoundedBuffer &name) {
-    char *const found = find_path_filename(name.c_str(), path_dirs[slot_texinputs]);
+    char *const found = find_path_filename(name.c_str(), search_list(slot_texinputs));
     if (found || !name.append(".tex"))
         return found;
-    return find_path_filename(name.c_str(), path_dirs[slot_texinputs]);
+    return find_path_filename(name.c_str(), search_list(slot_texinputs));
 }
 
 } // namespace

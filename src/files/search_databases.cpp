@@ -1,4 +1,6 @@
-// The file databases: lists of folders and file names, read once, each with an index by name beside it.
+// The file databases: lists of folders and file names, each with an index by name beside it. Start-up opens
+// the files, so that it knows what is missing; each is read when it is first searched.
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -12,112 +14,221 @@
 
 namespace quillon {
 
-HashNode texinputsTable, type1Table, psheadersTable, vfTable, tfmTable;
+HashList texinputsTable, type1Table, psheadersTable, vfTable, tfmTable;
 
 namespace {
 
-constexpr int line_size = 1024;
+// A line is what mfgets gives for a buffer of 1,024 bytes.
+constexpr std::size_t line_limit = 1022;
+constexpr std::size_t text_limit = 0xFFFF0000;
 constexpr std::uint32_t no_node = 0xFFFFFFFF;
+constexpr int kinds = 5;
 
-// Nodes by name: `first` holds a list's first node of each hash, `next` the one after it, both as numbers
-// into `nodes`, which are in the list's own order.
-struct NameIndex {
-    const HashNode *list;
-    HashNode **nodes;
-    std::uint32_t *first, *next;
+// FIRST holds the first node of each hash, CHAIN the one after it; there are MASK + 1 hashes. COUNT leaves
+// the end node out.
+struct Database {
+    const char *name;
+    HashList *list;
+    std::FILE *awaited; // opened at start-up, to be read
+    std::uint32_t *first, *chain;
     std::uint32_t count, room, mask;
 };
 
-NameIndex indexes[] = {
-    {&texinputsTable, nullptr, nullptr, nullptr, 0, 0, 0}, {&type1Table, nullptr, nullptr, nullptr, 0, 0, 0},
-    {&psheadersTable, nullptr, nullptr, nullptr, 0, 0, 0}, {&vfTable, nullptr, nullptr, nullptr, 0, 0, 0},
-    {&tfmTable, nullptr, nullptr, nullptr, 0, 0, 0},
+// By kind number, from 1.
+Database databases[kinds] = {
+    {"TEXINPUTS", &texinputsTable, nullptr, nullptr, nullptr, 0, 0, 0},
+    {"TYPE1FONTS", &type1Table, nullptr, nullptr, nullptr, 0, 0, 0},
+    {"DVIPSHEADERS", &psheadersTable, nullptr, nullptr, nullptr, 0, 0, 0},
+    {"VFFONTS", &vfTable, nullptr, nullptr, nullptr, 0, 0, 0},
+    {"TEXFONTS", &tfmTable, nullptr, nullptr, nullptr, 0, 0, 0},
 };
-constexpr int kinds = sizeof indexes / sizeof indexes[0];
 
-NameIndex *index_of(const HashNode *list) {
-    for (NameIndex &index : indexes)
-        if (index.list == list)
-            return &index;
+Database *database_of(const HashList *list) {
+    for (Database &database : databases)
+        if (database.list == list)
+            return &database;
     return nullptr;
 }
 
-std::uint32_t hash_of(const char *name) {
-    std::uint32_t hash = 2166136261u;
-    for (; *name; name++)
-        hash = (hash ^ static_cast<unsigned char>(*name)) * 16777619u;
-    return hash;
+std::uint64_t eight_at(const char *place) {
+    std::uint64_t bytes;
+    std::memcpy(&bytes, place, sizeof bytes);
+    return bytes;
 }
 
-void clear_index(NameIndex *index) {
-    std::free(index->nodes);
-    std::free(index->first);
-    std::free(index->next);
-    const HashNode *const list = index->list;
-    *index = {};
-    index->list = list;
+std::uint64_t four_at(const char *place) {
+    std::uint32_t bytes;
+    std::memcpy(&bytes, place, sizeof bytes);
+    return bytes;
 }
 
-void index_node(NameIndex *index, HashNode *node) {
-    if (index->count == index->room) {
-        index->room = index->room ? index->room * 2 : 1024;
-        index->nodes = static_cast<HashNode **>(xrealloc(index->nodes, index->room * sizeof *index->nodes));
+// Sixteen bytes at a time; the last ones may overlap those before.
+std::uint32_t hash_of(const char *name, std::size_t length) {
+    constexpr std::uint64_t factor = 0x9E3779B97F4A7C15, other_factor = 0xC2B2AE3D27D4EB4F;
+    std::uint64_t hash = length * factor, low, high;
+    for (; length > 16; name += 16, length -= 16) {
+        hash = ((hash ^ eight_at(name)) * factor) ^ (eight_at(name + 8) * other_factor);
+        hash ^= hash >> 29;
     }
-    index->nodes[index->count++] = node;
+    if (length >= 8) {
+        low = eight_at(name);
+        high = eight_at(name + length - 8);
+    } else if (length >= 4) {
+        low = four_at(name);
+        high = four_at(name + length - 4);
+    } else {
+        low = high = 0;
+        for (std::size_t at = 0; at < length; at++)
+            low = low << 8 | static_cast<unsigned char>(name[at]);
+    }
+    hash = ((hash ^ low) * factor) ^ (high * other_factor);
+    hash ^= hash >> 32;
+    return static_cast<std::uint32_t>((hash * factor) >> 32);
 }
 
-// From the last node to the first, so that the nodes of one name are met in the list's order.
-void finish_index(NameIndex *index) {
+void clear_database(Database *database) {
+    if (database->awaited)
+        std::fclose(database->awaited);
+    std::free(database->list->text);
+    std::free(database->list->nodes);
+    std::free(database->first);
+    std::free(database->chain);
+    *database->list = {};
+    *database = {database->name, database->list, nullptr, nullptr, nullptr, 0, 0, 0};
+}
+
+// Reads what is left of FILE into a new block, behind an empty string, and says how much of it is filled.
+char *read_whole(std::FILE *file, std::size_t *size) {
+    std::size_t room = 65536;
+    if (std::fseek(file, 0, SEEK_END) == 0) {
+        const long length = std::ftell(file);
+        room = std::max(room, length > 0 ? std::min(static_cast<std::size_t>(length), text_limit) + 2 : 0);
+        std::rewind(file);
+    }
+    char *text = static_cast<char *>(xmalloc(room));
+    text[0] = '\0';
+    *size = 1;
+    // The file may have grown since.
+    while (const std::size_t count = std::fread(text + *size, 1, room - *size, file)) {
+        *size += count;
+        if (*size >= text_limit)
+            break;
+        if (*size == room)
+            text = static_cast<char *>(xrealloc(text, room *= 2));
+    }
+    return text;
+}
+
+void make_room(Database *database, std::uint32_t room) {
+    HashList *const list = database->list;
+    database->room = room;
+    list->nodes = static_cast<HashNode *>(xrealloc(list->nodes, room * sizeof *list->nodes));
+    database->chain = static_cast<std::uint32_t *>(xrealloc(database->chain, room * sizeof *database->chain));
+}
+
+// CHAIN holds the hashes until the list is whole.
+void add_node(Database *database, const char *folder, const char *name, std::size_t length) {
+    const char *const text = database->list->text;
+    const std::uint32_t number = database->count++;
+    if (database->count == database->room)
+        make_room(database, database->room * 2);
+    database->list->nodes[number] = {static_cast<std::uint32_t>(folder - text),
+                                     static_cast<std::uint32_t>(name - text), number + 1};
+    database->chain[number] = hash_of(name, length);
+}
+
+// Ends the list and indexes it, from the last node to the first, so that the nodes of one name are met in the
+// list's order.
+void finish_list(Database *database) {
     std::uint32_t buckets = 16;
-    while (buckets < index->count)
+    while (buckets < database->count)
         buckets *= 2;
-    index->mask = buckets - 1;
-    index->first = static_cast<std::uint32_t *>(xmalloc(buckets * sizeof *index->first));
-    index->next = static_cast<std::uint32_t *>(xmalloc(index->count * sizeof *index->next));
-    for (std::uint32_t i = 0; i < buckets; i++)
-        index->first[i] = no_node;
-    for (std::uint32_t i = index->count; i-- > 0;) {
-        std::uint32_t *const bucket = &index->first[hash_of(index->nodes[i]->name) & index->mask];
-        index->next[i] = *bucket;
+    make_room(database, database->count + 1);
+    database->list->nodes[database->count] = {};
+    database->mask = buckets - 1;
+    database->first = static_cast<std::uint32_t *>(xmalloc(buckets * sizeof *database->first));
+    std::fill_n(database->first, buckets, no_node);
+    for (std::uint32_t i = database->count; i-- > 0;) {
+        std::uint32_t *const bucket = &database->first[database->chain[i] & database->mask];
+        database->chain[i] = *bucket;
         *bucket = i;
     }
 }
 
-// Folder names are shared by the nodes that follow each other in one folder.
-void clear_list(HashNode *list) {
-    HashNode *node = list;
-    const char *freed = nullptr;
-    while (node->next) {
-        HashNode *const next = node->next;
-        if (node->directory && node->directory != freed) {
-            freed = node->directory;
-            std::free(node->directory);
+// What of a text holds line ends other than line feeds, and zero bytes.
+struct Peculiarities {
+    int returns, zeros;
+};
+
+// The line at TEXT, with its end cut off in place: its length, and where the next one begins in NEXT.
+//
+// Kept on purpose: the last character goes whatever it is, so a last line without a line end loses one, and
+// so does each piece of a long line. After a line feed only, a carriage return is passed over.
+std::size_t cut_line(char *text, std::size_t left, const Peculiarities &has, char **next) {
+    const std::size_t seen = std::min(left, line_limit);
+    char *end = static_cast<char *>(std::memchr(text, '\n', seen));
+    if (has.returns)
+        if (void *const found = std::memchr(text, '\r', end ? static_cast<std::size_t>(end - text) : seen))
+            end = static_cast<char *>(found);
+    std::size_t length = end ? static_cast<std::size_t>(end - text) : seen - 1;
+    *next = end ? end + 1 : text + seen;
+    if (end && *end == '\n' && *next < text + left && **next == '\r')
+        ++*next;
+    if (has.zeros)
+        if (const void *const zero = std::memchr(text, '\0', end ? length : seen)) {
+            length = static_cast<std::size_t>(static_cast<const char *>(zero) - text);
+            length -= length > 0;
         }
-        std::free(node->name);
-        if (node != list)
-            std::free(node);
-        node = next;
-    }
-    if (node != list)
-        std::free(node);
-    *list = {};
+    text[length] = '\0';
+    return length;
 }
 
-HashNode *append_node(HashNode *end, char *folder, const char *name) {
-    end->directory = folder;
-    end->name = xstrdup(name);
-    end->next = static_cast<HashNode *>(xcalloc(1, sizeof *end));
-    return end->next;
+// The lines of the list's text, of which SIZE bytes are filled.
+void cut_lines(Database *database, std::size_t size) {
+    char *const text = database->list->text;
+    const char *folder = text;
+    const Peculiarities has = {std::memchr(text + 1, '\r', size - 1) != nullptr,
+                               std::memchr(text + 1, '\0', size - 1) != nullptr};
+    make_room(database, 1024);
+    for (char *line = text + 1, *next; line < text + size; line = next) {
+        const std::size_t length = cut_line(line, static_cast<std::size_t>(text + size - line), has, &next);
+        if (line[0] == '/')
+            folder = line;
+        else if (line[0] != '0')
+            add_node(database, folder, line, length);
+    }
+}
+
+// Opens a database file for reading; when it cannot be had, says so and turns database searches off.
+std::FILE *open_database(const char *name) {
+    BoundedString<512> path;
+    path.format("%s/%s", haveosx ? supportFolder.c_str() : prefsFolder.c_str(), name);
+    std::FILE *const file = myfopen(path.c_str(), "r");
+    if (!file) {
+        ml_printf("I can't find the %s database file.\n", path.c_str());
+        ml_printf("Turning off database searches.\n");
+        dataBaseSearch = 0;
+    }
+    return file;
+}
+
+void fill_list(Database *database, std::FILE *file) {
+    std::size_t size;
+    database->list->text = read_whole(file, &size);
+    std::fclose(file);
+    cut_lines(database, size);
+    finish_list(database);
 }
 
 // The first node of that name whose file exists: its path in PATH and 1.
-int find_in_list(const NameIndex *index, const char *name, BoundedBuffer &path) {
-    if (index->count == 0)
+int find_in_list(const Database *database, const char *name, BoundedBuffer &path) {
+    if (database->count == 0)
         return 0;
-    for (std::uint32_t i = index->first[hash_of(name) & index->mask]; i != no_node; i = index->next[i]) {
-        const HashNode *const node = index->nodes[i];
-        if (std::strcmp(node->name, name) == 0 &&
-            path.format("%s%s", node->directory ? node->directory : "", node->name) &&
+    const std::uint32_t hash = hash_of(name, std::strlen(name));
+    for (std::uint32_t i = database->first[hash & database->mask]; i != no_node; i = database->chain[i]) {
+        const HashNode *const node = &database->list->nodes[i];
+        if (std::strcmp(name_of(database->list, node), name) == 0 &&
+            path.copy(directory_of(database->list, node)) && path.append(name) &&
             access(path.c_str(), 4) == 0)
             return 1;
     }
@@ -126,69 +237,57 @@ int find_in_list(const NameIndex *index, const char *name, BoundedBuffer &path) 
 
 } // namespace
 
-void read_hash_table(const char *name, HashNode *list) {
-    BoundedString<512> path;
-    char line[line_size];
-    char *folder = nullptr;
-    int folder_is_used = 0;
-    NameIndex *const index = index_of(list);
-    clear_list(list);
-    if (index)
-        clear_index(index);
-    path.format("%s/%s", haveosx ? supportFolder.c_str() : prefsFolder.c_str(), name);
-    std::FILE *const file = myfopen(path.c_str(), "r");
-    if (!file) {
-        ml_printf("I can't find the %s database file.\n", path.c_str());
-        ml_printf("Turning off database searches.\n");
-        dataBaseSearch = 0;
+const char *directory_of(const HashList *list, const HashNode *node) {
+    return list->text + node->directory;
+}
+
+const char *name_of(const HashList *list, const HashNode *node) {
+    return list->text + node->name;
+}
+
+const HashNode *first_node(const HashList *list) {
+    static const HashNode end_node = {};
+    return list->nodes ? list->nodes : &end_node;
+}
+
+const HashNode *next_node(const HashList *list, const HashNode *node) {
+    return node->next ? &list->nodes[node->next] : nullptr;
+}
+
+void read_hash_table(const char *name, HashList *list) {
+    Database *const database = database_of(list);
+    if (!database)
         return;
-    }
-    HashNode *end = list;
-    while (mfgets(line, line_size, file)) {
-        // Kept on purpose: the last character goes whatever it is, a last line without a line end loses one.
-        const std::size_t length = std::strlen(line);
-        if (length > 0)
-            line[length - 1] = '\0';
-        if (line[0] == '0')
-            continue;
-        if (line[0] == '/') {
-            if (!folder_is_used)
-                std::free(folder);
-            folder = xstrdup(line);
-            folder_is_used = 0;
-            continue;
-        }
-        HashNode *const node = end;
-        end = append_node(end, folder, line);
-        folder_is_used = 1;
-        if (index)
-            index_node(index, node);
-    }
-    if (!folder_is_used)
-        std::free(folder);
-    std::fclose(file);
-    if (index)
-        finish_index(index);
+    clear_database(database);
+    if (std::FILE *const file = open_database(name))
+        fill_list(database, file);
 }
 
 void ReadTables() {
     static int done = 0;
-    static const struct {
-        const char *name;
-        HashNode *list;
-    } databases[] = {{"TEXINPUTS", &texinputsTable},
-                     {"DVIPSHEADERS", &psheadersTable},
-                     {"TYPE1FONTS", &type1Table},
-                     {"TEXFONTS", &tfmTable},
-                     {"VFFONTS", &vfTable}};
+    static const HashList *const in_order[] = {&texinputsTable, &psheadersTable, &type1Table, &tfmTable,
+                                               &vfTable};
     if (done)
         return;
     done = 1;
     if (dataBaseSearch == 1 && doDebug)
         ml_printf("Reading file databases.\n");
-    for (const auto &database : databases)
+    for (const HashList *const list : in_order) {
+        Database *const database = database_of(list);
         if (dataBaseSearch == 1)
-            read_hash_table(database.name, database.list);
+            database->awaited = open_database(database->name);
+    }
+}
+
+const HashList *database_list(int kind) {
+    if (kind < 1 || kind > kinds)
+        return nullptr;
+    Database *const database = &databases[kind - 1];
+    if (std::FILE *const file = database->awaited) {
+        database->awaited = nullptr;
+        fill_list(database, file);
+    }
+    return database->list;
 }
 
 char *searchDatabase(int kind, const char *name) {
@@ -198,7 +297,7 @@ char *searchDatabase(int kind, const char *name) {
     if (found)
         return found;
     BoundedString<256> path;
-    if (kind < 1 || kind > kinds || std::strchr(name, '/') || !find_in_list(&indexes[kind - 1], name, path))
+    if (std::strchr(name, '/') || !database_list(kind) || !find_in_list(&databases[kind - 1], name, path))
         return nullptr;
     addToCache(name, path.c_str());
     return xstrdup(path.c_str());

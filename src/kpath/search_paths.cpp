@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 
 #include "core/job_state.h"
 #include "files/paths.h"
@@ -16,6 +17,10 @@ namespace quillon {
 char **path_dirs[search_path_slots];
 
 namespace {
+
+// Stands in path_dirs for a list that waits to be asked for, with its path string in waiting_paths.
+char *waiting_list[1] = {nullptr};
+char *waiting_paths[search_path_slots];
 
 constexpr const char *preset_path = ".";
 constexpr std::size_t component_limit = 255, shortened_limit = 1024;
@@ -79,21 +84,64 @@ void add_element(char ***list, std::size_t *count, const char *element) {
     std::free(folder);
 }
 
+// Cuts the next element out of a path in place and moves PATH behind it; null when there is none.
+char *next_element(char **path) {
+    *path += std::strspn(*path, ":");
+    if (!**path)
+        return nullptr;
+    char *const element = *path;
+    *path += std::strcspn(element, ":");
+    if (**path)
+        *(*path)++ = '\0';
+    return element;
+}
+
 char **expand_path(const char *path) {
     char **list = nullptr;
     std::size_t count = 0;
-    char *const copy = xstrdup(path);
-    for (char *element = copy, *end; *element; element = end) {
-        const std::size_t length = std::strcspn(element, ":");
-        end = element[length] ? element + length + 1 : element + length;
-        element[length] = '\0';
-        if (length > 0)
-            add_element(&list, &count, element);
-    }
+    char *const copy = xstrdup(path), *rest = copy;
+    while (const char *const element = next_element(&rest))
+        add_element(&list, &count, element);
     std::free(copy);
     list = static_cast<char **>(xrealloc(list, (count + 1) * sizeof *list));
     list[count] = nullptr;
     return list;
+}
+
+// The list of a path string, expanded now unless it was before; null for an empty path.
+char **list_of(const char *path) {
+    if (!*path)
+        return nullptr;
+    for (std::size_t i = 0; i < saved_paths_length; i++)
+        if (std::strcmp(saved_paths[i].path, path) == 0)
+            return saved_paths[i].list;
+    char **const list = expand_path(path);
+    saved_paths =
+        static_cast<SavedPath *>(xrealloc(saved_paths, (saved_paths_length + 1) * sizeof *saved_paths));
+    saved_paths[saved_paths_length++] = {xstrdup(path), list};
+    return list;
+}
+
+char *path_string(const char *variable, const char *preset) {
+    char *const value = mygetenv(variable);
+    char *const path = expand_default(value, preset);
+    std::free(value);
+    return path;
+}
+
+// Whether folders must be walked to expand the path, and nothing is said at once about one that is not.
+int is_walk(const char *path) {
+    int walks = 0;
+    char *const copy = xstrdup(path), *rest = copy;
+    while (const char *const element = next_element(&rest)) {
+        char *const folder = expand_tilde(element);
+        const int is_recursive = std::string_view(folder).ends_with("//");
+        if (is_recursive)
+            walks = folder[0] == '.' ? -1 : walks < 0 ? walks : 1;
+        std::free(folder);
+    }
+    std::free(copy);
+    return walks > 0;
 }
 
 // Each component cut to 255 bytes, the whole to 1,024.
@@ -118,7 +166,9 @@ int is_direct(const char *name) {
 
 void add_directory(char ***list, std::size_t *count, const char *dir) {
     const std::size_t length = std::strlen(dir);
-    *list = static_cast<char **>(xrealloc(*list, (*count + 1) * sizeof **list));
+    // Room is doubled whenever it is full.
+    if ((*count & (*count - 1)) == 0)
+        *list = static_cast<char **>(xrealloc(*list, (*count ? *count * 2 : 1) * sizeof **list));
     (*list)[(*count)++] = concat(dir, length > 0 && dir[length - 1] == '/' ? "" : "/");
 }
 
@@ -140,21 +190,8 @@ char *expand_tilde(const char *name) {
 }
 
 char **initialize_path_list(const char *variable, const char *preset) {
-    char *const value = mygetenv(variable);
-    char *const path = expand_default(value, preset);
-    std::free(value);
-    char **list = nullptr;
-    if (*path) {
-        for (std::size_t i = 0; i < saved_paths_length && !list; i++)
-            if (std::strcmp(saved_paths[i].path, path) == 0)
-                list = saved_paths[i].list;
-        if (!list) {
-            list = expand_path(path);
-            saved_paths = static_cast<SavedPath *>(
-                xrealloc(saved_paths, (saved_paths_length + 1) * sizeof *saved_paths));
-            saved_paths[saved_paths_length++] = {xstrdup(path), list};
-        }
-    }
+    char *const path = path_string(variable, preset);
+    char **const list = list_of(path);
     std::free(path);
     return list;
 }
@@ -173,8 +210,21 @@ void setpaths(std::uint32_t mask) {
                 break;
             }
         }
-        path_dirs[slot] = initialize_path_list(chosen, preset_path);
+        std::free(waiting_paths[slot]);
+        waiting_paths[slot] = path_string(chosen, preset_path);
+        path_dirs[slot] = waiting_list;
+        if (!is_walk(waiting_paths[slot]))
+            search_list(slot);
     }
+}
+
+char **search_list(int slot) {
+    if (path_dirs[slot] == waiting_list) {
+        path_dirs[slot] = list_of(waiting_paths[slot]);
+        std::free(waiting_paths[slot]);
+        waiting_paths[slot] = nullptr;
+    }
+    return path_dirs[slot];
 }
 
 char *readable(const char *name) {
@@ -213,7 +263,7 @@ char *testreadaccess(const char *name, int slot) {
     char *found = searchCache(name);
     if (found)
         return found;
-    char **const list = path_dirs[slot] ? path_dirs[slot] : empty_list;
+    char **const list = search_list(slot) ? search_list(slot) : empty_list;
     found = find_path_filename(name, list);
     if (!found && slot == slot_texfonts) {
         if (!font_map)

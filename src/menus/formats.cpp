@@ -82,7 +82,7 @@ static void list_folder(const char *entry) {
 
 void SetFormatMenu() {
     empty_menu(formatMenu);
-    char **const list = path_dirs[slot_texformats];
+    char **const list = search_list(slot_texformats);
     for (int i = 0; list && list[i]; i++)
         if (std::strcmp(list[i], "./") != 0)
             list_folder(list[i]);

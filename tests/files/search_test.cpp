@@ -25,17 +25,17 @@ class Search : public testing::Test {
     }
     ~Search() override {
         supportFolder.copy("/tmp/none");
-        for (HashNode *const list : {&texinputsTable, &tfmTable})
+        for (HashList *const list : {&texinputsTable, &tfmTable})
             read_hash_table("none", list);
     }
 
     void database(const char *name, const std::string &contents) {
         home_.file(std::string("data/Quillon/") + name, contents);
     }
-    static std::vector<std::string> entries(const HashNode &list) {
+    static std::vector<std::string> entries(const HashList &list) {
         std::vector<std::string> found;
-        for (const HashNode *node = &list; node->next; node = node->next)
-            found.push_back((node->directory ? node->directory : "") + std::string("|") + node->name);
+        for (const HashNode *node = first_node(&list); node->next; node = next_node(&list, node))
+            found.push_back(directory_of(&list, node) + std::string("|") + name_of(&list, node));
         return found;
     }
     std::vector<std::string> lines(const std::string &bytes, int size = 100) {
@@ -139,7 +139,8 @@ TEST_F(Search, TablesAreReadOnceInTheirOrderUntilOneIsMissing) {
                   const std::string expected = "Reading file databases.\nI can't find the " +
                                                home_.path("data/Quillon/DVIPSHEADERS") +
                                                " database file.\nTurning off database searches.\n";
-                  if (front_->printed != expected || entries(texinputsTable).size() != 1)
+                  if (front_->printed != expected || !entries(texinputsTable).empty() ||
+                      entries(*database_list(1)).size() != 1)
                       return 1;
                   dataBaseSearch = 1;
                   ReadTables();

@@ -18,7 +18,7 @@ class SearchPaths : public testing::Test {
 
     ~SearchPaths() override {
         supportFolder.copy("/tmp/none");
-        for (HashNode *const list : {&texinputsTable, &tfmTable, &vfTable, &type1Table, &psheadersTable})
+        for (HashList *const list : {&texinputsTable, &tfmTable, &vfTable, &type1Table, &psheadersTable})
             read_hash_table("none", list);
     }
 
@@ -44,7 +44,7 @@ class SearchPaths : public testing::Test {
 TEST_F(SearchPaths, UnsetVariableIsTheCurrentFolder) {
     home_.preferences("");
     setpaths(1u << 8);
-    EXPECT_EQ(list(path_dirs[8]), List{"./"});
+    EXPECT_EQ(list(search_list(8)), List{"./"});
     home_.file("work/paper.tex");
     EXPECT_EQ(find("paper", 9), "./paper.tex");
 }
@@ -138,16 +138,16 @@ TEST_F(SearchPaths, SamePathIsExpandedOnce) {
 TEST_F(SearchPaths, FallbackIsTakenOnlyWhenTheFirstIsNotSet) {
     home_.preferences("TEXFONTS=/Vol/fonts\nTEXINPUTS=/Vol/in\n");
     setpaths(0x7FFFFFF);
-    EXPECT_EQ(list(path_dirs[1]), List{"/Vol/in/"});
-    EXPECT_EQ(list(path_dirs[2]), List{"/Vol/fonts/"});
-    EXPECT_EQ(list(path_dirs[6]), List{"/Vol/fonts/"});
-    EXPECT_EQ(list(path_dirs[11]), List{"/Vol/fonts/"});
-    EXPECT_EQ(list(path_dirs[0]), List{"./"});
+    EXPECT_EQ(list(search_list(1)), List{"/Vol/in/"});
+    EXPECT_EQ(list(search_list(2)), List{"/Vol/fonts/"});
+    EXPECT_EQ(list(search_list(6)), List{"/Vol/fonts/"});
+    EXPECT_EQ(list(search_list(11)), List{"/Vol/fonts/"});
+    EXPECT_EQ(list(search_list(0)), List{"./"});
     EXPECT_EQ(path_dirs[22], nullptr);
     home_.preferences("TEXFONTS=/Vol/fonts\nTEXPKS=/Vol/pk\nBSTINPUTS=/Vol/bst\n");
     setpaths(1u << 6 | 1u << 1);
-    EXPECT_EQ(list(path_dirs[6]), List{"/Vol/pk/"});
-    EXPECT_EQ(list(path_dirs[1]), List{"/Vol/bst/"});
+    EXPECT_EQ(list(search_list(6)), List{"/Vol/pk/"});
+    EXPECT_EQ(list(search_list(1)), List{"/Vol/bst/"});
 }
 
 TEST_F(SearchPaths, OnlyTheSlotsOfTheMaskAreFilled) {

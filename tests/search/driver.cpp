@@ -1,0 +1,153 @@
+// The shell's file search as a program: it starts as the shell does, as far as the search goes, and then does
+// what its words say.
+//
+//   find KIND          the path of each name on standard input, an empty line where there is none
+//   expand REPEAT PATH expands a path string; prints how many folders, and the nanoseconds of each time
+//   lookups KIND       looks all the names up; prints how many were found, and the nanoseconds of start and
+//   look-ups databases          reads the five databases; prints their names, the nanoseconds, and the bytes
+//   they take
+#include <malloc.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "core/job_state.h"
+#include "files/paths.h"
+#include "files/search.h"
+#include "kpath/search_paths.h"
+#include "kpath/utilities.h"
+#include "settings/settings.h"
+#include "toolbox/files.h"
+
+using namespace quillon;
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+long long nanoseconds_since(Clock::time_point start) {
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(Clock::now() - start).count();
+}
+
+int flag(const char *key) {
+    const char *const value = get_str_resource(key);
+    return value && *value == '1';
+}
+
+// The working folder, the settings, all search paths and the databases.
+void start() {
+    haveosx = 1;
+    doDebug = 0;
+    check_config();
+    NoPrefFile();
+    const char *const space = get_str_resource("SPACECHAR");
+    space_char = space ? std::atoi(space) : 202;
+    dataBaseSearch = flag("DATABASE");
+    char here[4096];
+    if (::getcwd(here, sizeof here))
+        PosixToUnixPath(here, curr_dir);
+    setpaths(0x7FFFFFF);
+    ReadTables();
+}
+
+std::vector<std::string> names() {
+    std::vector<std::string> all;
+    for (std::string line; std::getline(std::cin, line);)
+        all.push_back(line);
+    return all;
+}
+
+int find(int kind) {
+    start();
+    for (const std::string &name : names()) {
+        char *const found = kpse_find_file(name.c_str(), kind, 0);
+        std::puts(found ? found : "");
+        std::free(found);
+    }
+    return 0;
+}
+
+int lookups(int kind) {
+    const std::vector<std::string> all = names();
+    const Clock::time_point begin = Clock::now();
+    start();
+    database_list(1);
+    const long long started = nanoseconds_since(begin);
+    std::size_t found = 0;
+    for (const std::string &name : all) {
+        char *const path = kpse_find_file(name.c_str(), kind, 0);
+        found += path != nullptr;
+        std::free(path);
+    }
+    std::printf("%zu %lld %lld\n", found, started, nanoseconds_since(begin) - started);
+    return 0;
+}
+
+int expand(int repeat, const char *path) {
+    doDebug = 0;
+    check_config();
+    std::string element = path;
+    while (element.ends_with('/'))
+        element.pop_back();
+    for (int i = 0; i < repeat; i++) {
+        char **list = nullptr;
+        std::size_t count = 0;
+        const Clock::time_point begin = Clock::now();
+        mac_expand_subdir(&list, &count, element.c_str());
+        const long long taken = nanoseconds_since(begin);
+        std::printf("%zu %lld\n", count, taken);
+        std::fflush(stdout);
+        for (std::size_t k = 0; k < count; k++)
+            std::free(list[k]);
+        std::free(list);
+        // The next time comes when it is asked for, so that others can be measured in between.
+        if (i + 1 < repeat && std::getchar() == EOF)
+            break;
+    }
+    return 0;
+}
+
+int databases() {
+    haveosx = 1;
+    doDebug = 0;
+    check_config();
+    NoPrefFile();
+    dataBaseSearch = 1;
+    const struct mallinfo2 before = ::mallinfo2();
+    const Clock::time_point begin = Clock::now();
+    ReadTables();
+    std::size_t count = 0;
+    for (int kind = 1; kind <= 5; kind++)
+        database_list(kind);
+    const long long taken = nanoseconds_since(begin);
+    const struct mallinfo2 after = ::mallinfo2();
+    for (int kind = 1; kind <= 5; kind++)
+        for (const HashNode *node = first_node(database_list(kind)); node->next;
+             node = next_node(database_list(kind), node))
+            count++;
+    std::printf("%zu %lld %zu\n", count, taken,
+                after.uordblks + after.hblkhd - before.uordblks - before.hblkhd);
+    return 0;
+}
+
+} // namespace
+
+int main(int count, char **words) {
+    const std::string word = count > 1 ? words[1] : "";
+    if (word == "find" && count == 3)
+        return find(std::atoi(words[2]));
+    if (word == "lookups" && count == 3)
+        return lookups(std::atoi(words[2]));
+    if (word == "expand" && count == 4)
+        return expand(std::atoi(words[2]), words[3]);
+    if (word == "databases" && count == 2)
+        return databases();
+    std::fputs("search-driver find KIND | lookups KIND | expand REPEAT PATH | databases\n", stderr);
+    return 64;
+}
