@@ -38,6 +38,7 @@ class Loop : public ::testing::Test {
         changed = *front;
         changed.idle = []() { return 0; };
         changed.sleep = [](int) { slept++; };
+        changed.show_window = [](WindowRef, int) {};
         changed.select_window = [](WindowRef) { moves.selected++; };
         changed.drag_window = [](WindowRef, Point) { moves.dragged++; };
         changed.grow_window = [](WindowRef, Point) { moves.grown++; };
