@@ -18,6 +18,7 @@ constexpr std::size_t conversion_size = 1024;
 // What access, the oldest of the conversions, takes of a name and the current folder together.
 constexpr std::size_t access_limit = 511;
 constexpr char colon_substitute = 30; // stands for a ":" in a name
+constexpr char shortened_mark = 29;   // in a shortened name
 
 void replace(char *text, char from, char to) {
     for (; *text; text++)
@@ -35,6 +36,18 @@ int starts_with(const char *text, const char *beginning) {
 
 int ends_with_colon(const BoundedBuffer &path) {
     return path.view().ends_with(':');
+}
+
+// Whether the path's text is the POSIX path's own: whole, with nothing in it that stands for something else.
+int is_literal(const char *path) {
+    if (path[0] != '/')
+        return 0;
+    for (const char *c = path; *c; c++)
+        if ((*c == '.' && c[1] == '.' && c[2] == '/') || *c == ':' || *c == colon_substitute ||
+            *c == shortened_mark || *c == space_substitute() ||
+            (*c == '/' && (c[1] == '/' || c[1] == '.' || c[1] == '\0')))
+            return 0;
+    return 1;
 }
 
 // 1 and the folder's own name and its parent; 0 when there is no such folder.
@@ -147,21 +160,24 @@ const char *add_current_dir(BoundedBuffer &dst, const char *path) {
     BoundedString<2048> out;
     const int has_colon = std::strchr(path, ':') != nullptr, has_slash = std::strchr(path, '/') != nullptr;
     const char *const dir = curr_dir.c_str();
+    const auto join = [&out](const char *a, const char *b, const char *c) {
+        return out.copy(a) && out.append(b) && out.append(c);
+    };
     int fits;
     if (curr_dir.empty())
         fits = out.copy(path);
     else if (*path == ':')
-        fits = out.format("%s%s", dir, path);
+        fits = join(dir, "", path);
     else if (starts_with(path, "./:"))
-        fits = out.format("%s%s", dir, path + 2);
+        fits = join(dir, "", path + 2);
     else if (starts_with(path, "./"))
-        fits = out.format("%s%s", dir, path + 1);
+        fits = join(dir, "", path + 1);
     else if (starts_with(path, "../") || (!has_colon && !has_slash))
-        fits = out.format("%s/%s", dir, path);
+        fits = join(dir, "/", path);
     else if (*path == '/')
         fits = out.copy(path);
     else if (has_slash)
-        fits = out.format("%s/%s", dir, path);
+        fits = join(dir, "/", path);
     else
         fits = out.copy(path);
     if (!fits || !dst.copy(out.view()))
@@ -296,18 +312,28 @@ int has_extension(const char *name, const char *extension) {
     return std::string_view(name).ends_with(extension);
 }
 
+int file_exists(const char *path) {
+    BoundedString<conversion_size> mac_path;
+    errno = 0;
+    if (is_literal(path))
+        return PosixFileExists(path);
+    if (!convert_path(path, mac_path))
+        return 0;
+    return FSFileExists(mac_path.c_str());
+}
+
 int access(const char *path, int) {
     if (std::strlen(path) + curr_dir.length() > access_limit) {
         errno = ENAMETOOLONG;
         return -1;
     }
-    BoundedString<conversion_size> absolute, mac_path;
-    if (!convert_path(add_current_dir(absolute, path), mac_path))
+    BoundedString<conversion_size> absolute;
+    add_current_dir(absolute, path);
+    if (!doAlias)
+        return file_exists(absolute.c_str()) ? 0 : -1;
+    BoundedString<conversion_size> mac_path;
+    if (!convert_path(absolute.c_str(), mac_path))
         return -1;
-    if (!doAlias) {
-        errno = 0;
-        return FSFileExists(mac_path.c_str()) ? 0 : -1;
-    }
     if (!MyResolve(mac_path))
         return -1;
     if (doDebug)

@@ -33,6 +33,8 @@ int PosixToUnixPath(const char *posix_path, BoundedBuffer &out);
 int has_extension(const char *name, const char *extension);
 // 0 when the file exists, -1 when not; MODE is ignored. A folder tests as absent.
 int access(const char *path, int mode);
+// 1 when an absolute Unix path names a file; one look at the disk.
+int file_exists(const char *path);
 int CanIWrite(const char *mac_path);
 int UnixPathToFolder(const char *path, FSSpec *spec);
 // 1 and the folder's own id when the location names a folder.

@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <functional>
+#include <string_view>
 
 #include "console/output.h"
 #include "core/job_state.h"
@@ -25,6 +27,8 @@ struct CacheEntry {
     BoundedString<256> name, path;
 };
 CacheEntry cache[cache_size];
+// The names' hashes, so that a name that is not there costs one look along them.
+std::size_t cached_hashes[cache_size];
 
 } // namespace
 
@@ -34,11 +38,10 @@ char *searchCurrentDirectory(const char *name) {
     if (std::strlen(name) + curr_dir.length() > current_directory_limit)
         return nullptr;
     BoundedString<512> absolute;
-    BoundedString<1024> mac_path;
-    const int converted = convert_path(add_current_dir(absolute, name), mac_path);
+    add_current_dir(absolute, name);
     if (doDebug)
         ml_printf("\nTrying <%s>.", absolute.c_str());
-    if (!converted || !FSFileExists(mac_path.c_str()))
+    if (!file_exists(absolute.c_str()))
         return nullptr;
     if (doDebug)
         ml_printf("\nFound <%s>.\n", absolute.c_str());
@@ -49,8 +52,9 @@ char *searchCurrentDirectory(const char *name) {
 char *searchCache(const char *name) {
     if (doDebug)
         return nullptr;
+    const std::size_t hash = std::hash<std::string_view>{}(name);
     for (int i = 0; i < numberOfEntries; i++)
-        if (cache[i].name == name)
+        if (cached_hashes[i] == hash && cache[i].name == name)
             return access(cache[i].path.c_str(), 4) == 0 ? xstrdup(cache[i].path.c_str()) : nullptr;
     return nullptr;
 }
@@ -60,6 +64,7 @@ void addToCache(const char *name, const char *path) {
         return;
     cache[numberOfEntries].name.copy(name);
     cache[numberOfEntries].path.copy(path);
+    cached_hashes[numberOfEntries] = std::hash<std::string_view>{}(name);
     numberOfEntries++;
 }
 

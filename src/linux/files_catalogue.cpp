@@ -247,10 +247,12 @@ OSErr FSMakeFSSpec(std::int16_t vref, std::int32_t dir_id, const char *name, FSS
 
 int FSFileExists(const char *hfs_path) {
     std::string path;
+    return HostPath(0, 0, hfs_path, path) == noErr && PosixFileExists(path.c_str());
+}
+
+int PosixFileExists(const char *posix_path) {
     struct stat info;
-    if (HostPath(0, 0, hfs_path, path) != noErr || path.rfind('/') == 0)
-        return 0;
-    return ::stat(path.c_str(), &info) == 0 && !S_ISDIR(info.st_mode);
+    return std::strchr(posix_path + 1, '/') && ::stat(posix_path, &info) == 0 && !S_ISDIR(info.st_mode);
 }
 
 OSErr FSPathMakeSpec(const char *posix_path, FSSpec *spec) {

@@ -58,6 +58,7 @@ OSErr PBGetCatInfoSync(CInfoPBRec *block);
 OSErr PBGetCatNameSync(CInfoPBRec *block);
 // 1 when the HFS path names a file; a folder counts as absent. One look at the disk, nothing is read.
 int FSFileExists(const char *hfs_path);
+int PosixFileExists(const char *posix_path); // absolute; a file directly in the root folder counts as absent
 // Files only: folders are passed over by index. By name the file-is-open bit is set as well.
 OSErr PBHGetFInfoSync(CInfoPBRec *block);
 OSErr FSpMakeFSRef(const FSSpec *spec, FSRef *ref);
