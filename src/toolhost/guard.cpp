@@ -151,8 +151,20 @@ void close_others(std::vector<int> kept) {
     close_range(first, ~0U, 0);
 }
 
+char *title = nullptr;
+std::size_t title_room = 0;
+
+void write_title() {
+    static const char text[] = "quillon-guard";
+    prctl(PR_SET_NAME, text);
+    if (title_room > sizeof text) {
+        std::memset(title, 0, title_room);
+        std::memcpy(title, text, sizeof text);
+    }
+}
+
 [[noreturn]] void guard(const Launch &launch, int channel) {
-    prctl(PR_SET_NAME, "quillon-guard");
+    write_title();
     prctl(PR_SET_CHILD_SUBREAPER, 1);
     setpgid(0, 0);
     sigset_t all;
@@ -239,6 +251,14 @@ pid_t start_guard(const Launch &launch, int *channel) {
     }
     *channel = ends[0];
     return child;
+}
+
+void keep_arguments(int count, char **words) {
+    if (count < 1)
+        return;
+    title = words[0];
+    // The words stand one after the other.
+    title_room = static_cast<std::size_t>(words[count - 1] - title) + std::strlen(words[count - 1]);
 }
 
 } // namespace toolhost

@@ -2,14 +2,16 @@
 #include <cstdio>
 #include <cstring>
 
+#include "guard.h"
 #include "host.h"
 
-int main(int, char **argv) {
+int main(int argc, char **argv) {
     toolhost::Bundle bundle;
     if (!toolhost::find_bundle(argv[0], bundle)) {
         std::fprintf(stderr, "%s: this program is started as <tool>.app/Contents/Linux/<tool>\n", argv[0]);
         return 1;
     }
+    toolhost::keep_arguments(argc, argv);
     toolhost::Host host(bundle);
     const int result = host.connect();
     if (result < 0) {

@@ -123,6 +123,70 @@ class Service(ServiceTest):
         wait_until(lambda: not self.processes_of("endless.tex"))
         self.assertEqual(self.shell_object().Exec("pdftex x.tex", self.work, timeout=60), 0)
 
+    def start_stubborn(self):
+        """A run with children that ignore hang-ups, left their group or session, or became daemons."""
+        self.file("stubborn.sh", "trap '' HUP TERM INT\n"
+                  "setsid sh -c 'trap \"\" HUP TERM INT; exec -a stubborn-session sleep 1000' &\n"
+                  "(setsid sh -c 'exec -a stubborn-daemon sleep 1000' &) &\n"
+                  "sh -c 'exec -a stubborn-child sleep 1000' &\n"
+                  "while :; do sleep 1000; done\n")
+        self.file("stubborn.tex", "\\immediate\\write18{bash stubborn.sh}\\bye\n")
+        # bash alone knows exec -a.
+        with open(os.path.join(self.work, "stubborn.sh"), encoding="ascii") as file:
+            text = file.read().replace("sh -c", "bash -c")
+        self.file("stubborn.sh", text)
+        thread = self.in_background(
+            lambda: self.shell_object().Exec("pdftex -shell-escape stubborn.tex", self.work, timeout=90))
+        names = ("stubborn-session", "stubborn-daemon", "stubborn-child")
+        wait_until(lambda: all(self.processes_of(name + "\0") for name in names))
+        return thread
+
+    def nothing_stubborn(self):
+        return not self.processes_of("stubborn")
+
+    def test_a_killed_shell_leaves_no_stubborn_child(self):
+        shell = self.start_shell()
+        self.start_stubborn()
+        shell.kill()
+        shell.wait(30)
+        wait_until(self.nothing_stubborn)
+
+    def test_a_killed_tool_host_leaves_no_stubborn_child(self):
+        self.start_shell()
+        thread = self.start_stubborn()
+        for pid in self.processes_of("pdftex.app/Contents/Linux/pdftex"):
+            os.kill(pid, signal.SIGKILL)
+        thread.join(30)
+        wait_until(self.nothing_stubborn)
+
+    def test_a_cancel_leaves_no_stubborn_child(self):
+        self.start_shell()
+        thread = self.start_stubborn()
+        self.shell_object().Cancel()
+        thread.join(30)
+        self.assertTrue(self.nothing_stubborn())
+
+    def test_a_follower_answers_the_engine(self):
+        self.file("bad.tex", "\\wrongmacro text\n\\bye\n")
+        self.start_shell()
+        follower = self.bus()
+        follower.get_object("org.quillon.Shell", "/org/quillon/Shell").Follow(
+            True, dbus_interface="org.quillon.Shell1")
+        thread = self.in_background(lambda: self.shell_object().Exec("pdftex bad.tex", self.work, timeout=90))
+
+        def waiting_tool():
+            for name in follower.list_names():
+                if str(name).startswith("org.quillon.App.p") and int(name[17:]) != self.running.pid:
+                    tool = follower.get_object(name, "/org/quillon/App")
+                    if tool.Get("org.quillon.Tool1", "Waiting", dbus_interface=dbus.PROPERTIES_IFACE):
+                        return tool
+            return None
+        wait_until(waiting_tool)
+        waiting_tool().Answer(dbus.ByteArray(b"r\n"), dbus_interface="org.quillon.Tool1")
+        thread.join(30)
+        self.assertEqual(thread.result, 1)
+        self.assertTrue(os.path.exists(os.path.join(self.work, "bad.pdf")))
+
     def test_follow_sends_the_console_text(self):
         self.start_shell()
         monitor = subprocess.Popen([sys.executable, os.path.join(os.path.dirname(__file__), "..", "fakes", "follower.py"),
