@@ -1,10 +1,14 @@
 #include "menus/menus.h"
 
+#include <cstring>
+
 #include "core/command_table.h"
 #include "core/event_loop.h"
 #include "core/job_state.h"
 #include "menus/current_files.h"
 #include "menus/recent_files.h"
+#include "settings/settings.h"
+#include "toolbox/text_engine.h"
 
 namespace quillon {
 
@@ -50,9 +54,32 @@ static void make_items() {
     }
 }
 
+// The first item of the Font menu that is the console's font, whatever the case of its letters.
+static void CheckFontMenu() {
+    BoundedString<256> text;
+    const char *const font = get_str_resource("FONTNAME");
+    for (std::int16_t item = 1; font && item <= CountMenuItems(fontMenu); item++) {
+        GetMenuItemText(fontMenu, item, text);
+        if (strcasecmp(text.c_str(), font) == 0) {
+            CheckMenuItem(fontMenu, item, 1);
+            oldItem = item;
+            return;
+        }
+    }
+}
+
+// Reading the installed fonts takes time, so it waits until somebody looks.
+static void fill_font_menu(MenuHandle menu) {
+    BoundedString<256> family;
+    for (int index = 0; GetFontFamily(index, family); index++)
+        AppendMenuItemText(menu, family.c_str());
+    CheckFontMenu();
+}
+
 void SetUpMenus() {
     make_menus();
     make_items();
+    SetMenuFiller(fontMenu, fill_font_menu);
     SetRecentMenu();
     DrawMenuBar();
     GetMenuItemText(fileMenu, 2, mylabel);
