@@ -1,6 +1,6 @@
 #include "menus/menus.h"
 
-#include <cstring>
+#include <strings.h>
 
 #include "core/command_table.h"
 #include "core/event_loop.h"
