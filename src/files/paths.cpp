@@ -40,11 +40,12 @@ int ends_with_colon(const BoundedBuffer &path) {
 
 // Whether the path's text is the POSIX path's own: whole, with nothing in it that stands for something else.
 int is_literal(const char *path) {
+    const char blank = space_substitute();
     if (path[0] != '/')
         return 0;
     for (const char *c = path; *c; c++)
         if ((*c == '.' && c[1] == '.' && c[2] == '/') || *c == ':' || *c == colon_substitute ||
-            *c == shortened_mark || *c == space_substitute() ||
+            *c == shortened_mark || *c == blank ||
             (*c == '/' && (c[1] == '/' || c[1] == '.' || c[1] == '\0')))
             return 0;
     return 1;
@@ -157,30 +158,22 @@ int convert_path(const char *src, BoundedBuffer &dst) {
 }
 
 const char *add_current_dir(BoundedBuffer &dst, const char *path) {
-    BoundedString<2048> out;
     const int has_colon = std::strchr(path, ':') != nullptr, has_slash = std::strchr(path, '/') != nullptr;
-    const char *const dir = curr_dir.c_str();
-    const auto join = [&out](const char *a, const char *b, const char *c) {
-        return out.copy(a) && out.append(b) && out.append(c);
-    };
-    int fits;
+    const char *separator = nullptr; // null: the path stays as it is
     if (curr_dir.empty())
-        fits = out.copy(path);
+        separator = nullptr;
     else if (*path == ':')
-        fits = join(dir, "", path);
-    else if (starts_with(path, "./:"))
-        fits = join(dir, "", path + 2);
-    else if (starts_with(path, "./"))
-        fits = join(dir, "", path + 1);
-    else if (starts_with(path, "../") || (!has_colon && !has_slash))
-        fits = join(dir, "/", path);
-    else if (*path == '/')
-        fits = out.copy(path);
-    else if (has_slash)
-        fits = join(dir, "/", path);
-    else
-        fits = out.copy(path);
-    if (!fits || !dst.copy(out.view()))
+        separator = "";
+    else if (starts_with(path, "./")) {
+        separator = "";
+        path += path[2] == ':' ? 2 : 1;
+    } else if (starts_with(path, "../") || (!has_colon && !has_slash))
+        separator = "/";
+    else if (*path != '/' && has_slash)
+        separator = "/";
+    const int fits =
+        dst.copy(path) && (!separator || (dst.prepend(separator) && dst.prepend(curr_dir.view())));
+    if (!fits)
         dst.clear();
     return dst.c_str();
 }
@@ -313,10 +306,10 @@ int has_extension(const char *name, const char *extension) {
 }
 
 int file_exists(const char *path) {
-    BoundedString<conversion_size> mac_path;
     errno = 0;
     if (is_literal(path))
         return PosixFileExists(path);
+    BoundedString<conversion_size> mac_path;
     if (!convert_path(path, mac_path))
         return 0;
     return FSFileExists(mac_path.c_str());
@@ -327,6 +320,8 @@ int access(const char *path, int) {
         errno = ENAMETOOLONG;
         return -1;
     }
+    if (!doAlias && *path == '/')
+        return file_exists(path) ? 0 : -1;
     BoundedString<conversion_size> absolute;
     add_current_dir(absolute, path);
     if (!doAlias)

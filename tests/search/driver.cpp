@@ -1,11 +1,11 @@
 // The shell's file search as a program: it starts as the shell does, as far as the search goes, and then does
 // what its words say.
 //
-//   find KIND          the path of each name on standard input, an empty line where there is none
-//   expand REPEAT PATH expands a path string; prints how many folders, and the nanoseconds of each time
-//   lookups KIND       looks all the names up; prints how many were found, and the nanoseconds of start and
-//   look-ups databases          reads the five databases; prints their names, the nanoseconds, and the bytes
-//   they take
+//   find KIND           prints the path of each name on standard input, an empty line where there is none
+//   expand REPEAT PATH  expands a path string; prints how many folders, and the nanoseconds of each time
+//   lookups             looks lines "KIND NAME" up; prints how many were found, and the nanoseconds of the
+//                       start and of the look-ups
+//   databases           reads the five databases; prints their names, the nanoseconds, and their bytes
 #include <malloc.h>
 #include <unistd.h>
 
@@ -15,6 +15,7 @@
 #include <cstring>
 #include <iostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/job_state.h"
@@ -40,19 +41,20 @@ int flag(const char *key) {
     return value && *value == '1';
 }
 
-// The working folder, the settings, all search paths and the databases.
-void start() {
+// The working folder, the settings, the search paths of MASK and the databases.
+void start(std::uint32_t mask) {
     haveosx = 1;
     doDebug = 0;
     check_config();
-    NoPrefFile();
+    if (havePrefs)
+        NoPrefFile();
     const char *const space = get_str_resource("SPACECHAR");
     space_char = space ? std::atoi(space) : 202;
     dataBaseSearch = flag("DATABASE");
     char here[4096];
     if (::getcwd(here, sizeof here))
         PosixToUnixPath(here, curr_dir);
-    setpaths(0x7FFFFFF);
+    setpaths(mask);
     ReadTables();
 }
 
@@ -64,7 +66,7 @@ std::vector<std::string> names() {
 }
 
 int find(int kind) {
-    start();
+    start(0x7FFFFFF);
     for (const std::string &name : names()) {
         char *const found = kpse_find_file(name.c_str(), kind, 0);
         std::puts(found ? found : "");
@@ -73,14 +75,15 @@ int find(int kind) {
     return 0;
 }
 
-int lookups(int kind) {
-    const std::vector<std::string> all = names();
+int lookups() {
+    std::vector<std::pair<int, std::string>> all;
+    for (const std::string &line : names())
+        all.emplace_back(std::atoi(line.c_str()), line.substr(line.find(' ') + 1));
     const Clock::time_point begin = Clock::now();
-    start();
-    database_list(1);
+    start(0x04108180);
     const long long started = nanoseconds_since(begin);
     std::size_t found = 0;
-    for (const std::string &name : all) {
+    for (const auto &[kind, name] : all) {
         char *const path = kpse_find_file(name.c_str(), kind, 0);
         found += path != nullptr;
         std::free(path);
@@ -117,7 +120,8 @@ int databases() {
     haveosx = 1;
     doDebug = 0;
     check_config();
-    NoPrefFile();
+    if (havePrefs)
+        NoPrefFile();
     dataBaseSearch = 1;
     const struct mallinfo2 before = ::mallinfo2();
     const Clock::time_point begin = Clock::now();
@@ -142,12 +146,12 @@ int main(int count, char **words) {
     const std::string word = count > 1 ? words[1] : "";
     if (word == "find" && count == 3)
         return find(std::atoi(words[2]));
-    if (word == "lookups" && count == 3)
-        return lookups(std::atoi(words[2]));
+    if (word == "lookups" && count == 2)
+        return lookups();
     if (word == "expand" && count == 4)
         return expand(std::atoi(words[2]), words[3]);
     if (word == "databases" && count == 2)
         return databases();
-    std::fputs("search-driver find KIND | lookups KIND | expand REPEAT PATH | databases\n", stderr);
+    std::fputs("search-driver find KIND | lookups | expand REPEAT PATH | databases\n", stderr);
     return 64;
 }
