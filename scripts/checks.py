@@ -25,7 +25,7 @@ ALLOWED = {
     "toolhost": ("toolbox", "window", "desktop"),
     "setpaths": ("toolbox", "toolhost"),
     "client": ("toolbox",),
-    "helpers": ("toolbox",),
+    "helpers": ("toolbox", "linux"),
 }
 LIBRARIES = re.compile(r'#\s*include\s*<(Q\w|systemd/|gio/|glib|zlib)')
 LIBRARY_FOLDERS = ("linux", "desktop", "toolhost", "setpaths", "client", "helpers")

@@ -9,6 +9,7 @@
 #include <csignal>
 #include <cstring>
 
+#include "linux/editors_table.h"
 #include "linux/files_host.h"
 
 namespace quillon {
@@ -20,7 +21,7 @@ constexpr const char *type_attribute = "user.quillon.type";
 constexpr const char *creator_attribute = "user.quillon.creator";
 constexpr std::size_t looked_at = 4096;
 
-int (*editor_judge)(const char *posix_path) = nullptr;
+int (*editor_judge)(const char *posix_path) = IsTableEditor;
 
 bool read_stamp(const char *path, const char *attribute, OSType *code) {
     unsigned char bytes[4];

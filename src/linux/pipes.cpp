@@ -1,12 +1,45 @@
 #include "toolbox/pipes.h"
 
 #include <dlfcn.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <string>
 
 namespace quillon {
 
 namespace {
 
 void *library = nullptr;
+
+// Contents/Helpers of the shell's bundle; empty where there is none.
+std::string helpers_folder() {
+    char path[4096];
+    const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path);
+    std::string folder(path, length > 0 ? static_cast<std::size_t>(length) : 0);
+    for (int level = 0; level < 2; level++)
+        folder.resize(std::min(folder.find_last_of('/'), folder.size()));
+    folder += "/Helpers";
+    return ::access(folder.c_str(), X_OK) == 0 ? folder : "";
+}
+
+std::string single_quoted(const std::string &text) {
+    std::string quoted = "'";
+    for (const char c : text)
+        quoted += c == '\'' ? "'\\''" : std::string(1, c);
+    return quoted + "'";
+}
+
+// The command finds the helpers first; nothing else of this process sees their folder.
+std::FILE *open_pipe(const char *command, const char *mode) {
+    static const std::string folder = helpers_folder();
+    std::string line;
+    if (!folder.empty())
+        line = "PATH=" + single_quoted(folder) + "${PATH:+:$PATH}; export PATH\n";
+    return ::popen((line + command).c_str(), mode);
+}
 
 } // namespace
 
@@ -17,7 +50,11 @@ int SystemFrameworkLoad() {
 }
 
 void *SystemFunction(const char *name) {
-    return SystemFrameworkLoad() ? ::dlsym(library, name) : nullptr;
+    if (!SystemFrameworkLoad())
+        return nullptr;
+    if (std::strcmp(name, "popen") == 0)
+        return reinterpret_cast<void *>(open_pipe);
+    return ::dlsym(library, name);
 }
 
 } // namespace quillon

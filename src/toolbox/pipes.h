@@ -6,7 +6,7 @@ namespace quillon {
 
 // 1 when the system's framework is there.
 int SystemFrameworkLoad();
-// Null when there is no such function.
+// Null when there is no such function. The commands that "popen" runs find those of Contents/Helpers first.
 void *SystemFunction(const char *name);
 
 } // namespace quillon

@@ -1,0 +1,159 @@
+#include "helpers/launch.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace helpers {
+
+namespace {
+
+std::string own_folder() {
+    char path[4096];
+    const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
+    const std::string program(path, length > 0 ? static_cast<std::size_t>(length) : 0);
+    return program.substr(0, std::min(program.find_last_of('/'), program.size()));
+}
+
+// PATH without the folder of these commands: what they start is to find the system's own.
+std::string search_path() {
+    const char *const value = std::getenv("PATH");
+    std::string rest = value ? value : "/usr/local/bin:/usr/bin:/bin";
+    const std::string own = own_folder();
+    std::string kept;
+    while (true) {
+        const std::size_t end = std::min(rest.find(':'), rest.size());
+        const std::string folder = rest.substr(0, end);
+        if (!folder.empty() && folder != own)
+            kept += (kept.empty() ? "" : ":") + folder;
+        if (end == rest.size())
+            return kept;
+        rest.erase(0, end + 1);
+    }
+}
+
+bool can_run(const std::string &path) {
+    struct stat info;
+    return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode) && access(path.c_str(), X_OK) == 0;
+}
+
+std::vector<std::string> environment() {
+    std::vector<std::string> variables = {"PATH=" + search_path()};
+    for (char **variable = environ; *variable; variable++)
+        if (std::strncmp(*variable, "PATH=", 5) != 0 && std::strncmp(*variable, "QUILLON_", 8) != 0)
+            variables.emplace_back(*variable);
+    return variables;
+}
+
+std::vector<char *> pointers(std::vector<std::string> &words) {
+    std::vector<char *> list;
+    for (std::string &word : words)
+        list.push_back(word.data());
+    list.push_back(nullptr);
+    return list;
+}
+
+void forget_signals() {
+    sigset_t none;
+    sigemptyset(&none);
+    for (int number = 1; number < SIGRTMIN; number++)
+        signal(number, SIG_DFL);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
+// Nothing of the caller's stays open but REPORT.
+void forget_files(int report) {
+    const int nothing = open("/dev/null", O_RDWR);
+    for (int standard = 0; standard <= 2; standard++)
+        dup2(nothing, standard);
+    if (report > 3)
+        close_range(3, static_cast<unsigned>(report) - 1, 0);
+    close_range(static_cast<unsigned>(report) + 1, ~0U, 0);
+}
+
+void tell(int report, int error) {
+    while (write(report, &error, sizeof error) < 0 && errno == EINTR) {
+    }
+}
+
+[[noreturn]] void become_program(const Launch &launch, const std::string &program, int report) {
+    if (launch.before) {
+        close(report);
+        if (!launch.before())
+            _exit(0);
+    }
+    std::vector<std::string> words = launch.words, variables = environment();
+    words[0] = program;
+    if (!launch.folder.empty() && chdir(launch.folder.c_str()) != 0)
+        tell(report, errno);
+    else {
+        execve(program.c_str(), pointers(words).data(), pointers(variables).data());
+        tell(report, errno);
+    }
+    _exit(127);
+}
+
+[[noreturn]] void middle_process(const Launch &launch, const std::string &program, int report) {
+    setsid();
+    forget_signals();
+    forget_files(report);
+    const pid_t pid = fork();
+    if (pid == 0)
+        become_program(launch, program, report);
+    if (pid < 0)
+        tell(report, errno);
+    close(report);
+    if (pid > 0 && launch.after)
+        launch.after(pid);
+    _exit(0);
+}
+
+} // namespace
+
+std::string program_path(const std::string &name) {
+    if (name.find('/') != std::string::npos)
+        return can_run(name) ? name : "";
+    std::string rest = search_path();
+    while (!rest.empty() && !name.empty()) {
+        const std::size_t end = std::min(rest.find(':'), rest.size());
+        const std::string path = rest.substr(0, end) + "/" + name;
+        if (can_run(path))
+            return path;
+        rest.erase(0, std::min(end + 1, rest.size()));
+    }
+    return "";
+}
+
+int start_detached(const Launch &launch) {
+    const std::string program = program_path(launch.words[0]);
+    if (program.empty())
+        return access(launch.words[0].c_str(), F_OK) == 0 ? EACCES : ENOENT;
+    int report[2];
+    if (pipe2(report, O_CLOEXEC) != 0)
+        return errno;
+    // Above the standard three, which the child gives away.
+    for (int &end : report)
+        if (end < 3)
+            end = fcntl(end, F_DUPFD_CLOEXEC, 3);
+    const pid_t pid = fork();
+    if (pid == 0)
+        middle_process(launch, program, report[1]);
+    const int failed = pid < 0 ? errno : 0;
+    close(report[1]);
+    int error = 0;
+    ssize_t count;
+    while ((count = read(report[0], &error, sizeof error)) < 0 && errno == EINTR) {
+    }
+    close(report[0]);
+    if (pid > 0 && !launch.after)
+        waitpid(pid, nullptr, 0);
+    return failed ? failed : count == sizeof error ? error : 0;
+}
+
+} // namespace helpers

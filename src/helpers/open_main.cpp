@@ -1,0 +1,70 @@
+// open -a APPLICATION [DOCUMENT]: opens a document in an application, and returns as soon as that is asked
+// for.
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <unistd.h>
+
+#include "helpers/application.h"
+#include "helpers/editor.h"
+#include "helpers/hand_over.h"
+#include "helpers/launch.h"
+#include "places.h"
+
+namespace {
+
+using namespace helpers;
+
+constexpr int exit_usage = 64;
+
+int fail(const std::string &problem) {
+    std::fprintf(stderr, "open: %s\n", problem.c_str());
+    return 1;
+}
+
+// Whether the engine stopped at an error in DOCUMENT: then the command that goes to the line follows.
+bool line_follows(const std::string &document) {
+    const std::string file = toolhost::setting("FILENAME");
+    return !file.empty() && toolhost::expand_setting_path(file, "", toolhost::space_byte()) == document;
+}
+
+int open_in_editor(const Application &editor, const quillon::EditorRow &row, const std::string &document) {
+    std::string problem;
+    Launch launch;
+    launch.words = editor_command(editor, row, document, 0, problem);
+    if (launch.words.empty())
+        return fail(problem);
+    const std::string mark = line_follows(document) ? leave_mark(document) : "";
+    if (!mark.empty() && !program_path(launch.words[0]).empty())
+        launch.before = [mark] { return mark_is_left(mark); };
+    const int error = start_detached(launch);
+    return error == 0 ? 0 : fail("I can't start " + launch.words[0] + ": " + std::strerror(error));
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    if (argc < 3 || argc > 4 || std::strcmp(argv[1], "-a") != 0) {
+        std::fputs("usage: open -a APPLICATION [DOCUMENT]\n", stderr);
+        return exit_usage;
+    }
+    const Application application = find_application(argv[2]);
+    if (application.kind == Kind::none)
+        return fail(std::string("I can't find the application ") + argv[2]);
+    std::string document;
+    if (argc == 4) {
+        char *const folder = get_current_dir_name();
+        document = toolhost::absolute_path(folder ? folder : "/", argv[3]);
+        std::free(folder);
+        if (access(document.c_str(), F_OK) != 0)
+            return fail("I can't find the file " + document);
+    }
+    const auto *const row = application.kind == Kind::bundle || document.empty()
+                                ? nullptr
+                                : quillon::FindEditorRow(quillon::EditorRows(), application.path);
+    if (row)
+        return open_in_editor(application, *row, document);
+    std::string problem;
+    return open_application(application, document, problem) ? 0 : fail(problem);
+}
