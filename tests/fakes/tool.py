@@ -2,9 +2,9 @@
 """A tool application on the bus contract alone, which does what Resources/behaviour.json of its bundle says.
 
 Keys: "crash" ("launch", "before reply", "after reply"), "never" (no answer at all), "reply" (keyword -> [type,
-value]), "log" (text of a transcript), "outside log" (a path named as
-the transcript as it is), "record" (a file that gets the command line and the folder), "child" (starts a child that
-ignores hang-ups in a session of its own), "report" (an 'ansr' event with these parameters before the reply).
+value]), "log" (text of a transcript), "outside log" (a path named as the transcript as it is), "record" (a file that
+gets the command line and the folder), "documents" (a file that gets the path of each document, ended by a NUL), "child"
+(starts a child that ignores hang-ups in a session of its own), "report" (an 'ansr' event with these parameters before the reply).
 """
 
 import json
@@ -51,6 +51,11 @@ class Tool(dbus.service.Object):
             self.loop.quit()
         elif (event_class, event_id) == ("QUIL", "priv"):
             self.run(parameters, reply, sender)
+        elif (event_class, event_id) == ("aevt", "odoc") and "documents" in self.behaviour:
+            path = parameters["----"][1]
+            with open(self.behaviour["documents"], "ab") as file:
+                file.write((path.encode() if isinstance(path, str) else bytes(path)) + b"\0")
+            reply(0, {})
         else:
             reply(-1708, {})
 
