@@ -28,6 +28,10 @@ struct Waiting {
 static OSErr error_code(const sd_bus_error *error) {
     if (sd_bus_error_has_name(error, SD_BUS_ERROR_TIMEOUT))
         return errAETimeout;
+    for (const char *const refusal :
+         {SD_BUS_ERROR_UNKNOWN_METHOD, SD_BUS_ERROR_UNKNOWN_OBJECT, SD_BUS_ERROR_UNKNOWN_INTERFACE})
+        if (sd_bus_error_has_name(error, refusal))
+            return errAEEventNotHandled;
     return connectionInvalid;
 }
 
@@ -54,7 +58,9 @@ template <typename Done> static OSErr wait_for(Done done, std::int32_t timeout, 
     std::uint32_t sleep = 0;
     while (!done()) {
         EventRecord event;
-        WaitNextEvent(0x8140 | highLevelEventMask, &event, sleep);
+        // Other programs' events pass while a job holds back those that start work; else they wait for the
+        // loop, which carries out what they ask for.
+        WaitNextEvent(EventsAreGated() ? 0x8140 | highLevelEventMask : 0x8140, &event, sleep);
         // An event that was taken is handled, also when the wait is over.
         if (event.what == kHighLevelEvent) {
             AEProcessAppleEvent(&event);
@@ -150,6 +156,12 @@ static OSErr send_to_plain(const AppleEvent *event, const ProcessSerialNumber &p
                       : static_cast<OSErr>(procNotFound);
 }
 
+// Asks a program launched from here that has no name on the bus to end, and what it started with it.
+static OSErr end_program(const Launched &program) {
+    return !program.exited && kill(-program.pid, SIGTERM) == 0 ? static_cast<OSErr>(noErr)
+                                                               : static_cast<OSErr>(procNotFound);
+}
+
 // The process that TARGET names. A quit by signature goes only to a program launched from here.
 static OSErr find_target(const AEDesc &target, bool quits, ProcessSerialNumber *psn) {
     if (target.descriptorType == typeProcessSerialNumber &&
@@ -175,6 +187,16 @@ static OSErr find_target(const AEDesc &target, bool quits, ProcessSerialNumber *
     return procNotFound;
 }
 
+// What is handled in a wait may forget a program, so each look finds it anew.
+static bool has_ended(pid_t pid) {
+    const Launched *const program = find_launched(pid);
+    return !program || program->exited;
+}
+
+static bool has_settled(pid_t pid) {
+    return has_ended(pid) || !find_launched(pid)->owner.empty() || !HostBus();
+}
+
 OSErr AESend(const AppleEvent *event, AppleEvent *reply, std::int32_t mode, std::int16_t,
              std::int32_t timeout, AEIdleProc idle) {
     const bool wait = (mode & 3) == kAEWaitReply;
@@ -192,6 +214,8 @@ OSErr AESend(const AppleEvent *event, AppleEvent *reply, std::int32_t mode, std:
         return send_to_plain(event, psn);
     if ((psn.highLongOfPSN == psn_launched && !program) || (psn.highLongOfPSN == psn_bus && !find_peer(pid)))
         return procNotFound;
+    if (quits && program && (program->owner.empty() || !HostBus()))
+        return end_program(*program);
     if (!HostBus())
         return connectionInvalid;
 
@@ -199,12 +223,11 @@ OSErr AESend(const AppleEvent *event, AppleEvent *reply, std::int32_t mode, std:
     OSErr result = noErr;
     if (program)
         // The program has only just been launched: its name comes in a moment, or it ends.
-        result =
-            wait_for([&] { return !program->owner.empty() || program->exited || !HostBus(); }, limit, idle);
+        result = wait_for([pid] { return has_settled(pid); }, limit, idle);
     const std::string owner = bus_owner(psn.highLongOfPSN, pid);
     if (result == noErr)
         result = owner.empty()
-                     ? static_cast<OSErr>(program && program->exited ? procNotFound : connectionInvalid)
+                     ? static_cast<OSErr>(program && has_ended(pid) ? procNotFound : connectionInvalid)
                      : send_on_bus(event, reply, owner, wait, limit, idle);
     tool_waits -= wait;
     return result;

@@ -11,6 +11,8 @@
 namespace quillon {
 
 static constexpr unsigned queue_limit = 512;
+// Places that the events of other programs leave to the person and the host.
+static constexpr unsigned reserved_places = 64;
 static EventRecord queue[queue_limit];
 static unsigned queue_length = 0;
 static int something_happened = 1;
@@ -38,6 +40,10 @@ void SetEventGate(int (*admits)(const EventRecord &event)) {
     something_happened = 1;
 }
 
+int EventsAreGated() {
+    return gate != nullptr;
+}
+
 void RequestLeave() {
     leave_requested = 1;
     something_happened = 1;
@@ -47,21 +53,20 @@ int LeaveRequested() {
     return leave_requested;
 }
 
-void RequestCancel()
-{
+void RequestCancel() {
     cancel_requested = 1;
     something_happened = 1;
 }
 
-int CancelRequested()
-{
+int CancelRequested() {
     const int requested = cancel_requested;
     cancel_requested = 0;
     return requested;
 }
 
 static int append(const EventRecord &event) {
-    if (queue_length == queue_limit) {
+    const unsigned limit = event.serial == 0 ? queue_limit : queue_limit - reserved_places;
+    if (queue_length >= limit) {
         std::fprintf(stderr, "quillon: the event queue is full, an event of kind %u was refused\n",
                      event.what);
         return 0;

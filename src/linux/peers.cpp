@@ -23,6 +23,8 @@ std::list<Launched> launched_programs;
 std::list<Peer> bus_peers;
 int tool_waits = 0;
 
+static constexpr std::uint32_t name_patience = 120; // ticks
+
 static const char name_prefix[] = "org.quillon.App.p";
 
 Launched *find_launched(pid_t pid) {
@@ -49,8 +51,10 @@ Peer *find_peer(pid_t pid) {
 bool is_listed(const Launched &program) {
     if (!program.exited)
         return true;
-    // What it sent before it ended comes ahead of the news that its name has gone.
-    if (!program.owner.empty() && !program.owner_gone && HostBus())
+    // What it sent before it ended comes ahead of the news that its name has gone. A child that kept its
+    // connection open keeps the name for ever, so that is not waited for long.
+    if (!program.owner.empty() && !program.owner_gone && HostBus() &&
+        TickCount() - program.ended_at < name_patience)
         return true;
     return tool_waits == 0 && !program.owner.empty() && events_wait_from(program.owner.c_str());
 }
@@ -196,6 +200,7 @@ static int on_exit(sd_event_source *source, int, std::uint32_t, void *context) {
     program->source = nullptr;
     program->descriptor = -1;
     program->exited = true;
+    program->ended_at = TickCount();
     WakeUp();
     return 0;
 }

@@ -23,7 +23,8 @@ struct Launched {
     sd_event_source *source = nullptr;
     bool is_bundle = false;
     bool exited = false;
-    std::string path; // POSIX path of the bundle or program
+    std::uint32_t ended_at = 0; // ticks
+    std::string path;           // POSIX path of the bundle or program
     OSType signature = 0;
     std::string owner; // its unique name on the bus, once that is known to be its process
     bool owner_gone = false;

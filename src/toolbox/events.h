@@ -1,4 +1,5 @@
-// Event Manager: the one queue of event records that everything a person or another program does goes through.
+// Event Manager: the one queue of event records that everything a person or another program does goes
+// through.
 #ifndef QUILLON_TOOLBOX_EVENTS_H
 #define QUILLON_TOOLBOX_EVENTS_H
 
@@ -36,8 +37,8 @@ enum : std::uint32_t { suspendResumeMessage = 0x01000000, resumeFlag = 1 };
 
 struct EventRecord {
     std::uint16_t what;
-    // Key events: the character. Menu choices (a mouse down in the menu bar): menu id << 16 | item. High-level
-    // events: the event class.
+    // Key events: the character. Menu choices (a mouse down in the menu bar): menu id << 16 | item.
+    // High-level events: the event class.
     std::uint32_t message;
     std::uint32_t when;
     // High-level events carry the event id here, packed as (v << 16 | h).
@@ -48,8 +49,8 @@ struct EventRecord {
 };
 
 // Takes the first queued event that MASK admits: 1 and the event, or 0 and a null event. The first call that
-// finds nothing after something happened answers at once; the next sleeps, at most SLEEP ticks (1/60 s), until
-// something happens.
+// finds nothing after something happened answers at once; the next sleeps, at most SLEEP ticks (1/60 s),
+// until something happens.
 int WaitNextEvent(std::uint16_t mask, EventRecord *event, std::uint32_t sleep);
 // As WaitNextEvent, without sleeping.
 int GetNextEvent(std::uint16_t mask, EventRecord *event);
@@ -66,8 +67,10 @@ int PostHighLevelEvent(OSType event_class, OSType event_id, std::uint32_t serial
 // Says that something happened that is no event of its own (a reply came, a process ended): a wait wakes.
 void WakeUp();
 
-// While ADMITS answers 0 for an event, that event stays in the queue whatever the mask. Null admits everything.
+// While ADMITS answers 0 for an event, that event stays in the queue whatever the mask. Null admits
+// everything.
 void SetEventGate(int (*admits)(const EventRecord &event));
+int EventsAreGated();
 
 std::uint32_t TickCount();
 std::uint32_t GetDblTime();
@@ -76,8 +79,8 @@ std::uint32_t GetDblTime();
 // bus. The loop ends any run, saves and exits.
 void RequestLeave();
 int LeaveRequested();
-// Another program asks to cancel the run in progress, wherever the shell stands on the screen. CancelRequested
-// takes the request.
+// Another program asks to cancel the run in progress, wherever the shell stands on the screen.
+// CancelRequested takes the request.
 void RequestCancel();
 int CancelRequested();
 

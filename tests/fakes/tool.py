@@ -4,7 +4,8 @@
 Keys: "crash" ("launch", "before reply", "after reply"), "never" (no answer at all), "reply" (keyword -> [type,
 value]), "log" (text of a transcript), "outside log" (a path named as the transcript as it is), "record" (a file that
 gets the command line and the folder), "documents" (a file that gets the path of each document, ended by a NUL), "child"
-(starts a child that ignores hang-ups in a session of its own), "report" (an 'ansr' event with these parameters before the reply).
+(starts a child that ignores hang-ups in a session of its own), "heir" (forks a child that keeps the connection; a
+file gets its process id), "report" (an 'ansr' event with these parameters before the reply).
 """
 
 import json
@@ -68,6 +69,16 @@ class Tool(dbus.service.Object):
             child = subprocess.Popen(["setsid", "sh", "-c", "trap '' HUP; echo $$ > \"$1\"; exec sleep 1000", "sh",
                                       does["child"]])
             del child
+        if "heir" in does:
+            # A child that keeps the bus connection open when this program ends.
+            child = os.fork()
+            if child == 0:
+                os.close(1)
+                os.close(2)
+                while True:
+                    signal.pause()
+            with open(does["heir"], "w", encoding="utf-8") as file:
+                file.write(str(child))
         if does.get("crash") == "before reply":
             os.kill(os.getpid(), signal.SIGKILL)
         if "report" in does:

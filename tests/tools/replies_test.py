@@ -1,6 +1,7 @@
 """Tools that behave in every way a tool can: the replies, the crashes, the silence, the cancel."""
 
 import os
+import signal
 import sys
 import unittest
 
@@ -101,6 +102,23 @@ class Replies(HomeTest):
         output = self.shell(self.exec() + "key .\nprint state exit_status\nprint state tex_error\n")
         self.assertIn("tex_error=0\n", output)
         wait_until(lambda: not self.processes_of(self.binaries))
+
+    def test_a_tool_that_never_comes_to_the_bus_is_cancelled_and_gone(self):
+        self.copy_binaries()
+        program = os.path.join(self.binaries, "pdftex.app", "Contents", "Linux", "pdftex")
+        os.unlink(program)
+        self.file("pdftex", "#!/bin/sh\nsleep 1000 &\nwait\n", os.path.dirname(program))
+        os.chmod(program, 0o755)
+        self.shell(self.exec() + "# comments do not hide the step\n\nkey .\n")
+        wait_until(lambda: not self.processes_of(self.binaries))
+
+    def test_a_child_that_keeps_the_connection_does_not_keep_the_tool(self):
+        pid_path = os.path.join(self.home, "pid")
+        self.fake_tool("pdftex", heir=pid_path, crash="before reply")
+        output = self.shell(self.exec() + "print state exit_status\n")
+        with open(pid_path, encoding="utf-8") as file:
+            os.kill(int(file.read()), signal.SIGKILL)
+        self.assertIn("reply 0 ---- long", output)
 
     def test_a_run_after_a_crash_runs(self):
         self.fake_tool("dvips", crash="before reply")
