@@ -10,6 +10,7 @@
 #include "core/startup.h"
 #include "events/handlers.h"
 #include "files/search.h"
+#include "front/front.h"
 #include "menus/current_files.h"
 #include "menus/menus.h"
 #include "menus/recent_files.h"
@@ -57,8 +58,10 @@ int WaitForUpdate() {
 
 void wait_for_front() {
     DoNotify();
-    while (inBackground)
-        main_event(mask_waiting);
+    // Outside a job the loop itself leaves when it is asked to; a job goes on, and ends.
+    while (inBackground && !(LeaveRequested() && job_running()))
+        if (!main_event(mask_waiting))
+            front->front_wait();
 }
 
 void doAppleEvent(const EventRecord *event) {

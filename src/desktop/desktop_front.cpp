@@ -195,6 +195,7 @@ constexpr Front desktop_front = {
     .sleep = pump_events,
     .idle = nothing_to_do,
     .tool_wait = nothing_to_wait_for,
+    .front_wait = nothing_to_wait_for,
     .commands_admitted = commands_admitted,
     .is_front = is_front,
     .bring_to_front = bring_to_front,

@@ -18,14 +18,16 @@ class TextStore;
 struct Front {
     const char *name;
 
-    // Events. sleep() returns when a source of the event loop has something, when something was posted, or after
-    // MILLISECONDS (-1: no limit).
+    // Events. sleep() returns when a source of the event loop has something, when something was posted, or
+    // after MILLISECONDS (-1: no limit).
     void (*sleep)(int milliseconds);
     // A wait that admits every event found the queue empty: the headless front takes its next script step.
     // 1 when something was done.
     int (*idle)();
     // The wait for a tool found nothing: a script step that cancels may be taken.
     void (*tool_wait)();
+    // The wait to be brought to the front found nothing: a script step that does it may be taken.
+    void (*front_wait)();
     // 0 while a run admits no commands: the menus are shown disabled.
     void (*commands_admitted)(int admitted);
     int (*is_front)();
@@ -44,8 +46,8 @@ struct Front {
     void (*set_cursor)(CursorShape shape);
     void (*beep)();
     void (*notify)(int on);
-    // Shows the message window of that name ("about box", "Quit", "ConfirmDelete", "LongName", "alert 900") until
-    // it is dismissed: 1 by OK, 0 by Cancel.
+    // Shows the message window of that name ("about box", "Quit", "ConfirmDelete", "LongName", "alert 900")
+    // until it is dismissed: 1 by OK, 0 by Cancel.
     int (*message_window)(const char *name);
     int (*navigate)(const NavRequest *request, BoundedBuffer &posix_path);
 

@@ -40,6 +40,10 @@ void SetHeadlessFront(int front_now) {
     PostEvent(osEvt, suspendResumeMessage | (front_now ? resumeFlag : 0u), 0, {0, 0});
 }
 
+void StartInBackground() {
+    in_front = 0;
+}
+
 static void headless_commands_admitted(int) {}
 
 static int headless_is_front() {
@@ -148,6 +152,7 @@ static Front make_front() {
     made_front.sleep = headless_sleep;
     made_front.idle = TakeScriptStep;
     made_front.tool_wait = TakeCancelStep;
+    made_front.front_wait = TakeForegroundStep;
     made_front.commands_admitted = headless_commands_admitted;
     made_front.is_front = headless_is_front;
     made_front.bring_to_front = headless_bring_to_front;

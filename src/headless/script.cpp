@@ -31,15 +31,6 @@ static std::string unread;
 static std::deque<std::string> choices; // an empty one cancels
 static std::deque<DialogAnswer> answers;
 
-int OpenScript(const char *path) {
-    descriptor = std::strcmp(path, "-") == 0 ? STDIN_FILENO : open(path, O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0)
-        return 0;
-    can_wait = lseek(descriptor, 0, SEEK_CUR) < 0;
-    at_end = false;
-    return 1;
-}
-
 int ScriptDescriptor() {
     return can_wait && !at_end ? descriptor : -1;
 }
@@ -74,6 +65,31 @@ static bool peek_line(std::string *line) {
 static void drop_line() {
     const std::size_t end = unread.find('\n');
     unread.erase(0, end == std::string::npos ? end : end + 1);
+}
+
+// Looks at the next step past blank lines and comments.
+static bool peek_step(std::string *word, std::string *rest) {
+    while (peek_line(rest)) {
+        *word = TakeWord(rest);
+        if (!word->empty() && (*word)[0] != '#')
+            return true;
+        drop_line();
+    }
+    return false;
+}
+
+int OpenScript(const char *path) {
+    descriptor = std::strcmp(path, "-") == 0 ? STDIN_FILENO : open(path, O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0)
+        return 0;
+    can_wait = lseek(descriptor, 0, SEEK_CUR) < 0;
+    at_end = false;
+    std::string word, rest;
+    while (peek_step(&word, &rest) && word == "background") {
+        drop_line();
+        StartInBackground();
+    }
+    return 1;
 }
 
 int NextChoice(BoundedBuffer &path, int *cancelled) {
@@ -152,8 +168,8 @@ static Taken take_step(const std::string &word, const std::string &rest) {
         SetHeadlessFront(word == "foreground");
     } else if (word == "quit") {
         RequestLeave();
-    } else if (word != "wait") {
-        std::fprintf(stderr, "quillon: script: unknown step: %s\n", word.c_str());
+    } else if (word != "wait" || rest != "RUN") {
+        std::fprintf(stderr, "quillon: script: unknown step: %s %s\n", word.c_str(), rest.c_str());
     }
     return taken_work;
 }
@@ -161,13 +177,9 @@ static Taken take_step(const std::string &word, const std::string &rest) {
 int TakeScriptStep() {
     if (descriptor < 0 || LeaveRequested())
         return 0;
-    std::string line;
-    while (peek_line(&line)) {
+    std::string word, rest;
+    while (peek_step(&word, &rest)) {
         drop_line();
-        std::string rest = line;
-        const std::string word = TakeWord(&rest);
-        if (word.empty() || word[0] == '#')
-            continue;
         std::fflush(stdout);
         if (take_step(word, rest) == taken_work)
             return 1;
@@ -179,13 +191,24 @@ int TakeScriptStep() {
 }
 
 void TakeCancelStep() {
-    std::string line;
-    if (descriptor < 0 || !peek_line(&line))
+    std::string word, rest;
+    if (descriptor < 0 || !peek_step(&word, &rest) || word != "key" || rest != ".")
         return;
-    std::string rest = line;
-    if (TakeWord(&rest) == "key" && rest == ".") {
-        drop_line();
-        post_key(rest);
+    drop_line();
+    post_key(rest);
+}
+
+void TakeForegroundStep() {
+    std::string word, rest;
+    if (descriptor < 0)
+        return;
+    if (peek_step(&word, &rest)) {
+        if (word == "foreground") {
+            drop_line();
+            SetHeadlessFront(1);
+        }
+    } else if (at_end) {
+        RequestLeave();
     }
 }
 
