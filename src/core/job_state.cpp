@@ -31,6 +31,7 @@ void *reserveMemory = nullptr;
 std::uint16_t myMask = 0;
 std::uint32_t sleepTime = 0;
 std::int32_t shift_key_down = 0, option_key_down = 0;
+CursorShape myArrow = arrowCursor, waitCursor = watchCursor, editCursor = iBeamCursor;
 WindowRef theConsole = nullptr;
 
 } // namespace quillon

@@ -29,20 +29,25 @@ namespace quillon {
 // A block held back so that the out-of-memory exit has room to show its alert.
 static constexpr std::size_t reserve_size = 32000;
 
+std::jmp_buf state;
+
 void SetUpCursors() {
+    myArrow = arrowCursor;
+    waitCursor = watchCursor;
+    editCursor = iBeamCursor;
     restore();
 }
 
 void restore() {
-    SetCursor(arrowCursor);
+    SetCursor(myArrow);
 }
 
 void mywait() {
-    SetCursor(watchCursor);
+    SetCursor(waitCursor);
 }
 
 void SetEditCursor() {
-    SetCursor(iBeamCursor);
+    SetCursor(editCursor);
 }
 
 static void probe_system() {
@@ -51,6 +56,8 @@ static void probe_system() {
     if (Gestalt(gestaltSystemVersion, &answer) == noErr) {
         haveosx = answer > 0x0FFF;
         hasSys9 = answer > 0x08FF;
+        if (answer > 0x07FF)
+            RegisterAppearanceClient();
     }
 }
 
@@ -165,15 +172,17 @@ void shell_main() {
 void DoJump(int code) {
     restore();
     exit_status = code;
-    // The job that failed will never end by itself.
-    while (job_running())
-        end_job();
     if (code == -50) {
         std::free(reserveMemory);
         if (!inBackground)
             StopAlert(900);
         std::exit(0);
     }
+    if (in_dvii == 1)
+        std::longjmp(state, 1);
+    // The job that failed will never end by itself.
+    while (job_running())
+        end_job();
     forceQuit = 1;
     ml_printf("\nA serious error has occurred.\n");
     for (;;)

@@ -2,7 +2,12 @@
 #ifndef QUILLON_CORE_STARTUP_H
 #define QUILLON_CORE_STARTUP_H
 
+#include <csetjmp>
+
 namespace quillon {
+
+// Where DoJump comes back to while a DVI file is read (in_dvii is 1).
+extern std::jmp_buf state;
 
 // Never returns: start-up, then the event loop for ever.
 [[noreturn]] void shell_main();

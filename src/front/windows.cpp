@@ -80,6 +80,10 @@ void SetSystemVersion(std::int32_t version) {
     system_version = version;
 }
 
+OSErr RegisterAppearanceClient() {
+    return noErr;
+}
+
 OSErr Gestalt(OSType selector, std::int32_t *response) {
     if (selector == gestaltSystemVersion)
         *response = system_version;

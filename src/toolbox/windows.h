@@ -10,7 +10,14 @@ namespace quillon {
 struct Window;
 using WindowRef = Window *;
 
-enum WindowPart : std::int16_t { inDesk = 0, inMenuBar = 1, inContent = 3, inDrag = 4, inGrow = 5, inGoAway = 6 };
+enum WindowPart : std::int16_t {
+    inDesk = 0,
+    inMenuBar = 1,
+    inContent = 3,
+    inDrag = 4,
+    inGrow = 5,
+    inGoAway = 6
+};
 enum CursorShape { arrowCursor, watchCursor, iBeamCursor };
 
 // The window is made invisible. BOUNDS in global coordinates (top, left, bottom, right).
@@ -46,6 +53,8 @@ OSErr NMInstall(NMRec *request);
 OSErr NMRemove(NMRec *request);
 
 enum : OSType { gestaltMenuMgrAttr = four("menu"), gestaltSystemVersion = four("sysv") };
+// Tells the system that the program follows its appearance; every front does.
+OSErr RegisterAppearanceClient();
 OSErr Gestalt(OSType selector, std::int32_t *response);
 // `--system 9` of the headless front: Gestalt answers as that system.
 void SetSystemVersion(std::int32_t version);

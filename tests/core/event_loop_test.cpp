@@ -222,6 +222,35 @@ TEST_F(Loop, AfterASeriousErrorOnlyQuittingIsPossible) {
     haveosx = 1;
 }
 
+TEST_F(Loop, AnErrorWhileADviFileIsReadComesBackToTheRecoveryPoint) {
+    const JobScope scope;
+    volatile int times = 0;
+    in_dvii = 1;
+    if (setjmp(state) == 0) {
+        times = times + 1;
+        DoJump(9);
+    }
+    in_dvii = 0;
+    EXPECT_EQ(times, 1);
+    EXPECT_EQ(exit_status, 9);
+    EXPECT_EQ(forceQuit, 0);
+    EXPECT_EQ(job_running(), 1);
+}
+
+TEST_F(Loop, OtherProgramsEventsLeavePlacesForThePerson) {
+    int received = 0;
+    ::testing::internal::CaptureStderr();
+    while (PostHighLevelEvent(four("QUIL"), four("frmt"), 7))
+        received++;
+    EXPECT_EQ(PostEvent(osEvt, suspendResumeMessage, 0, {0, 0}), 1);
+    EXPECT_EQ(PostHighLevelEvent(four("QUIL"), four("gone"), 0), 1);
+    ::testing::internal::GetCapturedStderr();
+    EventRecord seen;
+    while (GetNextEvent(everyEvent, &seen))
+        ;
+    EXPECT_GT(received, 400);
+}
+
 TEST(CommandTable, EveryRowHasAMenuAndItsNumberIsItsPlace) {
     std::int16_t menu = 0, item = 0;
     for (int i = 0; i < command_count; i++) {
