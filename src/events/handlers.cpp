@@ -61,6 +61,8 @@ static void read_text(const AppleEvent *event, BoundedBuffer &buffer) {
     if (size > room)
         ml_printf("A text of %lu characters was received; only its first %lu are used.\n",
                   static_cast<unsigned long>(size), static_cast<unsigned long>(room));
+    else if (buffer.length() < size)
+        ml_printf("A text with a zero byte was received; only what stands before it is used.\n");
 }
 
 OSErr HandleOAPP(const AppleEvent *event, AppleEvent *, std::int32_t) {
@@ -69,11 +71,19 @@ OSErr HandleOAPP(const AppleEvent *event, AppleEvent *, std::int32_t) {
 
 // The Unix path of a location; 0 when it does not fit.
 static int unix_path_of(FSSpec *spec, BoundedBuffer &path) {
-    BoundedString<64> leaf;
+    BoundedString<256> leaf;
     from_pascal(spec->name, leaf);
     convert_space(leaf.data());
     return get_unixpath_by_dirid(spec->vRefNum, spec->parID, path) && path.append("/") &&
            path.append(leaf.view());
+}
+
+// A document whose place has no Unix path that fits: one directly in the root folder, or too deep.
+static void refuse_document(const FSSpec *spec) {
+    BoundedString<256> leaf;
+    from_pascal(spec->name, leaf);
+    odocfile.clear();
+    ml_printf("Quillon cannot open \"%s\" where it lies.\n", leaf.c_str());
 }
 
 OSErr HandleODOC(const AppleEvent *event, AppleEvent *reply, std::int32_t) {
@@ -96,8 +106,9 @@ OSErr HandleODOC(const AppleEvent *event, AppleEvent *reply, std::int32_t) {
             return error;
         }
         if (!unix_path_of(&spec, odocfile)) {
-            odocfile.clear();
-            ml_printf("The path of the document is too long for Quillon.\n");
+            refuse_document(&spec);
+            AEDisposeDesc(&list);
+            return noErr;
         }
     }
     doAppleTeX = 1;

@@ -147,7 +147,9 @@ OSErr HandleReply(const AppleEvent *event, AppleEvent *, std::int32_t) {
 
 OSErr HandleExit(const AppleEvent *event, AppleEvent *, std::int32_t) {
     std::int32_t identity = 0;
-    job_outcome = job_cancelled;
+    // A report that comes after the reply says nothing about the run.
+    if (job_outcome != job_done)
+        job_outcome = job_cancelled;
     take_exit_code(event);
     if (show_log(event))
         ml_printf("\nProcessing cancelled by user.\n\n");

@@ -7,6 +7,7 @@ import sys
 import unittest
 
 import dbus
+import dbus.lowlevel
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
 from harness import ServiceTest, wait_until  # noqa: E402
@@ -186,6 +187,94 @@ class Service(ServiceTest):
         thread.join(30)
         self.assertEqual(thread.result, 1)
         self.assertTrue(os.path.exists(os.path.join(self.work, "bad.pdf")))
+
+    def test_a_termination_signal_ends_the_wait_to_be_in_front(self):
+        # The run has ended and its output is to be viewed, but there is no viewer and the shell is behind.
+        with open(self.preferences_path, "a", encoding="utf-8") as file:
+            file.write("AUTOVIEW=1\n")
+        script = self.file("steps", f"background\nevent QUIL exec ---- TEXT pdftex x.tex dest fss {self.work}\nquit\n")
+        shell = self.start_shell("--script", script)
+        wait_until(lambda: "Output written on x.pdf" in self.output())
+        self.assertIsNone(shell.poll())
+        shell.send_signal(signal.SIGTERM)
+        self.assertEqual(shell.wait(30), 0)
+        self.assertEqual(self.setting("RECENTFILE1"), os.path.join(self.work, "x.tex"))
+
+    def send_many(self, connection, count, *arguments):
+        for _ in range(count):
+            call = dbus.lowlevel.MethodCallMessage("org.quillon.Shell", "/org/quillon/Shell", "org.quillon.Shell1", "Exec")
+            call.append(*arguments)
+            connection.send_message(call)
+        connection.flush()
+
+    def test_ten_thousand_calls_at_once_leave_room_for_the_rest(self):
+        shell = self.start_shell()
+        first = self.start_endless()
+        self.send_many(self.bus(), 10000, "nothing x", "")
+        name = self.error_of(lambda: self.shell_object().Exec("nothing x", "", timeout=60))
+        self.assertEqual(name, "org.quillon.Shell1.Error.Busy")
+        self.shell_object().Cancel()
+        first.join(30)
+        wait_until(lambda: self.answers_exec())
+        shell.send_signal(signal.SIGTERM)
+        self.assertEqual(shell.wait(30), 0)
+
+    def answers_exec(self):
+        try:
+            return self.shell_object().Exec("pdftex x.tex", self.work, timeout=60) == 0
+        except dbus.exceptions.DBusException as error:
+            self.assertEqual(error.get_dbus_name(), "org.quillon.Shell1.Error.Busy")
+            return False
+
+    def test_clients_that_are_gone_before_their_turn_harm_nothing(self):
+        self.start_shell()
+        first = self.start_endless()
+        connection = self.bus()
+        self.send_many(connection, 5, "pdftex x.tex", self.work)
+        connection.close()
+        self.shell_object().Cancel()
+        first.join(30)
+        self.assertEqual(self.shell_object().Exec("pdftex x.tex", self.work, timeout=60), 0)
+        self.assertEqual(self.output().count("\nProcessing -- pdftex x.tex\n"), 6)
+
+    def test_events_of_wrong_shapes_are_refused_and_harm_nothing(self):
+        self.start_shell()
+        for kind, value in (("TEXT", dbus.Int32(4)), ("long", "x"), ("TEXTS", "x"), ("list", "x"), ("fss ", "relative"),
+                            ("fss ", ""), ("fss ", "/"), ("fss ", "/nosuchfolder/a/b")):
+            for event in (("QUIL", "exec"), ("aevt", "odoc"), ("QUIL", "loca")):
+                name = self.error_of(lambda at=event, of=kind, what=value: self.send(*at, **{"----": (of, what)}))
+                self.assertEqual(name, "org.freedesktop.DBus.Error.InvalidArgs", (kind, value))
+        self.error_of(lambda: self.send("QU", "exec"))
+        self.assertEqual(self.send("aevt", "odoc")[0], -1701)
+        nested = dbus.Struct(("list", dbus.Array([], signature="(sv)")), signature="sv")
+        self.assertEqual(self.send("aevt", "odoc", **{"----": ("list", dbus.Array([nested], signature="(sv)"))})[0], -1700)
+        self.assertEqual(self.send("QUIL", "exec", **{"----": ("TEXT", "x" * 20000000)})[0], 0)
+        self.assertIn("A text of 20000000 characters was received; only its first 1023 are used.\n", self.output())
+        self.assertEqual(self.shell_object().Exec("pdftex x.tex", self.work, timeout=60), 0)
+
+    def test_a_zero_byte_in_a_command_is_said(self):
+        self.start_shell()
+        self.shell_object().ExecRaw(dbus.ByteArray(b"pdftex x.tex\0 more"), dbus.ByteArray(os.fsencode(self.work)))
+        self.assertIn("A text with a zero byte was received; only what stands before it is used.\n"
+                      "\nProcessing -- pdftex x.tex\n", self.output())
+
+    def test_a_document_in_the_root_folder_is_refused_by_name(self):
+        self.start_shell()
+        self.assertEqual(self.send("aevt", "odoc", **{"----": ("fss ", "/etc")})[0], 0)
+        wait_until(lambda: 'Quillon cannot open "etc" where it lies.\n' in self.output())
+        self.assertNotIn("Processing", self.output())
+
+    def test_a_document_of_30_characters_is_refused_and_one_of_29_accepted(self):
+        self.start_shell()
+        for count in (30, 70):
+            name = "n" * (count - 4) + ".tex"
+            self.file(name, PLAIN)
+            self.shell_object().Open(os.path.join(self.work, name), timeout=60)
+            wait_until(lambda said=f'Filename "{name}" is too long for Quillon.\n': said in self.output())
+        name = "n" * 25 + ".tex"
+        self.file(name, PLAIN)
+        self.shell_object().Open(os.path.join(self.work, name), timeout=60)
+        wait_until(lambda: f"Output written on {'n' * 25}.pdf" in self.output())
 
     def test_follow_sends_the_console_text(self):
         self.start_shell()
