@@ -3,12 +3,19 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "console/output.h"
+#include "console/window.h"
 #include "core/event_loop.h"
 #include "core/job_state.h"
+#include "events/handlers.h"
 #include "headless/script_words.h"
 #include "jobs/after_run.h"
+#include "menus/current_files.h"
+#include "menus/menus.h"
 #include "settings/settings.h"
 #include "toolbox/menus.h"
+#include "tools/processes.h"
+#include "tools/tool_call.h"
 
 namespace quillon {
 
@@ -68,6 +75,10 @@ static const TextState text_states[] = {
     {"mycommand", mycommand},
     {"editfile", editfile},
     {"findString", findString},
+    {"odocfile", odocfile},
+    {"mylabel", mylabel},
+    {"savelogname", savelogname},
+    {"name", name},
 };
 
 struct PointerState {
@@ -108,6 +119,10 @@ static const FlagState flag_states[] = {
     {"at_exit", at_exit},
     {"forceQuit", forceQuit},
     {"in_dvii", in_dvii},
+    {"doAppleTeX", doAppleTeX},
+    {"doFind", doFind},
+    {"havePrefs", havePrefs},
+    {"AppDone", AppDone},
 };
 
 struct NumberState {
@@ -116,10 +131,17 @@ struct NumberState {
 };
 
 static const NumberState number_states[] = {
-    {"editlinenumber", editlinenumber},   {"exit_status", exit_status},
-    {"dataBaseSearch", dataBaseSearch},   {"mp_format_type", mp_format_type},
-    {"space_char", space_char},           {"shift_key_down", shift_key_down},
-    {"option_key_down", option_key_down}, {"output_is_pdf", output_is_pdf},
+    {"editlinenumber", editlinenumber},
+    {"exit_status", exit_status},
+    {"dataBaseSearch", dataBaseSearch},
+    {"mp_format_type", mp_format_type},
+    {"space_char", space_char},
+    {"shift_key_down", shift_key_down},
+    {"option_key_down", option_key_down},
+    {"output_is_pdf", output_is_pdf},
+    {"appdir", appdir},
+    {"oldItem", oldItem},
+    {"get_text", get_text},
 };
 
 struct SignatureState {
@@ -131,7 +153,22 @@ static const SignatureState signature_states[] = {
     {"preview_creator", preview_creator},
     {"ed_creator", ed_creator},
     {"default_creator", default_creator},
+    {"toolSig", toolSig},
+    {"theOSType", theOSType},
 };
+
+// The variables of a width of their own.
+static int print_odd_state(const std::string &name) {
+    if (name == "appvol")
+        std::printf("appvol=%d\n", appvol);
+    else if (name == "myMask")
+        std::printf("myMask=0x%04X\n", myMask);
+    else if (name == "sleepTime")
+        std::printf("sleepTime=%u\n", sleepTime);
+    else
+        return 0;
+    return 1;
+}
 
 static void print_state(const std::string &name) {
     for (const TextState &row : text_states)
@@ -161,7 +198,8 @@ static void print_state(const std::string &name) {
                         static_cast<char>(row.value));
             return;
         }
-    std::fprintf(stderr, "quillon: script: there is no state %s\n", name.c_str());
+    if (!print_odd_state(name))
+        std::fprintf(stderr, "quillon: script: there is no state %s\n", name.c_str());
 }
 
 static void print_setting(const std::string &key) {

@@ -12,6 +12,7 @@
 #include "core/startup.h"
 #include "headless/headless.h"
 #include "linux/event_sources.h"
+#include "settings/settings.h"
 #include "toolbox/apple_events.h"
 #include "toolbox/files.h"
 #include "toolbox/received_events.h"
@@ -84,7 +85,8 @@ static void open_files(int argc, char **argv, int first) {
 static void exit_with_run_status() {
     std::fflush(stdout);
     std::fflush(stderr);
-    _exit(exit_status);
+    // Without preferences nothing ran.
+    _exit(havePrefs ? exit_status : 0);
 }
 
 static bool start_headless(const Arguments &arguments, bool has_files) {

@@ -1,6 +1,7 @@
 """Start-up: the flags and their defaults, and what happens without preferences."""
 
 import os
+import subprocess
 import sys
 import unittest
 
@@ -72,9 +73,52 @@ class Start(HomeTest):
         self.assertEqual(self.status, 0)
         self.assertFalse(os.path.exists(self.preferences_path))
 
+    def script_file(self, script):
+        """Runs a shell on a script that it can read before it starts: standard output, standard error, status."""
+        done = subprocess.run(["dbus-run-session", "--", self.shell_program(), "--headless", "--script",
+                               self.file("steps", script)], env=self.environment, cwd=self.work, timeout=60,
+                              stdin=subprocess.DEVNULL, capture_output=True, check=False)
+        return done.stdout.decode(), done.stderr.decode(), done.returncode
+
     def test_without_preferences_in_the_background_it_waits_to_be_in_front(self):
-        output = self.shell("dialog Quit\n  press 1\n")
-        self.assertEqual((output, self.status), ("", 0))
+        notice = 'There is no preferences file "Quillon Preferences".'
+        output, errors, status = self.script_file("background\nforeground\nprint state home\n")
+        self.assertEqual((output, status), ("", 0))
+        self.assertIn(notice, errors)
+        # Never brought there, it leaves at the end of its script without the window.
+        output, errors, status = self.script_file("background\n")
+        self.assertEqual((output, status), ("", 0))
+        self.assertNotIn(notice, errors)
+
+    def test_a_start_in_the_background(self):
+        self.preferences()
+        output = self.script_file("background\nprint state inBackground\nforeground\nprint state inBackground\n")[0]
+        self.assertIn("inBackground=1\ninBackground=0\n", output)
+
+    def test_without_preferences_files_to_open_change_nothing(self):
+        done = subprocess.run(["dbus-run-session", "--", self.shell_program(), "--headless", "x.tex"],
+                              env=self.environment, cwd=self.work, timeout=60, capture_output=True, check=False)
+        self.assertEqual((done.stdout, done.returncode), (b"", 0))
+
+    def test_every_job_state_variable_can_be_printed(self):
+        names = """progname appvol appdir home contentsFolder shortroot prefsFolder supportFolder curr_dir texexe etexexe
+            pdfexe pdfeexe dvipreview dvipsexe bibexe mkexe mpostexe setup viewpsexe ps2pdfexe editor pdfview
+            preview_creator ed_creator default_creator fname format_name dotexfile mydvifile mypdffile mypsfile mybibfile
+            current_dvifile current_outputfile lastcommand lastdir mycommand editfile editlinenumber exit_status tex_error
+            calleditor usePdfTeX useETeX doDebug dataBaseSearch use8bit mp_format_type useFullPaths doView addSpecials
+            doRecord parseFirstLine doAlias space_char haveosx hasSys9 hasAqua inBackground notifying doQuit aeQuit at_exit
+            forceQuit in_dvii myMask sleepTime shift_key_down option_key_down doAppleTeX doFind findString oldItem
+            output_is_pdf""".split()
+        self.preferences()
+        output = self.shell("".join(f"print state {name}\n" for name in names))
+        printed = [line.split("=")[0] for line in output.split("\n") if "=" in line]
+        self.assertEqual(printed, names)
+        self.assertIn("myMask=0xFFFF\nsleepTime=10\n", output)
+
+    def test_an_unknown_step_is_said(self):
+        self.preferences()
+        self.shell("wait FOR GODOT\n")
+        self.assertIn("quillon: script: unknown step: wait FOR GODOT\n", self.errors)
 
     def test_the_last_command_is_restored(self):
         self.preferences(LASTCOMMAND="pdftex " + "x" * 900, LASTDIR="/tmp")
