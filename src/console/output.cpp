@@ -12,15 +12,14 @@
 
 namespace quillon {
 
-static char buff[20480];      // ml_printf, ml_fprintf
+static char buff[20480];       // ml_printf, ml_fprintf
 static char text_buffer[2048]; // text_printf
 static std::uint32_t lines = 0;
 
 static const char cut_notice[] = "\r[The rest of this message does not fit.]\r";
 
 // The one way into the console's text, its log file and the programs that follow it.
-static void append(const char *bytes, std::size_t length)
-{
+static void append(const char *bytes, std::size_t length) {
     if (length == 0)
         return;
     TXNSetData(text, bytes, length);
@@ -32,8 +31,7 @@ static void append(const char *bytes, std::size_t length)
         FeedConsoleText(bytes, length);
 }
 
-std::size_t WriteCharsToConsole(const char *bytes, std::size_t length)
-{
+std::size_t WriteCharsToConsole(const char *bytes, std::size_t length) {
     append(bytes, length);
     std::uint32_t count = 0;
     TXNGetLineCount(text, &count);
@@ -45,29 +43,25 @@ std::size_t WriteCharsToConsole(const char *bytes, std::size_t length)
     return length;
 }
 
-std::size_t WriteCharsToErrorConsole(const char *bytes, std::size_t length)
-{
+std::size_t WriteCharsToErrorConsole(const char *bytes, std::size_t length) {
     return WriteCharsToConsole(bytes, length);
 }
 
-void PutTextInfo(const char *bytes, std::size_t length)
-{
+void PutTextInfo(const char *bytes, std::size_t length) {
     append(bytes, length);
 }
 
-void TypeString(const char *string)
-{
+void TypeString(const char *string) {
     PutTextInfo(string, std::strlen(string));
 }
 
-static void line_feeds_to_returns(char *bytes, std::size_t length)
-{
+static void line_feeds_to_returns(char *bytes, std::size_t length) {
     std::replace(bytes, bytes + length, '\n', '\r');
 }
 
-// Formats into ROOM bytes of BUFFER and writes that to the console; what does not fit is said. The length written.
-static int print(char *buffer, std::size_t room, const char *format, std::va_list values)
-{
+// Formats into ROOM bytes of BUFFER and writes that to the console; what does not fit is said. The length
+// written.
+static int print(char *buffer, std::size_t room, const char *format, std::va_list values) {
     const int wanted = std::vsnprintf(buffer, room, format, values);
     const std::size_t length = std::strlen(buffer);
     line_feeds_to_returns(buffer, length);
@@ -77,8 +71,7 @@ static int print(char *buffer, std::size_t room, const char *format, std::va_lis
     return static_cast<int>(length);
 }
 
-int ml_printf(const char *format, ...)
-{
+int ml_printf(const char *format, ...) {
     std::va_list values;
     va_start(values, format);
     const int length = print(buff, sizeof buff, format, values);
@@ -86,8 +79,7 @@ int ml_printf(const char *format, ...)
     return length;
 }
 
-int text_printf(const char *format, ...)
-{
+int text_printf(const char *format, ...) {
     std::va_list values;
     va_start(values, format);
     const int length = print(text_buffer, sizeof text_buffer, format, values);
@@ -95,13 +87,11 @@ int text_printf(const char *format, ...)
     return length;
 }
 
-static int is_console(const std::FILE *stream)
-{
+static int is_console(const std::FILE *stream) {
     return stream == stdout || stream == stderr;
 }
 
-int ml_fprintf(std::FILE *stream, const char *format, ...)
-{
+int ml_fprintf(std::FILE *stream, const char *format, ...) {
     std::va_list values;
     va_start(values, format);
     int length = 0;
@@ -115,8 +105,7 @@ int ml_fprintf(std::FILE *stream, const char *format, ...)
     return length;
 }
 
-int ml_puts(const char *string)
-{
+int ml_puts(const char *string) {
     const std::size_t length = std::strlen(string);
     for (std::size_t done = 0; done < length;) {
         const std::size_t piece = std::min(length - done, sizeof buff);
@@ -128,41 +117,35 @@ int ml_puts(const char *string)
     return static_cast<int>(length);
 }
 
-int ml_fputs(const char *string, std::FILE *stream)
-{
+int ml_fputs(const char *string, std::FILE *stream) {
     return is_console(stream) ? ml_puts(string) : std::fputs(string, stream);
 }
 
-int ml_putchar(int character)
-{
+int ml_putchar(int character) {
     const char byte = character == '\n' ? '\r' : static_cast<char>(character);
     if (byte != 0)
         WriteCharsToConsole(&byte, 1);
     return character;
 }
 
-int ml_putc(int character, std::FILE *)
-{
+int ml_putc(int character, std::FILE *) {
     // Kept on purpose: the character goes to the console whatever the stream is.
     return ml_putchar(character);
 }
 
-int ml_fputc(int character, std::FILE *stream)
-{
+int ml_fputc(int character, std::FILE *stream) {
     return ml_putc(character, stream);
 }
 
-int InstallConsole()
-{
+int InstallConsole() {
     return 0;
 }
 
-void RemoveConsole()
-{
+int RemoveConsole() {
+    return 0;
 }
 
-const char *console_ttyname(int descriptor)
-{
+const char *__ttyname(int descriptor) {
     return descriptor >= 0 && descriptor <= 2 ? "null device" : nullptr;
 }
 

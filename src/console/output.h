@@ -43,8 +43,8 @@ void WriteLogFile();
 void CloseLogFile();
 
 int InstallConsole();
-void RemoveConsole();
-const char *console_ttyname(int descriptor);
+int RemoveConsole();
+const char *__ttyname(int descriptor);
 
 } // namespace quillon
 

@@ -184,9 +184,9 @@ TEST_F(Console, TheLogGetsWhatTheConsoleGets) {
 }
 
 TEST_F(Console, TheTerminalsHaveNames) {
-    EXPECT_STREQ(console_ttyname(0), "null device");
-    EXPECT_STREQ(console_ttyname(2), "null device");
-    EXPECT_EQ(console_ttyname(3), nullptr);
+    EXPECT_STREQ(__ttyname(0), "null device");
+    EXPECT_STREQ(__ttyname(2), "null device");
+    EXPECT_EQ(__ttyname(3), nullptr);
 }
 
 } // namespace
