@@ -26,8 +26,9 @@ static void say_too_long(const char *path) {
     ml_printf("The path \"%s\" is too long for Quillon.\n", path);
 }
 
-// Composes the command line of a job, one blank after each word. 0 when it does not fit.
-static int compose(JobKind kind, BoundedBuffer &command) {
+// Composes the command line of a job, one blank after each word; NAMED: also where the name is empty. 0 when
+// it does not fit.
+static int compose(JobKind kind, int named, BoundedBuffer &command) {
     BoundedString<300> format;
     format.format("-fmt=%s", format_name.c_str());
     const struct {
@@ -41,7 +42,7 @@ static int compose(JobKind kind, BoundedBuffer &command) {
         {use8bit, "-8bit"},
         {doRecord, "-recorder"},
         {!format_name.empty(), format.c_str()},
-        {!fname.empty(), fname.c_str()},
+        {named || !fname.empty(), fname.c_str()},
     };
     command.clear();
     for (const auto &entry : words)
@@ -154,7 +155,7 @@ static void typeset_chosen(JobKind kind, const char *path) {
     if (kind == tex_job)
         access(whole.c_str(), 4); // only for its diagnostic lines
     default_creator = creator_of(whole.c_str());
-    if (!compose(kind, command)) {
+    if (!compose(kind, 0, command)) {
         say_too_long(whole.c_str());
         return;
     }
@@ -167,7 +168,7 @@ static void typeset_known(JobKind kind, const char *path) {
     if (!take_path(path))
         return;
     default_creator = creator_of(dotexfile.c_str());
-    if (!compose(kind, command)) {
+    if (!compose(kind, 1, command)) {
         say_too_long(path);
         return;
     }
