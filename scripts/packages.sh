@@ -40,12 +40,13 @@ packages_install() {
             DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends $missing >&2; }
 }
 
-# Builds the sources in $1 into the folder $2, with further options for cmake; configures only when that was never
-# done.
+# Builds the targets "$3" (blanks between) of the sources in $1 into the folder $2, with further options for cmake;
+# configures only when that was never done.
 quillon_build() {
     local source=$1 build=$2
     if [[ ! -e $build/build.ninja ]]; then
-        cmake -S "$source" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo "${@:3}" >&2 || return 1
+        cmake -S "$source" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo "${@:4}" >&2 || return 1
     fi
-    ninja -C "$build" --quiet >&2
+    # shellcheck disable=SC2086
+    ninja -C "$build" --quiet $3 >&2
 }
