@@ -214,7 +214,7 @@ OSErr AESend(const AppleEvent *event, AppleEvent *reply, std::int32_t mode, std:
         return send_to_plain(event, psn);
     if ((psn.highLongOfPSN == psn_launched && !program) || (psn.highLongOfPSN == psn_bus && !find_peer(pid)))
         return procNotFound;
-    if (quits && program && (program->owner.empty() || !HostBus()))
+    if (quits && program && (!HostBus() || bus_owner(psn.highLongOfPSN, pid).empty()))
         return end_program(*program);
     if (!HostBus())
         return connectionInvalid;
