@@ -289,3 +289,79 @@ TEST_F(Paths, SystemFontsHaveAUnixPath) {
     SetSystemFontPath();
     EXPECT_TRUE(SYSTEMFONTPATH.view().ends_with("/fonts"));
 }
+
+TEST_F(Paths, ExistenceFollowsTheConversionWhateverThePathHolds) {
+    home_.file("work/x");
+    home_.file("work/a b");
+    home_.file("work/sub/y");
+    home_.folder("work/dot.");
+    home_.file("work/a:b");
+    home_.file("work/.hidden");
+    home_.file("work/" + std::string(100, 'l'));
+    const std::string w = home_.path("work");
+    // What the conversions make of the path, and the disk of that, must be what access says.
+    for (const std::string &path : {w + "/x",
+                                    w + "/none",
+                                    w,
+                                    w + "/",
+                                    w + "/x/",
+                                    w + "//x",
+                                    w + "/./x",
+                                    w + "/sub/../x",
+                                    w + "/sub/..",
+                                    w + "/sub/.",
+                                    w + "/a\xca"
+                                        "b",
+                                    w + "/a b",
+                                    w + "/a\x1e"
+                                        "b",
+                                    w + "/a:b",
+                                    w + "/x../y",
+                                    w + "/sub../x",
+                                    w + "/.hidden",
+                                    w + "/" + std::string(100, 'l'),
+                                    w + "/x/y",
+                                    w + "/\x1d"
+                                        "1",
+                                    std::string("/none"),
+                                    std::string("/"),
+                                    std::string(""),
+                                    std::string("//x"),
+                                    std::string("/:x"),
+                                    std::string("x"),
+                                    std::string("./x"),
+                                    std::string("sub/y"),
+                                    w + "/" + std::string(300, 'm')}) {
+        BoundedString<1024> absolute, hfs;
+        const int there =
+            convert_path(add_current_dir(absolute, path.c_str()), hfs) && FSFileExists(hfs.c_str());
+        EXPECT_EQ(quillon::access(path.c_str(), 4) == 0, there != 0) << path;
+    }
+    EXPECT_EQ(quillon::access((w + "/a\xca"
+                                   "b")
+                                  .c_str(),
+                              4),
+              0);
+    EXPECT_EQ(quillon::access((w + "/a\x1e"
+                                   "b")
+                                  .c_str(),
+                              4),
+              0);
+}
+
+TEST_F(Paths, PathMayBeMadeAbsoluteInPlace) {
+    curr_dir.copy("/V/w");
+    for (const auto &[path, whole] : {std::pair("x", "/V/w/x"),
+                                      {"./x", "/V/w/x"},
+                                      {"./:x", "/V/w:x"},
+                                      {":x", "/V/w:x"},
+                                      {"../x", "/V/w/../x"},
+                                      {"a/b", "/V/w/a/b"},
+                                      {"/a", "/a"},
+                                      {"V:a", "V:a"}}) {
+        out_.copy(path);
+        EXPECT_STREQ(add_current_dir(out_, out_.c_str()), whole);
+    }
+    BoundedString<8> small;
+    EXPECT_STREQ(add_current_dir(small, "abcd"), "");
+}

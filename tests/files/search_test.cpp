@@ -2,6 +2,8 @@
 
 #include <fcntl.h>
 
+#include <cstring>
+
 #include "files/paths.h"
 #include "files/signatures.h"
 #include "files/streams.h"
@@ -147,6 +149,104 @@ TEST_F(Search, TablesAreReadOnceInTheirOrderUntilOneIsMissing) {
                   return front_->printed == expected ? 0 : 2;
               }),
               0);
+}
+
+namespace {
+
+// Makes the five databases, starts, lets CHANGE happen, and gives what the TeX inputs then hold.
+template <class Change>
+std::vector<std::string> inputs_after(const TemporaryHome &home, const std::string &inputs, Change change) {
+    for (const char *const name : {"TEXINPUTS", "DVIPSHEADERS", "TYPE1FONTS", "TEXFONTS", "VFFONTS"})
+        home.file(std::string("data/Quillon/") + name, inputs);
+    std::vector<std::string> found;
+    const std::string result = home.path("work/result");
+    std::filesystem::remove(result);
+    in_child([&] {
+        ReadTables();
+        change();
+        std::ofstream out(result);
+        for (const HashNode *node = first_node(database_list(1)); node->next;
+             node = next_node(database_list(1), node))
+            out << name_of(database_list(1), node) << '\n';
+        return 0;
+    });
+    std::ifstream in(result);
+    for (std::string line; std::getline(in, line);)
+        found.push_back(line);
+    return found;
+}
+
+} // namespace
+
+TEST_F(Search, DatabaseIsReadWhenItIsFirstSearched) {
+    home_.file("data/in/x.tex");
+    EXPECT_EQ(inputs_after(home_, home_.path("data/in") + "/\nx.tex\n",
+                           [&] {
+                               if (texinputsTable.nodes || taken(searchDatabase(1, "x.tex")) == "(null)" ||
+                                   !texinputsTable.nodes || tfmTable.nodes)
+                                   ::_exit(1);
+                           }),
+              List{"x.tex"});
+}
+
+TEST_F(Search, DatabaseThatWasReplacedOrRemovedIsThatOfTheStart) {
+    const std::string path = home_.path("data/Quillon/TEXINPUTS");
+    EXPECT_EQ(inputs_after(home_, "/V/\nold\n",
+                           [&] {
+                               home_.file("data/Quillon/new", "/V/\nnew\n");
+                               std::filesystem::rename(home_.path("data/Quillon/new"), path);
+                           }),
+              List{"old"});
+    EXPECT_EQ(inputs_after(home_, "/V/\nold\n", [&] { std::filesystem::remove(path); }), List{"old"});
+}
+
+TEST_F(Search, DatabaseThatGrowsOrShrinksIsReadAsItStands) {
+    const std::string path = home_.path("data/Quillon/TEXINPUTS");
+    EXPECT_EQ(inputs_after(home_, "/V/\na\n", [&] { std::ofstream(path, std::ios::app) << "b\n"; }),
+              (List{"a", "b"}));
+    EXPECT_EQ(inputs_after(home_, "/V/\na\nb\n", [&] { std::filesystem::resize_file(path, 6); }), List{"a"});
+    EXPECT_EQ(inputs_after(home_, "/V/\na\n", [&] { std::filesystem::resize_file(path, 0); }), List{});
+}
+
+TEST_F(Search, DatabaseOfTheLineReadersOwnLines) {
+    // What mfgets and the cutting of the last character make of the same bytes.
+    unsigned seed = 1;
+    for (int round = 0; round < 300; round++) {
+        std::string bytes;
+        for (int i = 0; i < 400; i++) {
+            seed = seed * 1103515245 + 12345;
+            static const std::string alphabet("\n\r\n\r0/ab\0c/", 12);
+            const char byte = alphabet[seed >> 16 & 0x7FFF ? (seed >> 16) % alphabet.size() : 0];
+            bytes.append(seed % 37 == 0 ? 1022 : 1, byte);
+        }
+        database("TEXFONTS", bytes);
+        read_hash_table("TEXFONTS", &tfmTable);
+        List expected;
+        std::string folder;
+        std::FILE *const file = std::fopen(home_.path("data/Quillon/TEXFONTS").c_str(), "r");
+        char line[1024];
+        while (mfgets(line, sizeof line, file)) {
+            if (const std::size_t length = std::strlen(line))
+                line[length - 1] = '\0';
+            if (line[0] == '/')
+                folder = line;
+            else if (line[0] != '0')
+                expected.push_back(folder + "|" + line);
+        }
+        std::fclose(file);
+        ASSERT_EQ(entries(tfmTable), expected) << round;
+    }
+}
+
+TEST_F(Search, OneNameFortyThousandTimesIsReadAtOnce) {
+    std::string list = home_.path("data/two") + "/\n";
+    for (int i = 0; i < 40000; i++)
+        list += "x\n";
+    home_.file("data/two/y");
+    database("TEXFONTS", list + "y\n");
+    read_hash_table("TEXFONTS", &tfmTable);
+    EXPECT_EQ(entries(tfmTable).size(), 40001u);
+    EXPECT_EQ(taken(searchDatabase(5, "y")), home_.path("data/two/y"));
 }
 
 TEST_F(Search, FirstFolderThatHasTheFileWins) {

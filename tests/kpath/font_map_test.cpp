@@ -1,6 +1,7 @@
 #include "kpath/font_map.h"
 
 #include <malloc.h>
+#include <sys/resource.h>
 
 #include <cerrno>
 #include <cstdint>
@@ -159,4 +160,46 @@ TEST_F(FontMaps, OpeningAMissingFileEndsTheRunWithTheSystemsNumber) {
     EXPECT_THROW(xfopen("none", "r"), Waited);
     EXPECT_TRUE(front_->printed.starts_with("none: No such file or directory\n"));
     EXPECT_EQ(exit_status, ENOENT);
+}
+
+TEST_F(FontMaps, MapOfCommentsAndBlankLinesAloneIsEmpty) {
+    EXPECT_EQ(lookup("% one alias\n\n  \t\n%\n", "alias"), "(null)");
+    EXPECT_EQ(lookup("", "alias"), "(null)");
+    EXPECT_EQ(front_->printed, "");
+    // Only the last sign begins the comment.
+    EXPECT_EQ(lookup("%%%\n", "alias"), "(null)");
+    EXPECT_EQ(front_->printed, home_.path("work/texfonts.map") + ":1: Alias missing for filename `%%'.\n");
+}
+
+TEST_F(FontMaps, MapOfOneTokenSaysSo) {
+    EXPECT_EQ(lookup("lonely\n", "lonely"), "(null)");
+    EXPECT_EQ(front_->printed,
+              home_.path("work/texfonts.map") + ":1: Alias missing for filename `lonely'.\n");
+    front_->printed.clear();
+    // Without a line end there is no line.
+    EXPECT_EQ(lookup("lonely", "lonely"), "(null)");
+    EXPECT_EQ(front_->printed, "");
+}
+
+TEST_F(FontMaps, AHundredMegabytesAreReadByLine) {
+    const std::string path = home_.path("work/texfonts.map");
+    {
+        std::ofstream out(path, std::ios::binary);
+        const std::string comment = "%" + std::string(8190, 'c') + "\n";
+        for (int i = 0; i < 12800; i++)
+            out << comment;
+        out << "real alias\n";
+    }
+    ASSERT_GT(std::filesystem::file_size(path), 100'000'000u);
+    const auto high_water = [] {
+        rusage usage;
+        ::getrusage(RUSAGE_SELF, &usage);
+        return usage.ru_maxrss;
+    };
+    const long before = high_water();
+    std::string folder = home_.path("work/");
+    char *list[] = {folder.data(), nullptr};
+    maps().push_back(map_create(list));
+    EXPECT_EQ(taken(map_lookup(maps().back(), "alias")), "real");
+    EXPECT_LT(high_water() - before, 20 * 1024); // kilobytes
 }

@@ -1,5 +1,7 @@
 #include "kpath/search_paths.h"
 
+#include <algorithm>
+
 #include "files/search.h"
 #include "kpath/utilities.h"
 #include "support/recording_front.h"
@@ -94,6 +96,100 @@ TEST_F(SearchPaths, AliasesOfFoldersAreExpandedOnlyWhenAskedFor) {
         folders.push_back(taken(found[i]));
     std::free(found);
     EXPECT_EQ(folders, (List{e, e + "deep/", t + "real/", t + "real/in/"}));
+}
+
+TEST_F(SearchPaths, PathOverATreeIsExpandedWhenItsListIsAskedFor) {
+    home_.folder("data/lazy/a");
+    set_path("TEXINPUTS", home_.path("data/lazy") + "//", 8);
+    // The string is that of the start, the folders are those of the first use.
+    home_.preferences("TEXINPUTS=/elsewhere\n");
+    home_.folder("data/lazy/b");
+    const std::string lazy = home_.path("data/lazy/");
+    EXPECT_EQ(list(search_list(8)), (List{lazy, lazy + "a/", lazy + "b/"}));
+    home_.folder("data/lazy/c");
+    EXPECT_EQ(list(search_list(8)).size(), 3u);
+    EXPECT_EQ(path_dirs[8], search_list(8));
+}
+
+TEST_F(SearchPaths, WhatIsSaidOfAPathIsSaidAtOnce) {
+    doDebug = 1;
+    set_path("TEXINPUTS", home_.path("data") + "//:./x//", 8);
+    EXPECT_EQ(front_->printed, "\nUnable to search subdirectories of <./x/>\n");
+}
+
+TEST_F(SearchPaths, TenThousandEntriesInAFolder) {
+    home_.folder("data/many");
+    const std::string many = home_.path("data/many/"), one = home_.file("data/many/one");
+    for (int i = 0; i < 10000; i++) {
+        const std::string name = many + std::to_string(100000 + i);
+        ASSERT_EQ(i % 20 == 0 ? ::mkdir(name.c_str(), 0755) : ::link(one.c_str(), name.c_str()), 0);
+    }
+    const List found = path_list(many + "/");
+    ASSERT_EQ(found.size(), 501u);
+    EXPECT_EQ(found[1], many + "100000/");
+    EXPECT_EQ(found[500], many + "109980/");
+    EXPECT_TRUE(std::is_sorted(found.begin(), found.end()));
+}
+
+TEST_F(SearchPaths, UnreadableFolderIsListedAndNotWalked) {
+    home_.folder("data/closed/a/in");
+    home_.folder("data/closed/b");
+    const std::string t = home_.path("data/closed/");
+    give_away(home_.path("data/closed/a"));
+    ASSERT_EQ(::chmod(home_.path("data/closed/a").c_str(), 0), 0);
+    EXPECT_EQ(as_ordinary_user([&] {
+                  char **found = nullptr;
+                  std::size_t count = 0;
+                  mac_expand_subdir(&found, &count, t.c_str());
+                  return count == 2 && found[0] == t + "a/" && found[1] == t + "b/" ? 0 : 1;
+              }),
+              0);
+}
+
+TEST_F(SearchPaths, FoldersWhoseNamesAreNoText) {
+    home_.folder("data/bytes/caf\xe9");
+    home_.folder("data/bytes/\xff\xfe");
+    home_.file("data/bytes/caf\xe9/x.tex");
+    space_char = 31;
+    const std::string t = home_.path("data/bytes/");
+    set_path("TEXINPUTS", t + "/", 8);
+    EXPECT_EQ(list(search_list(8)), (List{t, t + "caf\xe9/", t + "\xff\xfe/"}));
+    EXPECT_EQ(find("x", 9), t + "caf\xe9/x.tex");
+}
+
+TEST_F(SearchPaths, LoopOfLinksEndsAlsoWhenLinksAreFollowed) {
+    home_.folder("data/loop/a/b");
+    std::filesystem::create_directory_symlink("../..", home_.path("data/loop/a/b/up"));
+    std::filesystem::create_directory_symlink(".", home_.path("data/loop/self"));
+    std::filesystem::create_symlink("two", home_.path("data/loop/one"));
+    std::filesystem::create_symlink("one", home_.path("data/loop/two"));
+    const std::string t = home_.path("data/loop/");
+    EXPECT_EQ(path_list(t + "/"), (List{t, t + "a/", t + "a/b/"}));
+    doAlias = 1;
+    char **found = nullptr;
+    std::size_t count = 0;
+    mac_expand_subdir(&found, &count, t.c_str());
+    EXPECT_EQ(count, 2u);
+    for (std::size_t i = 0; i < count; i++)
+        std::free(found[i]);
+    std::free(found);
+}
+
+TEST_F(SearchPaths, SettingsThatAreEmptyColonsOrTenThousandBytes) {
+    EXPECT_EQ(path_list(""), List{"./"});
+    EXPECT_EQ(path_list(":"), List{"./"});
+    EXPECT_EQ(path_list(":::"), List{"./"});
+    const std::string long_element = "/" + std::string(9999, 'd');
+    EXPECT_EQ(path_list(long_element), List{long_element + "/"});
+    EXPECT_EQ(path_list(long_element + "//"), List{long_element + "/"});
+    EXPECT_NE(front_->printed.find("is too long."), std::string::npos);
+    std::string many;
+    for (int i = 0; i < 2000; i++)
+        many += "/V/d" + std::to_string(i % 10) + ":";
+    EXPECT_EQ(path_list(many).size(), 2001u); // and the default at its end
+    set_path("TEXINPUTS", long_element, 8);
+    EXPECT_EQ(find("x", 9), "(null)");
+    EXPECT_EQ(find(std::string(10000, 'x').c_str(), 9), "(null)");
 }
 
 TEST_F(SearchPaths, TwoHundredLevelsAreExpanded) {

@@ -39,6 +39,14 @@ class Resources : public testing::Test {
     }
 };
 
+int times_open(const std::string &path) {
+    int count = 0;
+    std::error_code none;
+    for (const auto &entry : std::filesystem::directory_iterator("/proc/self/fd"))
+        count += std::filesystem::read_symlink(entry, none) == path;
+    return count;
+}
+
 } // namespace
 
 TEST_F(Resources, MissingFileIsNeverCreated) {
@@ -251,8 +259,10 @@ TEST_F(Resources, WriteWaitsForALockThatIsGivenBack) {
     const int held =
         ::open(home_.path("config/.Quillon Preferences.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     ASSERT_EQ(::flock(held, LOCK_EX), 0);
-    std::thread other([held] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    // Given back once the writer has the lock's file open too.
+    std::thread other([&] {
+        while (times_open(home_.path("config/.Quillon Preferences.lock")) < 2)
+            std::this_thread::yield();
         ::close(held);
     });
     EXPECT_EQ(set("A", "2"), 1);
