@@ -2,6 +2,8 @@
 
 #include <QApplication>
 #include <QGuiApplication>
+#include <QKeyEvent>
+#include <algorithm>
 
 #include "core/event_loop.h"
 #include "desktop/event_pump.h"
@@ -45,6 +47,36 @@ void MirrorMenu::mirror() {
         add_item(item);
     if (count > long_menu && styleSheet().isEmpty())
         setStyleSheet(QStringLiteral("QMenu { menu-scrollable: 1; }"));
+}
+
+// A letter goes to the next item that begins with it, as the arrow keys would: a submenu is not opened.
+void MirrorMenu::go_to_letter(QChar letter) {
+    QKeyEvent down(QEvent::KeyPress, Qt::Key_Down, Qt::NoModifier);
+    const QAction *const from = activeAction();
+    for (qsizetype step = 0; step < actions().size(); ++step) {
+        QMenu::keyPressEvent(&down);
+        const QAction *const item = activeAction();
+        if (!item || item == from || item->text().startsWith(letter, Qt::CaseInsensitive))
+            return;
+    }
+}
+
+// Whether an item that can be chosen begins with the letter.
+bool MirrorMenu::has_letter(QChar letter) const {
+    const QList<QAction *> items = actions();
+    return std::any_of(items.begin(), items.end(), [letter](const QAction *item) {
+        return item->isEnabled() && !item->isSeparator() &&
+               item->text().startsWith(letter, Qt::CaseInsensitive);
+    });
+}
+
+void MirrorMenu::keyPressEvent(QKeyEvent *event) {
+    const bool is_letter = event->text().size() == 1 && event->text().front().isLetterOrNumber();
+    const bool plain = (event->modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier)) == 0;
+    if (is_letter && plain && has_letter(event->text().front()))
+        go_to_letter(event->text().front());
+    else
+        QMenu::keyPressEvent(event);
 }
 
 void MirrorMenu::add_item(std::int16_t item) {

@@ -18,7 +18,12 @@ class MirrorMenu : public QMenu {
     // Makes the items anew from the shell's menu.
     void mirror();
 
+  protected:
+    void keyPressEvent(QKeyEvent *event) override;
+
   private:
+    bool has_letter(QChar letter) const;
+    void go_to_letter(QChar letter);
     void add_item(std::int16_t item);
 
     const MenuHandle menu_;
