@@ -352,6 +352,44 @@ class Service(ServiceTest):
         shell.send_signal(signal.SIGTERM)
         self.assertEqual(shell.wait(30), 0)
 
+    def start_scripted(self):
+        """A shell whose steps come from a pipe; the pipe's end to write them to."""
+        path = os.path.join(self.home, "steps")
+        os.mkfifo(path)
+        steps = os.fdopen(os.open(path, os.O_RDWR), "wb", buffering=0)
+        self.addCleanup(steps.close)
+        self.start_shell("--script", path)
+        return steps
+
+    def lose_bus(self):
+        self.daemon.kill()
+        self.daemon.wait()
+        self.assert_printed("The session bus has gone")
+
+    def test_without_a_bus_a_run_fails_and_leaves_nothing(self):
+        steps = self.start_scripted()
+        self.lose_bus()
+        steps.write(f"choose {self.work}/x.tex\nmenu 129 1\nprint state lastcommand\nquit\n".encode())
+        self.assertEqual(self.running.wait(60), 0)
+        self.assertIn("Processing -- pdftex x.tex \n", self.output())
+        self.assertIn("lastcommand=pdftex x.tex \n", self.output())
+        wait_until(lambda: not self.processes_of("pdftex.app/Contents/Linux/pdftex"))
+
+    def test_the_bus_goes_while_a_tool_is_still_starting(self):
+        self.copy_binaries()
+        program = os.path.join(self.binaries, "pdftex.app", "Contents", "Linux", "pdftex")
+        os.unlink(program)
+        self.file("pdftex", "#!/bin/sh\nsleep 1000 &\nwait\n", os.path.dirname(program))
+        os.chmod(program, 0o755)
+        steps = self.start_scripted()
+        steps.write(f"choose {self.work}/x.tex\nmenu 129 1\n".encode())
+        wait_until(lambda: self.processes_of(program))
+        self.lose_bus()
+        steps.write(b"print state lastcommand\nquit\n")
+        self.assertEqual(self.running.wait(60), 0)
+        self.assertIn("lastcommand=pdftex x.tex \n", self.output())
+        wait_until(lambda: not self.processes_of(program))
+
     def test_the_formats_of_a_menu_of_two_items_are_an_empty_text(self):
         formats = os.path.join(self.home, "formats")
         os.mkdir(formats)
