@@ -4,11 +4,14 @@
 #include <QCloseEvent>
 #include <QFontDatabase>
 #include <QHBoxLayout>
+#include <QScreen>
 #include <QScrollBar>
 #include <QShortcut>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "desktop/icon.h"
+#include "window/focus.h"
 
 namespace toolhost {
 
@@ -16,6 +19,10 @@ namespace {
 
 constexpr int most_lines = 5000;
 constexpr std::size_t block_size = 32768;
+// An engine that only counts pages writes one line without an end; a line of the text is laid out whole.
+constexpr qsizetype longest_line = 4096;
+constexpr int usual_width = 760, usual_height = 460;
+constexpr int focus_tries = 20;
 
 QLabel *quiet_label(QWidget *parent) {
     auto *const label = new QLabel(parent);
@@ -39,6 +46,10 @@ RunWindow::RunWindow(const ToolWindowHost &host) : host_(host) {
     text_->setLineWrapMode(QPlainTextEdit::WidgetWidth);
     text_->setWordWrapMode(QTextOption::WrapAnywhere);
     text_->setAccessibleName(tr("Output of %1").arg(tool));
+    QScrollBar *const bar = text_->verticalScrollBar();
+    connect(bar, &QScrollBar::actionTriggered, this,
+            [this, bar] { at_end_ = bar->sliderPosition() >= bar->maximum(); });
+    connect(bar, &QScrollBar::rangeChanged, this, [this] { keep_end(); });
 
     auto *const layout = new QVBoxLayout(this);
     layout->setContentsMargins(12, 12, 12, 12);
@@ -53,7 +64,8 @@ RunWindow::RunWindow(const ToolWindowHost &host) : host_(host) {
         auto *const shortcut = new QShortcut(keys, this);
         connect(shortcut, &QShortcut::activated, this, [this] { cancel(); });
     }
-    resize(760, 460);
+    const QRect room = screen()->availableGeometry();
+    resize(std::min(usual_width, room.width() * 9 / 10), std::min(usual_height, room.height() * 8 / 10));
 }
 
 // The command over the pages and the time; Cancel beside them.
@@ -180,23 +192,45 @@ void RunWindow::show_text() {
         text += QString(decoder_(QByteArrayView(block, static_cast<qsizetype>(size))));
     if (text.isEmpty())
         return;
+    add_lines(text);
+    keep_end();
+}
+
+// Line ends as the text has them, and lines that are too long to lay out again with every piece cut.
+void RunWindow::add_lines(const QString &text) {
     QString lines;
     lines.reserve(text.size());
     for (const QChar c : text) {
-        if (c == u'\n' && after_return_) {
-            after_return_ = false;
-            continue;
-        }
+        const bool second_end = c == u'\n' && after_return_;
         after_return_ = c == u'\r';
-        lines += c == u'\r' ? QChar(u'\n') : c.isNull() ? QChar(0x2400) : c;
+        if (second_end)
+            continue;
+        const bool ends = c == u'\n' || c == u'\r';
+        if (!ends && line_size_ >= longest_line && (c == u' ' || line_size_ >= 2 * longest_line)) {
+            lines += u'\n';
+            line_size_ = 0;
+        }
+        line_size_ = ends ? 0 : line_size_ + 1;
+        lines += ends ? QChar(u'\n') : c.isNull() ? QChar(0x2400) : c;
     }
-    QScrollBar *const bar = text_->verticalScrollBar();
-    const bool at_end = bar->value() >= bar->maximum() - 1;
     QTextCursor end(text_->document());
     end.movePosition(QTextCursor::End);
     end.insertText(lines);
-    if (at_end)
+}
+
+void RunWindow::keep_end() {
+    QScrollBar *const bar = text_->verticalScrollBar();
+    if (at_end_ && bar->value() != bar->maximum())
         bar->setValue(bar->maximum());
+}
+
+// The window may not be on the screen yet, and a window manager may be slow: asked until it is so.
+void RunWindow::ask_for_focus() {
+    if (focus_tries_ == 0 || !isVisible())
+        return;
+    --focus_tries_;
+    if (isActiveWindow() || !take_focus(this))
+        focus_tries_ = 0;
 }
 
 void RunWindow::show_state(const ToolWindowState &state) {
@@ -211,6 +245,8 @@ void RunWindow::show_state(const ToolWindowState &state) {
     time_->setText(QStringLiteral("%1:%2").arg(seconds / 60).arg(seconds % 60, 2, 10, QChar(u'0')));
     cancel_->setEnabled(!state.cancelling);
     const bool waiting = state.waiting && !state.cancelling;
+    if (waiting)
+        ask_for_focus();
     if (waiting == waiting_)
         return;
     waiting_ = waiting;
@@ -218,10 +254,12 @@ void RunWindow::show_state(const ToolWindowState &state) {
         // Once shown the line stays, so that the next answer can be typed while the program still prints.
         answers_->show();
         answer_->setFocus();
-        activateWindow();
         raise();
         QApplication::alert(this);
-        text_->verticalScrollBar()->setValue(text_->verticalScrollBar()->maximum());
+        at_end_ = true;
+        keep_end();
+        focus_tries_ = focus_tries;
+        ask_for_focus();
     }
 }
 

@@ -30,6 +30,9 @@ class RunWindow : public QWidget {
     void send(const QByteArray &line);
     void cancel();
     void show_text();
+    void keep_end();
+    void add_lines(const QString &text);
+    void ask_for_focus();
     void show_state(const ToolWindowState &state);
 
     const ToolWindowHost &host_;
@@ -43,6 +46,9 @@ class RunWindow : public QWidget {
     QStringDecoder decoder_{QStringDecoder::Utf8};
     bool after_return_ = false;
     bool waiting_ = false;
+    bool at_end_ = true;      // until the person scrolls up
+    int focus_tries_ = 0;     // left, before the window gives up asking for the keyboard
+    qsizetype line_size_ = 0; // characters in the last line shown
 };
 
 } // namespace toolhost

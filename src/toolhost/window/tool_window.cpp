@@ -56,6 +56,7 @@ extern "C" __attribute__((visibility("default"))) int quillon_tool_window(const 
         return 1;
     timer.start(refresh_milliseconds);
     window.show();
+    window.refresh();
     loop.exec();
     window.hide();
     QApplication::processEvents();
