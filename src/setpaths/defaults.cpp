@@ -75,7 +75,7 @@ void add_paths(const Distribution &found, unsigned char space, Values &values) {
             break;
         }
     values.emplace_back("TEXMFTREES", joined(found.trees, space));
-    if (!found.programs_in_path)
+    if (!found.programs_in_every_path && !found.programs.empty())
         values.emplace_back("TEXBIN", toolhost::to_unix_path(found.programs, space));
     values.emplace_back("TEXFORMATS", joined(formats, space));
     for (const auto &[key, path] : found.paths)

@@ -154,8 +154,10 @@ Distribution find_distribution() {
     Distribution found;
     const char *const search = std::getenv("PATH");
     const std::string engine = toolhost::find_program("pdftex", search ? search : "/usr/bin:/bin", "/");
-    found.programs_in_path = !engine.empty();
     found.programs = engine.empty() ? usual_place() : engine.substr(0, engine.rfind('/'));
+    // A terminal's PATH says nothing about the one of a program that the desktop starts.
+    for (const char *const folder : {"/usr/bin", "/bin", "/usr/local/bin"})
+        found.programs_in_every_path |= found.programs == folder;
     const std::string kpsewhich = found.programs + "/kpsewhich";
     if (found.programs.empty() || access(kpsewhich.c_str(), X_OK) != 0)
         return found;

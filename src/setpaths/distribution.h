@@ -9,9 +9,9 @@
 namespace setpaths {
 
 struct Distribution {
-    std::string programs; // the folder of its programs; empty when there is none
-    bool programs_in_path = false;
-    std::vector<std::string> trees; // absolute folders without a final slash
+    std::string programs;                // the folder of its programs; empty when there is none
+    bool programs_in_every_path = false; // every session finds them, one of the desktop too
+    std::vector<std::string> trees;      // absolute folders without a final slash
     // Search-path variables of the shell, each a list of POSIX folders; "//" at an element's end stands for
     // all folders below. No braces, no "!!", only folders that exist.
     std::map<std::string, std::vector<std::string>> paths;

@@ -88,6 +88,8 @@ const Setting setting_table[] = {
     {"AFMFONTS", setting_path, ".", nullptr, 1, "Where Adobe font metrics are."},
     {"DVIPSEPSF", setting_path, ".", nullptr, 1, "Where pictures for dvips are."},
     {"ENCFOLDER", setting_path, ".", nullptr, 1, "Where font encodings are."},
+    {"TEXBIN", setting_path, nullptr, nullptr, 1,
+     "The folder of the distribution's programs, where not every session looks for them."},
     {"TEXMFTREES", setting_path, nullptr, nullptr, 1,
      "The distribution's own trees, as the set-up found them."},
 };

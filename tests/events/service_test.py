@@ -1,6 +1,7 @@
 """The shell on the session bus: its own interface, the events, trust, one job at a time, leaving."""
 
 import os
+import shutil
 import signal
 import subprocess
 import sys
@@ -41,6 +42,13 @@ class Service(ServiceTest):
         self.start_shell()
         self.assertEqual(self.shell_object().Exec("pdftex x.tex", self.work, timeout=60), 0)
         self.assertTrue(os.path.exists(os.path.join(self.work, "x.pdf")))
+
+    def test_a_start_from_the_desktop_finds_the_programs_where_the_set_up_did(self):
+        with open(self.preferences_path, "a", encoding="utf-8") as file:
+            file.write(f"TEXBIN={os.path.dirname(shutil.which('pdftex'))}\n")
+        self.environment["PATH"] = "/nowhere"
+        self.start_shell()
+        self.assertEqual(self.shell_object().Exec("pdftex x.tex", self.work, timeout=60), 0)
 
     def test_exec_raw_takes_bytes_that_are_not_utf8(self):
         self.start_shell()

@@ -61,6 +61,18 @@ class SetpathsTest(unittest.TestCase):
             self.assertGreater(len(lines), 2)
             self.assertTrue(all(line.startswith("%") for line in lines))
 
+    def test_programs_that_only_a_terminal_finds_are_recorded(self):
+        own = self.root + "/texbin"
+        os.mkdir(own)
+        for name in ("pdftex", "kpsewhich"):
+            os.symlink(shutil.which(name), own + "/" + name)
+        self.run_it("--defaults", PATH=own + ":" + os.environ["PATH"])
+        self.assertEqual(self.settings()["TEXBIN"], self.unix(own))
+
+    def test_programs_that_every_session_finds_are_not_recorded(self):
+        self.run_it("--defaults", PATH="/usr/bin:/bin")
+        self.assertNotIn("TEXBIN", self.settings())
+
     def test_nothing_that_is_set_is_overwritten(self):
         os.makedirs(self.root + "/config dir")
         with open(self.preferences, "w") as file:
