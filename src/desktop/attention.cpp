@@ -5,8 +5,11 @@
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QElapsedTimer>
+#include <QTimer>
 #include <QVariantMap>
 
+#include "core/job_state.h"
 #include "desktop/event_pump.h"
 #include "desktop/main_window.h"
 
@@ -14,8 +17,12 @@ namespace quillon::desktop {
 
 namespace {
 
+// A run that lasts longer is one that people do not wait for; the tool's own window has gone a moment later.
+constexpr int long_run = 5000, moment = 500;
+
 std::uint32_t notification = 0; // 0: none is shown
 bool wanted = false;
+QElapsedTimer run_time;
 
 QDBusMessage notification_call(const char *method) {
     return QDBusMessage::createMethodCall(
@@ -32,11 +39,10 @@ void take_back() {
     notification = 0;
 }
 
-void show_notification() {
+void show_notification(const QString &text) {
     QDBusMessage call = notification_call("Notify");
     const QString title = main_window() ? main_window()->windowTitle() : QStringLiteral("Quillon");
-    call.setArguments({title, notification, QStringLiteral("org.quillon.Shell"), title,
-                       QObject::tr("Quillon needs your attention."), QStringList(),
+    call.setArguments({title, notification, QStringLiteral("org.quillon.Shell"), title, text, QStringList(),
                        QVariantMap{{QStringLiteral("desktop-entry"), QStringLiteral("org.quillon.Shell")}},
                        -1});
     auto *const watcher = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call));
@@ -50,6 +56,14 @@ void show_notification() {
     });
 }
 
+void ask_for_attention(const QString &text) {
+    wanted = true;
+    if (main_window())
+        QApplication::alert(main_window());
+    if (QDBusConnection::sessionBus().isConnected())
+        show_notification(text);
+}
+
 } // namespace
 
 void notify(int on) {
@@ -58,10 +72,21 @@ void notify(int on) {
         take_back();
         return;
     }
-    if (main_window())
-        QApplication::alert(main_window());
-    if (QDBusConnection::sessionBus().isConnected())
-        show_notification();
+    ask_for_attention(QObject::tr("Quillon needs your attention."));
+}
+
+void run_begins() {
+    run_time.start();
+}
+
+void run_ends() {
+    if (!run_time.isValid() || run_time.elapsed() < long_run)
+        return;
+    QTimer::singleShot(moment, qApp, [] {
+        if (QGuiApplication::applicationState() != Qt::ApplicationActive && !wanted)
+            ask_for_attention(exit_status == 0 ? QObject::tr("The run is done.")
+                                               : QObject::tr("The run has ended with an error."));
+    });
 }
 
 void bring_to_front(const char *token) {
@@ -79,10 +104,12 @@ void bring_to_front(const char *token) {
 
 void watch_activation() {
     QObject::connect(qApp, &QGuiApplication::applicationStateChanged, qApp, [](Qt::ApplicationState state) {
-        if (state == Qt::ApplicationActive)
+        if (state == Qt::ApplicationActive) {
+            notify(0);
             post_event(osEvt, suspendResumeMessage | resumeFlag, 0);
-        else
+        } else {
             post_event(osEvt, suspendResumeMessage, 0);
+        }
     });
 }
 

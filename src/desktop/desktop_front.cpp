@@ -44,6 +44,10 @@ void nothing_to_wait_for() {}
 void commands_admitted(int admitted) {
     if (!main_window())
         return;
+    if (admitted)
+        run_ends();
+    else
+        run_begins();
     main_window()->menus().set_commands_admitted(admitted != 0);
     console()->set_commands_admitted(admitted != 0);
 }

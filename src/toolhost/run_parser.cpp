@@ -49,17 +49,30 @@ void RunParser::feed(std::string_view bytes) {
         if (end != std::string_view::npos || line_.size() >= longest_line) {
             const std::string whole = std::move(line_);
             line_.clear();
+            counted_ = 0;
+            open_pages_ = 0;
             line(whole);
         }
-        if (end == std::string_view::npos)
+        if (end == std::string_view::npos) {
+            count_open_pages();
             return;
+        }
         bytes.remove_prefix(end + 1);
     }
+}
+
+// An engine may print all its pages in one line: those of the line that has not ended yet count as they come.
+void RunParser::count_open_pages() {
+    for (; counted_ + 1 < line_.size(); counted_++)
+        if (line_[counted_] == '[' && digit(line_[counted_ + 1]) && !in_error_ && passed_over_ == 0)
+            open_pages_++;
 }
 
 void RunParser::finish() {
     const std::string whole = std::move(line_);
     line_.clear();
+    counted_ = 0;
+    open_pages_ = 0;
     if (!whole.empty())
         line(whole);
 }

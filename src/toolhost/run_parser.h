@@ -30,7 +30,7 @@ class RunParser {
     bool said_no_output() const { return said_no_output_; }
     const ErrorPlace &first_error() const { return first_error_; }
     const ErrorPlace &last_error() const { return last_error_; }
-    int pages() const { return pages_; }
+    int pages() const { return pages_ + open_pages_; }
     // The file being read now, absolute.
     std::string current_file() const;
     // Whether the last line has begun and not ended.
@@ -38,6 +38,7 @@ class RunParser {
 
   private:
     void line(std::string_view text);
+    void count_open_pages();
     bool report(std::string_view text);
     bool error_line(std::string_view text);
     bool file_line_error(std::string_view text);
@@ -54,6 +55,8 @@ class RunParser {
     ErrorPlace first_error_;
     ErrorPlace last_error_;
     int pages_ = 0;
+    int open_pages_ = 0;      // in the line that has not ended
+    std::size_t counted_ = 0; // of its bytes
     int looks_ = 0;
     bool said_no_output_ = false;
     bool in_error_ = false;

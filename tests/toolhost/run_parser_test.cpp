@@ -50,6 +50,18 @@ TEST_F(RunParserTest, AFileThatWasClosedIsLeft) {
           });
 }
 
+TEST_F(RunParserTest, PagesCountBeforeTheirLineEnds) {
+    RunParser parser(folder_, folder_ + "/main.tex");
+    parser.feed("(./main.tex [1] [");
+    EXPECT_EQ(parser.pages(), 1);
+    parser.feed("2] [3");
+    EXPECT_EQ(parser.pages(), 3);
+    parser.feed("]\n[4]");
+    EXPECT_EQ(parser.pages(), 4);
+    parser.finish();
+    EXPECT_EQ(parser.pages(), 4);
+}
+
 TEST_F(RunParserTest, QuotedNamesAndNamesThatDoNotExist) {
     parse("(\"./my part.tex\" (./none.tex\n! Wrong.\nl.3 x\n",
           [&](const RunParser &parser) { EXPECT_EQ(parser.first_error().file, folder_ + "/my part.tex"); });
