@@ -57,7 +57,7 @@ std::map<std::uint32_t, std::pair<std::string, std::string>> expected_map(const 
 
 void fuzz_one(const std::string &input) {
     static const TemporaryHome home;
-    static std::vector<FontMap *> maps; // a map lives as long as the process
+    static auto &maps = *new std::vector<FontMap *>; // a map lives as long as the process
     home.file("work/texfonts.map", input);
     std::string folder = home.path("work/");
     char *list[] = {folder.data(), nullptr};

@@ -201,5 +201,9 @@ TEST_F(FontMaps, AHundredMegabytesAreReadByLine) {
     char *list[] = {folder.data(), nullptr};
     maps().push_back(map_create(list));
     EXPECT_EQ(taken(map_lookup(maps().back(), "alias")), "real");
+#ifndef __SANITIZE_ADDRESS__                     // which gives nothing back for a while
     EXPECT_LT(high_water() - before, 20 * 1024); // kilobytes
+#else
+    static_cast<void>(before);
+#endif
 }

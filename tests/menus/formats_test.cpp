@@ -87,9 +87,10 @@ TEST_F(Formats, AMissingFolderIsSaidAndPassedOver) {
 TEST_F(Formats, WithoutAnyFormatFourLinesSayWhatToDo) {
     format_name.copy("old");
     search(home_.folder("empty"));
-    EXPECT_NE(front_->printed.find("I can't find any formats.\nCheck your TEXFORMATS search path or build\n"
-                                   "a format file using the \"Build format\" command\nunder the \"File\" Menu.\n"),
-              std::string::npos);
+    EXPECT_NE(
+        front_->printed.find("I can't find any formats.\nCheck your TEXFORMATS search path or build\n"
+                             "a format file using the \"Build format\" command\nunder the \"File\" Menu.\n"),
+        std::string::npos);
     EXPECT_TRUE(format_name.empty());
 }
 
