@@ -1,7 +1,9 @@
-// What the shell's window is measured against: a bare window with as many menus and items, and a plain text widget.
+// What the shell's window is measured against: a bare window with as many menus and items, and a plain text
+// widget.
 //
 //   bare_window                 shows the window until it is killed
-//   bare_window --feed BYTES    feeds the widget BYTES of 60-byte lines in 64 KiB blocks, prints the bytes a second
+//   bare_window --feed BYTES    feeds the widget BYTES of 60-byte lines in 64 KiB blocks, prints the bytes a
+//   second
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QMainWindow>

@@ -1,7 +1,8 @@
 // Starts a program and prints the milliseconds until the first paint in a window that it maps, then ends it.
 // To be run on a display without a window manager: only the program draws there.
 //
-//   first_paint COMMAND [ARGUMENT...]      prints "MILLISECONDS KILOBYTES": the time, and the resident size then
+//   first_paint COMMAND [ARGUMENT...]      prints "MILLISECONDS KILOBYTES": the time, and the resident size
+//   then
 #include <X11/Xlib.h>
 #include <X11/extensions/Xdamage.h>
 #include <poll.h>
@@ -18,7 +19,8 @@
 static constexpr int limit_milliseconds = 20000;
 
 static double now() {
-    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now().time_since_epoch()).count();
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now().time_since_epoch())
+        .count();
 }
 
 static long resident_kilobytes(pid_t pid) {
@@ -33,7 +35,8 @@ static long resident_kilobytes(pid_t pid) {
     return kilobytes;
 }
 
-// The time of the first damage to a window of some size that was mapped after START; a negative number at the limit.
+// The time of the first damage to a window of some size that was mapped after START; a negative number at the
+// limit.
 static double wait_for_paint(Display *display, int damage_base, double start) {
     while (now() - start < limit_milliseconds) {
         if (!XPending(display)) {

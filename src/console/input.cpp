@@ -24,26 +24,24 @@ static const char *line_place = line_buffer;
 static std::size_t line_count = 0;
 
 // The end of the console's text, where all input stands.
-static std::size_t selection_start()
-{
+static std::size_t selection_start() {
     std::size_t start = 0, end = 0;
     TXNGetSelection(text, &start, &end);
     return start;
 }
 
-static std::uint32_t line_total()
-{
+static std::uint32_t line_total() {
     std::uint32_t count = 0;
     TXNGetLineCount(text, &count);
     return count;
 }
 
 // Puts what was typed into BUFFER and the log; the number of characters.
-static std::size_t take_typed(char *buffer, std::int32_t maximum)
-{
+static std::size_t take_typed(char *buffer, std::int32_t maximum) {
     std::size_t start = 0;
     TXNGetSelection(text, &start, &lastChar);
-    const std::size_t length = TXNGetData(text, firstChar, lastChar, buffer, static_cast<std::size_t>(maximum));
+    const std::size_t length =
+        TXNGetData(text, firstChar, lastChar, buffer, static_cast<std::size_t>(maximum));
     std::replace(buffer, buffer + length, '\r', '\n');
     buffer[length] = '\0';
     if (logRef != -1) {
@@ -53,8 +51,7 @@ static std::size_t take_typed(char *buffer, std::int32_t maximum)
     return length;
 }
 
-std::size_t ReadCharsFromConsole(char *buffer, std::int32_t maximum)
-{
+std::size_t ReadCharsFromConsole(char *buffer, std::int32_t maximum) {
     DoNotify();
     max_get = maximum;
     restore();
@@ -76,8 +73,7 @@ std::size_t ReadCharsFromConsole(char *buffer, std::int32_t maximum)
     return take_typed(buffer, maximum);
 }
 
-void CheckLineCount()
-{
+void CheckLineCount() {
     if (get_text != 1)
         return;
     const std::size_t start = selection_start();
@@ -94,8 +90,7 @@ void CheckLineCount()
         done = 1;
 }
 
-int ml_fgetc(std::FILE *stream)
-{
+int ml_fgetc(std::FILE *stream) {
     if (stream != stdin)
         return std::fgetc(stream);
     if (line_count == 0) {
@@ -110,8 +105,7 @@ int ml_fgetc(std::FILE *stream)
     return -1;
 }
 
-char *ml_fgets(char *buffer, int size, std::FILE *stream)
-{
+char *ml_fgets(char *buffer, int size, std::FILE *stream) {
     if (stream != stdin)
         return mfgets(buffer, size, stream);
     ReadCharsFromConsole(buffer, size - 1);

@@ -13,8 +13,7 @@ std::int16_t logRef = -1;
 FSSpec logFileSpec;
 
 // Appends the file to the console in blocks of 1,024 bytes, as they are. 1 when it could be opened.
-static int append_file(const FSSpec *location)
-{
+static int append_file(const FSSpec *location) {
     static char block[1024];
     std::int16_t reference = -1;
     if (FSpOpenDF(location, 'w', &reference) != noErr && FSpOpenDF(location, 'r', &reference) != noErr) {
@@ -33,19 +32,16 @@ static int append_file(const FSSpec *location)
     return 1;
 }
 
-void ReadLogFile(const FSSpec *location)
-{
+void ReadLogFile(const FSSpec *location) {
     if (append_file(location))
         FSpDelete(location);
 }
 
-void ReadInfoFile(const FSSpec *location)
-{
+void ReadInfoFile(const FSSpec *location) {
     append_file(location);
 }
 
-void OpenLogFile()
-{
+void OpenLogFile() {
     std::int16_t volume = 0;
     std::int32_t folder = 0;
     static unsigned counter = 0;
@@ -67,16 +63,14 @@ void OpenLogFile()
     }
 }
 
-void WriteLogFile()
-{
+void WriteLogFile() {
     if (logRef == -1)
         return;
     SetEOF(logRef, 0);
     TXNSave(text, logRef);
 }
 
-void CloseLogFile()
-{
+void CloseLogFile() {
     // Kept on purpose: logRef stays as it is, so this is the last thing that happens to the log.
     if (logRef != -1)
         FSClose(logRef);

@@ -6,24 +6,20 @@
 
 namespace quillon {
 
-void aboutApp()
-{
+void aboutApp() {
     front->message_window("about box");
 }
 
-void DoQuit()
-{
+void DoQuit() {
     front->message_window("Quit");
     std::exit(0);
 }
 
-int ConfirmDelete()
-{
+int ConfirmDelete() {
     return front->message_window("ConfirmDelete");
 }
 
-void longName()
-{
+void longName() {
     front->message_window("LongName");
 }
 

@@ -1,6 +1,6 @@
-// Path conversion between Unix paths (/Volume/dir/file, blanks substituted), HFS paths (Volume:dir:file), file
-// locations and POSIX paths. Output buffers take up to 1,024 bytes; a conversion whose result does not fit
-// leaves the output empty.
+// Path conversion between Unix paths (/Volume/dir/file, blanks substituted), HFS paths (Volume:dir:file),
+// file locations and POSIX paths. Output buffers take up to 1,024 bytes; a conversion whose result does not
+// fit leaves the output empty.
 #ifndef QUILLON_FILES_PATHS_H
 #define QUILLON_FILES_PATHS_H
 
@@ -13,7 +13,8 @@ namespace quillon {
 
 // Unix path to HFS path. 1, or 0 when the result does not fit DST (which is then empty).
 int convert_path(const char *src, BoundedBuffer &dst);
-// PATH made absolute against curr_dir; returns DST's text. PATH may be DST's own text. Empty when it does not fit.
+// PATH made absolute against curr_dir; returns DST's text. PATH may be DST's own text. Empty when it does not
+// fit.
 const char *add_current_dir(BoundedBuffer &dst, const char *path);
 void convert_to_space(char *text);
 void convert_space(char *text);
@@ -27,8 +28,8 @@ OSErr MacFolderToPosixDir(const char *mac_folder, BoundedBuffer &out);
 const char *MacFileToPosixFile(const char *mac_path, BoundedBuffer &out);
 const char *UnixFileToPosixFile(const char *path, BoundedBuffer &out);
 const char *UnixFolderToPosixFolder(const char *path, BoundedBuffer &out);
-// A POSIX path to a Unix path, blanks substituted. 0 when it is not absolute, names a file directly in the root
-// folder, or does not fit.
+// A POSIX path to a Unix path, blanks substituted. 0 when it is not absolute, names a file directly in the
+// root folder, or does not fit.
 int PosixToUnixPath(const char *posix_path, BoundedBuffer &out);
 int has_extension(const char *name, const char *extension);
 // 0 when the file exists, -1 when not; MODE is ignored. A folder tests as absent.

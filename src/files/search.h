@@ -16,8 +16,9 @@ void addToCache(const char *name, const char *path);
 void clearCache();
 extern int numberOfEntries;
 
-// A file database: a list of nodes in the file's order, which ends with a node whose three fields are empty. Strings are
-// places in the list's text, nodes are numbers; 0 stands for an empty string, and for no next node.
+// A file database: a list of nodes in the file's order, which ends with a node whose three fields are empty.
+// Strings are places in the list's text, nodes are numbers; 0 stands for an empty string, and for no next
+// node.
 struct HashNode {
     std::uint32_t directory, name, next;
 };

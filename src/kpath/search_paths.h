@@ -8,15 +8,23 @@
 
 namespace quillon {
 
-enum SearchPathSlot { slot_texformats = 7, slot_texinputs = 8, slot_texfonts = 10, slot_texconfig = 15,
-                      slot_dvipsheaders = 20, slot_encfolder = 26, search_path_slots = 27 };
+enum SearchPathSlot {
+    slot_texformats = 7,
+    slot_texinputs = 8,
+    slot_texfonts = 10,
+    slot_texconfig = 15,
+    slot_dvipsheaders = 20,
+    slot_encfolder = 26,
+    search_path_slots = 27
+};
 
-// Null-terminated lists of folders, each ending with "/". Empty slots are null. A list that setpaths has set but
-// nobody has asked for may not be made yet: read it with search_list.
+// Null-terminated lists of folders, each ending with "/". Empty slots are null. A list that setpaths has set
+// but nobody has asked for may not be made yet: read it with search_list.
 extern char **path_dirs[search_path_slots];
 
-// Sets the lists of the slots in MASK, from the settings as they stand now. A path over whole trees is expanded when
-// its list is first asked for, with the folders that there are then; all others are made at once.
+// Sets the lists of the slots in MASK, from the settings as they stand now. A path over whole trees is
+// expanded when its list is first asked for, with the folders that there are then; all others are made at
+// once.
 void setpaths(std::uint32_t mask);
 // The list of a slot; null when it is empty.
 char **search_list(int slot);

@@ -1,5 +1,5 @@
-// Checking utilities: allocation, strings, suffixes and files. A failure prints a message on standard error (the
-// console) and ends the run through DoJump.
+// Checking utilities: allocation, strings, suffixes and files. A failure prints a message on standard error
+// (the console) and ends the run through DoJump.
 #ifndef QUILLON_KPATH_UTILITIES_H
 #define QUILLON_KPATH_UTILITIES_H
 

@@ -154,24 +154,23 @@ int receive_application_event(sd_bus_message *call, void *, sd_bus_error *error)
     return 1;
 }
 
-void MakeReceivedEvent(OSType event_class, OSType event_id, AppleEvent *event)
-{
+void MakeReceivedEvent(OSType event_class, OSType event_id, AppleEvent *event) {
     event->data = nullptr;
     ae_make_record(event, event_class, event_id);
 }
 
-int QueueReceivedEvent(AppleEvent *event, void (*answered)(OSErr result, const AppleEvent *reply))
-{
+int QueueReceivedEvent(AppleEvent *event, void (*answered)(OSErr result, const AppleEvent *reply)) {
     const int queued = queue_received_event(
-        *event, nullptr, [answered](sd_bus_message *, OSErr result, const AppleEvent *reply) { answered(result, reply); });
+        *event, nullptr,
+        [answered](sd_bus_message *, OSErr result, const AppleEvent *reply) { answered(result, reply); });
     *event = AppleEvent();
     return queued;
 }
 
 void WalkParameters(const AppleEvent *event,
-                    void (*see)(OSType keyword, OSType type, const void *data, std::size_t size, void *context),
-                    void *context)
-{
+                    void (*see)(OSType keyword, OSType type, const void *data, std::size_t size,
+                                void *context),
+                    void *context) {
     if (!event->data)
         return;
     for (const AEItem &item : event->data->items) {

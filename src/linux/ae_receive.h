@@ -15,7 +15,8 @@ namespace quillon {
 int receive_application_event(sd_bus_message *call, void *context, sd_bus_error *error);
 
 // Queues EVENT (its data is taken over). ANSWER is called once with the handler's result and the reply, and
-// with the call's message, of which a reference is kept (null for an event from within). 0 when the queue is full.
+// with the call's message, of which a reference is kept (null for an event from within). 0 when the queue is
+// full.
 using AnswerProcedure = std::function<void(sd_bus_message *call, OSErr result, const AppleEvent *reply)>;
 int queue_received_event(AppleEvent event, sd_bus_message *call, AnswerProcedure answer);
 

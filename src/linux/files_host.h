@@ -14,8 +14,8 @@ namespace quillon {
 
 constexpr std::int32_t volume_parent_id = 1, volume_root_id = 2;
 
-// A name as the host has it, from a name as the shell has it (":" from byte 30, a shortened name from the table),
-// and back, at most 63 bytes.
+// A name as the host has it, from a name as the shell has it (":" from byte 30, a shortened name from the
+// table), and back, at most 63 bytes.
 std::string HostName(std::string_view name);
 std::string ShellName(std::string_view host_name);
 
@@ -39,8 +39,8 @@ void StepUp(std::string &posix_path);
 
 // Type, creator and flags of the file at PATH.
 void FinderInfo(const std::string &path, const struct stat &info, FInfo *finder);
-// Programs that JUDGE answers 1 for have creator '!Rch' (null: none; at first the editors of the table). It gets a
-// POSIX path.
+// Programs that JUDGE answers 1 for have creator '!Rch' (null: none; at first the editors of the table). It
+// gets a POSIX path.
 void SetEditorJudge(int (*judge)(const char *posix_path));
 // Whether the file is open elsewhere: a write lease is refused.
 bool FileIsOpen(const std::string &path);

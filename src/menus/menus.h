@@ -8,8 +8,8 @@
 
 namespace quillon {
 
-extern MenuHandle appleMenu, fileMenu, formatMenu, optionsMenu, editMenu, buildMenu, toolMenu, infoMenu, fontMenu,
-    configMenu, recentMenu, mpformatMenu, transferMenu, deleteMenu, changeMenu;
+extern MenuHandle appleMenu, fileMenu, formatMenu, optionsMenu, editMenu, buildMenu, toolMenu, infoMenu,
+    fontMenu, configMenu, recentMenu, mpformatMenu, transferMenu, deleteMenu, changeMenu;
 extern std::int32_t oldItem; // the checked item of the Font menu, 0 for none
 
 // Builds the menu bar from the command table.

@@ -6,7 +6,14 @@
 
 namespace quillon {
 
-enum SettingKind { setting_text, setting_path, setting_flag, setting_number, setting_choice, setting_numbered };
+enum SettingKind {
+    setting_text,
+    setting_path,
+    setting_flag,
+    setting_number,
+    setting_choice,
+    setting_numbered
+};
 
 struct Setting {
     const char *key; // for setting_numbered the prefix, followed by 1 to COUNT

@@ -8,13 +8,14 @@
 
 namespace quillon {
 
-extern FSSpec config_spec;         // the preferences file, computed by check_config
-extern unsigned char havePrefs;    // 1 when the file could be opened at start-up
-extern BoundedString<1024> name;   // its HFS path
+extern FSSpec config_spec;       // the preferences file, computed by check_config
+extern unsigned char havePrefs;  // 1 when the file could be opened at start-up
+extern BoundedString<1024> name; // its HFS path
 
 // Locates the preferences file and sets havePrefs; returns its HFS path (in the global `name`).
 const char *check_config();
-// Fills prefsFolder and supportFolder; returns prefsFolder. Ends the program when there is no preferences file.
+// Fills prefsFolder and supportFolder; returns prefsFolder. Ends the program when there is no preferences
+// file.
 const char *NoPrefFile();
 // The value in a static 512-byte buffer that the next call overwrites; null when not set, empty, or 256 bytes
 // or more with its NUL.

@@ -90,12 +90,12 @@ OSErr AESetInteractionAllowed(std::int32_t level);
 OSErr AEProcessAppleEvent(const EventRecord *event);
 
 // What a caller on the shell's own bus interface is told of an 'exec' beyond its reply: 'none' (the default),
-// 'nrun' no such tool or the launch failed, 'cncl' cancelled, 'unkn' unknown command. Cleared at each dispatch.
+// 'nrun' no such tool or the launch failed, 'cncl' cancelled, 'unkn' unknown command. Cleared at each
+// dispatch.
 void AESetCallOutcome(OSType outcome);
 
 // The event id packed in a high-level event record.
-inline OSType high_level_event_id(const EventRecord &event)
-{
+inline OSType high_level_event_id(const EventRecord &event) {
     return static_cast<OSType>(static_cast<std::uint16_t>(event.where.v)) << 16 |
            static_cast<std::uint16_t>(event.where.h);
 }

@@ -7,19 +7,16 @@
 
 namespace quillon {
 
-std::size_t BoundedBuffer::length() const
-{
+std::size_t BoundedBuffer::length() const {
     return strnlen(data_, capacity_);
 }
 
-void BoundedBuffer::cut(std::size_t length)
-{
+void BoundedBuffer::cut(std::size_t length) {
     if (length < capacity_)
         data_[length] = '\0';
 }
 
-int BoundedBuffer::copy(std::string_view text)
-{
+int BoundedBuffer::copy(std::string_view text) {
     if (text.size() >= capacity_)
         return 0;
     if (!text.empty())
@@ -28,8 +25,7 @@ int BoundedBuffer::copy(std::string_view text)
     return 1;
 }
 
-int BoundedBuffer::append(std::string_view text)
-{
+int BoundedBuffer::append(std::string_view text) {
     const std::size_t used = length();
     if (text.size() >= capacity_ - used)
         return 0;
@@ -39,8 +35,7 @@ int BoundedBuffer::append(std::string_view text)
     return 1;
 }
 
-int BoundedBuffer::prepend(std::string_view text)
-{
+int BoundedBuffer::prepend(std::string_view text) {
     const std::size_t used = length();
     if (text.size() >= capacity_ - used)
         return 0;
@@ -60,8 +55,7 @@ int BoundedBuffer::prepend(std::string_view text)
     return 1;
 }
 
-int BoundedBuffer::format_at(std::size_t offset, const char *format, std::va_list values)
-{
+int BoundedBuffer::format_at(std::size_t offset, const char *format, std::va_list values) {
     // Measured first, so that a text that does not fit leaves the buffer as it was.
     std::va_list measured;
     va_copy(measured, values);
@@ -73,8 +67,7 @@ int BoundedBuffer::format_at(std::size_t offset, const char *format, std::va_lis
     return 1;
 }
 
-int BoundedBuffer::format(const char *format, ...)
-{
+int BoundedBuffer::format(const char *format, ...) {
     std::va_list values;
     va_start(values, format);
     const int fits = format_at(0, format, values);
@@ -82,8 +75,7 @@ int BoundedBuffer::format(const char *format, ...)
     return fits;
 }
 
-int BoundedBuffer::append_format(const char *format, ...)
-{
+int BoundedBuffer::append_format(const char *format, ...) {
     std::va_list values;
     va_start(values, format);
     const int fits = format_at(length(), format, values);
@@ -91,8 +83,7 @@ int BoundedBuffer::append_format(const char *format, ...)
     return fits;
 }
 
-int BoundedBuffer::copy_cut(std::string_view text)
-{
+int BoundedBuffer::copy_cut(std::string_view text) {
     if (copy(text))
         return 1;
     copy(text.substr(0, capacity_ - 1));

@@ -2,8 +2,8 @@
 //
 // A location is a volume reference, a folder id and a leaf name. Volume references and folder ids are handed
 // out per process; the volume is the first component of the POSIX path and a volume's root is folder 2 (its
-// parent is folder 1). A ":" in a Linux file name stands as byte 30 in names and HFS paths. A leaf of more than
-// 63 bytes stands under a unique shortened name that every call here maps back.
+// parent is folder 1). A ":" in a Linux file name stands as byte 30 in names and HFS paths. A leaf of more
+// than 63 bytes stands under a unique shortened name that every call here maps back.
 #ifndef QUILLON_TOOLBOX_FILES_H
 #define QUILLON_TOOLBOX_FILES_H
 
@@ -41,14 +41,14 @@ struct CInfoPBRec {
     unsigned char *ioNamePtr; // length-prefixed, room for 64 bytes; in and out. In: a name or an HFS path
     std::int16_t ioVRefNum;
     std::int32_t ioFDirIndex;
-    std::uint8_t ioFlAttrib;   // out
-    FInfo ioFlFndrInfo;        // out, files
-    std::int32_t ioDirID;      // in: the folder; out: a folder's own id
-    std::int32_t ioFlParID;    // out: id of the folder that holds the entry
+    std::uint8_t ioFlAttrib; // out
+    FInfo ioFlFndrInfo;      // out, files
+    std::int32_t ioDirID;    // in: the folder; out: a folder's own id
+    std::int32_t ioFlParID;  // out: id of the folder that holds the entry
 };
 
-// NAME is a leaf, or an HFS path; relative names are taken in folder DIR_ID of volume VREF. 0; fnfErr when only
-// the last component is missing (SPEC is filled all the same); dirNFErr, nsvErr, bdNamErr otherwise.
+// NAME is a leaf, or an HFS path; relative names are taken in folder DIR_ID of volume VREF. 0; fnfErr when
+// only the last component is missing (SPEC is filled all the same); dirNFErr, nsvErr, bdNamErr otherwise.
 OSErr FSMakeFSSpec(std::int16_t vref, std::int32_t dir_id, const char *name, FSSpec *spec);
 OSErr FSpGetFInfo(const FSSpec *spec, FInfo *info);
 OSErr FSpSetFInfo(const FSSpec *spec, const FInfo *info);
@@ -75,20 +75,21 @@ OSErr FSWrite(std::int16_t reference, long *count, const void *buffer);
 OSErr SetEOF(std::int16_t reference, long length);
 OSErr FSClose(std::int16_t reference);
 OSErr FSpDelete(const FSSpec *spec);
-// The standard library's open: null with errno set when it fails. Refuses folders, and pipes, which a program can
-// wait on for ever; programs started later do not inherit the file.
+// The standard library's open: null with errno set when it fails. Refuses folders, and pipes, which a program
+// can wait on for ever; programs started later do not inherit the file.
 std::FILE *OpenPosixFile(const char *posix_path, const char *mode);
 
 // Folders of the host. 'pref' Preferences, 'asup' Application Support, 'temp' temporary items, 'font' fonts,
 // 'trns' the tools' transcripts. CREATE makes the folder when it is missing.
 OSErr FindFolder(OSType kind, int create, std::int16_t *vref, std::int32_t *dir_id);
 
-// The POSIX path of an HFS path or a location; 0 when it cannot be one or does not fit. Nothing need be there.
+// The POSIX path of an HFS path or a location; 0 when it cannot be one or does not fit. Nothing need be
+// there.
 int HFSPathToPosix(const char *hfs_path, BoundedBuffer &posix_path);
 int FSpToPosix(const FSSpec *spec, BoundedBuffer &posix_path);
 
-// Length-prefixed names to and from text. A text of more than 63 bytes goes in under its shortened name and comes
-// out whole, where TEXT has room for it. 0, and an empty name, when the text cannot be a leaf.
+// Length-prefixed names to and from text. A text of more than 63 bytes goes in under its shortened name and
+// comes out whole, where TEXT has room for it. 0, and an empty name, when the text cannot be a leaf.
 int to_pascal(const char *text, unsigned char (&name)[64]);
 void from_pascal(const unsigned char *name, BoundedBuffer &text);
 

@@ -47,7 +47,8 @@ void FillMenu(MenuHandle menu);
 // Counts up at every change of any menu.
 std::uint32_t MenuChangeCount();
 
-// The choice (id << 16 | item) that a command key stands for, 0 when none or disabled. Letters in either case.
+// The choice (id << 16 | item) that a command key stands for, 0 when none or disabled. Letters in either
+// case.
 std::int32_t MenuKey(char key);
 // The choice that a mouse-down event in the menu bar made; 0 when its item is disabled.
 std::int32_t MenuSelect(const EventRecord *event);

@@ -29,7 +29,8 @@ struct NavRequest {
     void (*filter_picked)(const NavMenuItem *item);
     // 1 when the entry is to be shown (may be null: all are). SPEC is null for an item that is no file.
     int (*shows)(const FSSpec *spec);
-    // An update or activate event for one of the shell's own windows came while the chooser is up (may be null).
+    // An update or activate event for one of the shell's own windows came while the chooser is up (may be
+    // null).
     void (*window_event)(const EventRecord *event);
 };
 

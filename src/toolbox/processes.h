@@ -48,11 +48,11 @@ struct LaunchParamBlockRec {
     AppParameters *launchAppParameters;
 };
 
-// The process after PSN (kNoProcess: the first); procNotFound at the end. In order: the programs launched from
-// here, the applications on the bus, the user's other processes.
+// The process after PSN (kNoProcess: the first); procNotFound at the end. In order: the programs launched
+// from here, the applications on the bus, the user's other processes.
 OSErr GetNextProcess(ProcessSerialNumber *psn);
-// 1 for one of the user's other processes: they come last, are known by their program (ProcessIsProgram), and have
-// no signature of their own.
+// 1 for one of the user's other processes: they come last, are known by their program (ProcessIsProgram), and
+// have no signature of their own.
 int IsPlainProcess(const ProcessSerialNumber *psn);
 OSErr GetProcessInformation(const ProcessSerialNumber *psn, ProcessInfoRec *info);
 OSErr GetCurrentProcess(ProcessSerialNumber *psn);
@@ -62,8 +62,8 @@ OSErr SetFrontProcess(const ProcessSerialNumber *psn);
 // Starts the bundle or program at launchAppSpec. memFullErr when the host has no room for a process, another
 // code when it cannot be started.
 OSErr LaunchApplication(LaunchParamBlockRec *block);
-// Whether the process is the program at SPEC: a plain program is known by its canonical path, since many share
-// a signature.
+// Whether the process is the program at SPEC: a plain program is known by its canonical path, since many
+// share a signature.
 int ProcessIsProgram(const ProcessSerialNumber *psn, const FSSpec *spec);
 
 } // namespace quillon

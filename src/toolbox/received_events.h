@@ -12,9 +12,11 @@ namespace quillon {
 void MakeReceivedEvent(OSType event_class, OSType event_id, AppleEvent *event);
 // Queues EVENT, taking over its data. ANSWERED is called with its result and reply when it has been handled.
 int QueueReceivedEvent(AppleEvent *event, void (*answered)(OSErr result, const AppleEvent *reply));
-// Calls SEE for each parameter, in order: 'fss ' as its POSIX path, 'TEXT' and all other types as their bytes.
+// Calls SEE for each parameter, in order: 'fss ' as its POSIX path, 'TEXT' and all other types as their
+// bytes.
 void WalkParameters(const AppleEvent *event,
-                    void (*see)(OSType keyword, OSType type, const void *data, std::size_t size, void *context),
+                    void (*see)(OSType keyword, OSType type, const void *data, std::size_t size,
+                                void *context),
                     void *context);
 
 } // namespace quillon

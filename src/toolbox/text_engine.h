@@ -1,4 +1,5 @@
-// The text engine behind the console: text kept as bytes, appended at the end, laid out only where it is seen.
+// The text engine behind the console: text kept as bytes, appended at the end, laid out only where it is
+// seen.
 #ifndef QUILLON_TOOLBOX_TEXT_ENGINE_H
 #define QUILLON_TOOLBOX_TEXT_ENGINE_H
 

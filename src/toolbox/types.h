@@ -11,8 +11,7 @@ using OSStatus = std::int32_t;
 using OSType = std::uint32_t;
 
 // A four-character code, first character in the high byte.
-constexpr OSType four(const char (&code)[5])
-{
+constexpr OSType four(const char (&code)[5]) {
     return static_cast<OSType>(static_cast<unsigned char>(code[0])) << 24 |
            static_cast<OSType>(static_cast<unsigned char>(code[1])) << 16 |
            static_cast<OSType>(static_cast<unsigned char>(code[2])) << 8 |

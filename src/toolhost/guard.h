@@ -38,8 +38,8 @@ struct GuardPacket {
 // int, a signal for the program's group; SIGKILL kills every process of the run. -1 on failure.
 pid_t start_guard(const Launch &launch, int *channel);
 
-// The argument vector of this program, which the guard writes its own title over: who looks for the host by its
-// command line finds the host alone.
+// The argument vector of this program, which the guard writes its own title over: who looks for the host by
+// its command line finds the host alone.
 void keep_arguments(int count, char **words);
 
 // Kills and reaps every descendant of this process, which must be a subreaper, until none is left. The first

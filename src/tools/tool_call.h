@@ -1,4 +1,5 @@
-// The tool command event: a command line and a working folder for a tool, and the reply with the run's outcome.
+// The tool command event: a command line and a working folder for a tool, and the reply with the run's
+// outcome.
 #ifndef QUILLON_TOOLS_TOOL_CALL_H
 #define QUILLON_TOOLS_TOOL_CALL_H
 

@@ -4,8 +4,8 @@
 
 namespace quillon {
 
-// 0 when the command ran with exit status 0; 1 when not, or when no application is set. Unix paths; DOCUMENT may
-// be null.
+// 0 when the command ran with exit status 0; 1 when not, or when no application is set. Unix paths; DOCUMENT
+// may be null.
 int OpenDocInOSX(const char *app, const char *document);
 // 1 when the open-document event was sent.
 int LaunchAndSendODOC(const char *app, const char *document, int bring_to_front);
@@ -13,8 +13,8 @@ void OpenDviFile(const char *dvi);
 void AutoViewDviFile();
 void ViewPS();
 void ViewPdf();
-// When VIEWER is no application: notifies, waits to be in front, asks with PROMPT and stores the choice under KEY.
-// 0 when the person cancels.
+// When VIEWER is no application: notifies, waits to be in front, asks with PROMPT and stores the choice under
+// KEY. 0 when the person cancels.
 int find_application(const char **viewer, const char *key, const char *prompt);
 
 } // namespace quillon

@@ -13,7 +13,7 @@ namespace quillon::test {
 const std::vector<std::string> fuzz_words = {
     "ptmr8r", " ",  "\t",       "Times-Roman", "\n",  "% comment", "\r\n",     "%",
     "ab",     "ba", "\xe9\x18", "\x01",        "a.b", "one ab\n",  "two ba\n", std::string(1, '\0')};
-const int fuzz_runs = 4000;
+const int fuzz_runs = 2000;
 
 namespace {
 

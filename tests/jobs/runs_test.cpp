@@ -17,11 +17,12 @@ class Runs : public ::testing::Test {
         home_.preferences("");
         pdfexe.format("%s/pdftex.app", home_.root().c_str());
         pdfeexe.format("%s/pdfetex.app", home_.root().c_str());
-        for (std::uint8_t *const flag : {&useETeX, &addSpecials, &parseFirstLine, &use8bit, &doRecord, &doView})
+        for (std::uint8_t *const flag :
+             {&useETeX, &addSpecials, &parseFirstLine, &use8bit, &doRecord, &doView})
             *flag = 0;
-        for (BoundedBuffer *const text : {static_cast<BoundedBuffer *>(&format_name),
-                                          static_cast<BoundedBuffer *>(&lastcommand),
-                                          static_cast<BoundedBuffer *>(&lastdir), static_cast<BoundedBuffer *>(&editfile)})
+        for (BoundedBuffer *const text :
+             {static_cast<BoundedBuffer *>(&format_name), static_cast<BoundedBuffer *>(&lastcommand),
+              static_cast<BoundedBuffer *>(&lastdir), static_cast<BoundedBuffer *>(&editfile)})
             text->clear();
         calleditor = tex_error = 0;
         SetUpMenus();
@@ -43,16 +44,19 @@ TEST_F(Runs, EveryWordIsFollowedByOneBlank) {
     useETeX = addSpecials = parseFirstLine = use8bit = doRecord = 1;
     format_name.copy("plain");
     DoTeX("/Users/a/doc/x.tex");
-    EXPECT_TRUE(printed("Processing -- pdfetex -output-format=dvi -src-specials -parse-first-line -8bit -recorder "
-                        "-fmt=plain x.tex \nworking directory --  /Users/a/doc\n"));
+    EXPECT_TRUE(
+        printed("Processing -- pdfetex -output-format=dvi -src-specials -parse-first-line -8bit -recorder "
+                "-fmt=plain x.tex \nworking directory --  /Users/a/doc\n"));
     DoPdfTeX("/Users/a/doc/x.tex");
-    EXPECT_TRUE(printed("Processing -- pdfetex -synctex=1 -parse-first-line -8bit -recorder -fmt=plain x.tex \n"));
+    EXPECT_TRUE(
+        printed("Processing -- pdfetex -synctex=1 -parse-first-line -8bit -recorder -fmt=plain x.tex \n"));
 }
 
 TEST_F(Runs, AMissingEngineIsSaidAndTheRunStillEndsInOrder) {
     tex_error = 1;
     DoPdfTeX("/Users/a/doc/x.tex");
-    EXPECT_TRUE(printed("I can't find " + home_.root() + "/pdftex.app. It should be in the binaries foldeer.\n"));
+    EXPECT_TRUE(
+        printed("I can't find " + home_.root() + "/pdftex.app. It should be in the binaries foldeer.\n"));
     EXPECT_EQ(tex_error, 1);
     EXPECT_STREQ(get_str_resource("TEXDIR"), "/Users/a/doc");
     EXPECT_EQ(lastcommand.view(), "pdftex x.tex ");
