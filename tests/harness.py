@@ -188,6 +188,104 @@ class ServiceTest(HomeTest):
         return thread
 
 
+class DesktopTest(ServiceTest):
+    """A test with a display, a window manager and, when it starts one, a shell with its windows."""
+
+    screen = "1280x800x24"
+
+    @classmethod
+    def setUpClass(cls):
+        read_end, write_end = os.pipe()
+        cls.server = subprocess.Popen(["Xvfb", "-displayfd", str(write_end), "-noreset", "-screen", "0", cls.screen,
+                                       "-nolisten", "tcp"], pass_fds=[write_end], stderr=subprocess.DEVNULL)
+        os.close(write_end)
+        with os.fdopen(read_end) as file:
+            cls.display = ":" + file.readline().strip()
+        cls.manager = subprocess.Popen(["openbox"], env=dict(os.environ, DISPLAY=cls.display),
+                                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+
+    @classmethod
+    def tearDownClass(cls):
+        stop(cls.manager)
+        stop(cls.server)
+
+    def setUp(self):
+        super().setUp()
+        self.environment.update(DISPLAY=self.display, QT_QPA_PLATFORM="xcb")
+
+    def program(self, name):
+        """A program of the tests' own, tests/desktop/programs."""
+        return os.path.join(BUILD, "bin", "tests", name)
+
+    def start_desktop(self, *files, window="^Quillon$"):
+        """Starts the shell and waits until its window has the keyboard; its id."""
+        self.output_path = os.path.join(self.home, "output")
+        with open(self.output_path, "wb") as output:
+            self.running = subprocess.Popen([self.shell_program(), *files], stdin=subprocess.DEVNULL, stdout=output,
+                                            stderr=output, env=self.environment, cwd=self.work)
+        self.addCleanup(stop, self.running)
+        wait_until(lambda: self.windows(window) or self.running.poll() is not None)
+        self.assertIsNone(self.running.poll(), self.output())
+        (self.window,) = self.windows(window)
+        wait_until(lambda: self.active() in (self.window, *self.windows("– Quillon$")))
+        return self.window
+
+    def script_tool(self, text, bundle="pdftex"):
+        """What runs in place of an engine, under the real tool host."""
+        if self.binaries == BINARIES:
+            self.copy_binaries()
+        script = self.file("engine", "#!/bin/sh\n" + text, self.home)
+        os.chmod(script, 0o755)
+        info = os.path.join(self.binaries, bundle + ".app", "Contents", "Info")
+        if os.path.exists(info):
+            os.unlink(info)
+        with open(info, "w", encoding="utf-8") as file:
+            file.write(f"program={script}\n")
+
+    def xdotool(self, *words):
+        done = subprocess.run(["xdotool", *words], env=self.environment, capture_output=True, text=True, timeout=60,
+                              check=False)
+        return done.stdout.split()
+
+    def windows(self, name):
+        return self.xdotool("search", "--onlyvisible", "--name", name)
+
+    def menus_shown(self):
+        """The windows of the shell that no window manager knows: its menus."""
+        own = self.xdotool("search", "--onlyvisible", "--class", "org.quillon.Shell")
+        return [window for window in own if window not in self.windows("Quillon")]
+
+    def active(self):
+        return "".join(self.xdotool("getactivewindow"))
+
+    def keys(self, *keys):
+        self.xdotool("key", *keys)
+
+    def activate(self, window):
+        self.xdotool("windowactivate", window)
+        wait_until(lambda: self.active() == window)
+
+    def property(self, name, window=None):
+        done = subprocess.run(["xprop", "-id", window or self.window, name], env=self.environment,
+                              capture_output=True, text=True, timeout=60, check=False)
+        return done.stdout.strip()
+
+    def picture(self, window=None):
+        """The pixels of a window."""
+        return subprocess.run(["import", "-window", window or self.window, "rgb:-"], env=self.environment,
+                              capture_output=True, timeout=60, check=True).stdout
+
+    def clipboard(self):
+        return subprocess.run([self.program("desk"), "clipboard"], env=self.environment, capture_output=True,
+                              timeout=60, check=True).stdout.decode("utf-8", "surrogateescape")
+
+    def console(self):
+        """The console's text, as Edit > Copy gives it."""
+        self.activate(self.window)
+        self.keys("ctrl+c")
+        return self.clipboard()
+
+
 def keep_result(thread, procedure):
     try:
         thread.result = procedure()

@@ -74,6 +74,19 @@ bool ConsoleView::scroll_by_key(const QKeyEvent *event) {
     }
 }
 
+// While the menus are greyed the Alt key and its letters are the view's own: the menu bar would take the
+// keyboard for a menu that does not open, and keep it.
+bool ConsoleView::event(QEvent *event) {
+    if (event->type() == QEvent::ShortcutOverride && !commands_admitted_) {
+        const auto *const key = static_cast<QKeyEvent *>(event);
+        if (key->key() == Qt::Key_Alt || key->modifiers() & Qt::AltModifier) {
+            event->accept();
+            return true;
+        }
+    }
+    return QAbstractScrollArea::event(event);
+}
+
 void ConsoleView::keyPressEvent(QKeyEvent *event) {
     event->accept();
     if (scroll_by_key(event))

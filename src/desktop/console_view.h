@@ -65,6 +65,7 @@ class ConsoleView : public QAbstractScrollArea {
     int paints() const { return paints_; }
 
   protected:
+    bool event(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void scrollContentsBy(int dx, int dy) override;

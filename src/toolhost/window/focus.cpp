@@ -61,7 +61,8 @@ void ask_window_manager(xcb_connection_t *connection, xcb_window_t root, xcb_win
 
 int take_focus(QWidget *window) {
     const auto *const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    if (!x11) {
+    // Other platforms may answer with an interface that has no connection.
+    if (!x11 || !x11->connection()) {
         // A Wayland compositor decides by the token that this process was given, if any.
         window->activateWindow();
         return 1;

@@ -229,8 +229,12 @@ void RunWindow::ask_for_focus() {
     if (focus_tries_ == 0 || !isVisible())
         return;
     --focus_tries_;
-    if (isActiveWindow() || !take_focus(this))
+    if (isActiveWindow()) {
         focus_tries_ = 0;
+    } else if (!take_focus(this)) {
+        focus_tries_ = 0;
+        QApplication::alert(this);
+    }
 }
 
 void RunWindow::show_state(const ToolWindowState &state) {
@@ -255,7 +259,6 @@ void RunWindow::show_state(const ToolWindowState &state) {
         answers_->show();
         answer_->setFocus();
         raise();
-        QApplication::alert(this);
         at_end_ = true;
         keep_end();
         focus_tries_ = focus_tries;

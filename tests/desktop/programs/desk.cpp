@@ -1,0 +1,27 @@
+// What the tests of the desktop need of another application: "desk clipboard" prints the clipboard's text,
+// "desk window TITLE" shows a window that writes down the text typed into it, a line a key, on standard
+// output.
+#include <QApplication>
+#include <QClipboard>
+#include <QLineEdit>
+#include <cstdio>
+#include <cstring>
+
+int main(int argc, char **argv) {
+    QApplication application(argc, argv);
+    if (argc == 2 && std::strcmp(argv[1], "clipboard") == 0) {
+        const QByteArray text = QApplication::clipboard()->text().toUtf8();
+        std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), stdout);
+        return 0;
+    }
+    if (argc != 3 || std::strcmp(argv[1], "window") != 0)
+        return 2;
+    QLineEdit line;
+    line.setWindowTitle(QString::fromLocal8Bit(argv[2]));
+    QObject::connect(&line, &QLineEdit::textChanged, [](const QString &text) {
+        std::puts(text.toUtf8().constData());
+        std::fflush(stdout);
+    });
+    line.show();
+    return QApplication::exec();
+}
