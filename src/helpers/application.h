@@ -19,8 +19,8 @@ struct Application {
 
 // NAME is a path, the id of a desktop entry or the name of a program.
 Application find_application(const std::string &name);
-// Opens DOCUMENT (empty: none) in the application in its own way. False, with what is wrong in PROBLEM, when the
-// request cannot be made.
+// Opens DOCUMENT (empty: none) in the application in its own way. False, with what is wrong in PROBLEM, when
+// the request cannot be made.
 bool open_application(const Application &application, const std::string &document, std::string &problem);
 
 } // namespace helpers
