@@ -66,10 +66,10 @@ class HomeTest(unittest.TestCase):
                     return value
         return None
 
-    def copy_binaries(self):
-        """A binaries folder that the test may change."""
+    def copy_binaries(self, copy=None):
+        """A binaries folder that the test may change; COPY in place of hard links for one that it gives away."""
         self.binaries = os.path.join(self.home, "lib", "quillon")
-        shutil.copytree(BINARIES, self.binaries, symlinks=True, copy_function=link_or_copy)
+        shutil.copytree(BINARIES, self.binaries, symlinks=True, copy_function=copy or link_or_copy)
         return self.binaries
 
     def fake_tool(self, bundle, **behaviour):
