@@ -211,7 +211,9 @@ class DesktopTest(ServiceTest):
 
     def setUp(self):
         super().setUp()
-        self.environment.update(DISPLAY=self.display, QT_QPA_PLATFORM="xcb")
+        suppressions = os.path.join(os.path.dirname(os.path.abspath(__file__)), "support", "leaks.supp")
+        self.environment.update(DISPLAY=self.display, QT_QPA_PLATFORM="xcb",
+                                LSAN_OPTIONS=f"suppressions={suppressions}:print_suppressions=0")
 
     def program(self, name):
         """A program of the tests' own, tests/desktop/programs."""
