@@ -203,6 +203,10 @@ class DesktopTest(ServiceTest):
             cls.display = ":" + file.readline().strip()
         cls.manager = subprocess.Popen(["openbox"], env=dict(os.environ, DISPLAY=cls.display),
                                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        # A window that is mapped while the manager starts may never be managed.
+        wait_until(lambda: "window id" in subprocess.run(
+            ["xprop", "-display", cls.display, "-root", "_NET_SUPPORTING_WM_CHECK"], capture_output=True, text=True,
+            check=False).stdout)
 
     @classmethod
     def tearDownClass(cls):

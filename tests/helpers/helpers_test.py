@@ -110,6 +110,8 @@ class Programs(Applications, HomeTest):
         self.assertLess(time.monotonic() - begun, 15)
         os.close(read_end)
         self.started("viewer")
+        # While one process becomes another, two have the name.
+        wait_until(lambda: len(self.processes_of(viewer)) == 1)
         (process,) = self.processes_of(viewer)
         self.assertNotEqual(os.getsid(process), os.getsid(0))
         for number in range(3):
@@ -173,6 +175,8 @@ class Programs(Applications, HomeTest):
         os.mkdir(folder)
         self.opens(self.entry("viewer", f"Exec=viewer %f\nPath={folder}\n"))
         self.started("viewer")
+        # While one process becomes another, two have the name.
+        wait_until(lambda: len(self.processes_of(viewer)) == 1)
         (process,) = self.processes_of(viewer)
         self.assertEqual(os.readlink(f"/proc/{process}/cwd"), folder)
 
