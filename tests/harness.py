@@ -158,6 +158,9 @@ class ServiceTest(HomeTest):
         bus = self.bus()
         wait_until(lambda: bus.name_has_owner("org.quillon.Shell") or self.running.poll() is not None)
         self.assertIsNone(self.running.poll(), self.output())
+        if "--script" not in arguments:
+            # The name comes first; what the loop answers comes when the start is over.
+            self.shell_object().Formats(timeout=60)
         return self.running
 
     def output(self):

@@ -427,7 +427,8 @@ void Run::finish() {
         if (is_engine_ && has_option(engine_.words, "ini"))
             stamp_format(engine_, *parser_);
     }
-    outcome.transcript = printed_ ? transcript_.finish() : std::string();
+    // The shell says that a run was cancelled where the report names a transcript, so there is one.
+    outcome.transcript = printed_ || cancelled_ ? transcript_.finish(cancelled_) : std::string();
     close_down();
     owner_.run_ended(outcome);
 }

@@ -100,8 +100,10 @@ void Transcript::say_loss() {
     }
 }
 
-std::string Transcript::finish() {
+std::string Transcript::finish(bool even_empty) {
     flush();
+    if (even_empty)
+        open_file();
     if (lost_ > 0 && file_ >= 0)
         say_loss();
     if (file_ >= 0)

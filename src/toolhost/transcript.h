@@ -29,8 +29,9 @@ class Transcript {
     // says how much.
     void write(std::string_view bytes);
     // Closes the file and hands its path over; empty when there is none. Writes into the file's end, over the
-    // last bytes where nothing more fits, how many bytes were lost.
-    std::string finish();
+    // last bytes where nothing more fits, how many bytes were lost. EVEN_EMPTY makes a file where nothing was
+    // written.
+    std::string finish(bool even_empty = false);
     std::uint64_t lost() const { return lost_; }
 
   private:
