@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "linux/event_sources.h"
+#include "linux/kept_folders.h"
 
 namespace quillon {
 
@@ -41,6 +42,7 @@ int LoopDescriptor() {
 // Serves sources until none is ready. 1 when any was served; the descriptor is armed afterwards.
 int LoopDispatch() {
     sd_event *const events = HostLoop();
+    ForgetFolders();
     int served = 0;
     for (;;) {
         if (sd_event_get_state(events) == SD_EVENT_FINISHED)

@@ -8,6 +8,8 @@
 #include <cstring>
 #include <string>
 
+#include "linux/kept_folders.h"
+
 namespace quillon {
 
 namespace {
@@ -41,6 +43,13 @@ std::FILE *open_pipe(const char *command, const char *mode) {
     return ::popen((line + command).c_str(), mode);
 }
 
+// What the command did to folders is seen from here on.
+int close_pipe(std::FILE *pipe) {
+    const int status = ::pclose(pipe);
+    ForgetFolders();
+    return status;
+}
+
 } // namespace
 
 int SystemFrameworkLoad() {
@@ -54,6 +63,8 @@ void *SystemFunction(const char *name) {
         return nullptr;
     if (std::strcmp(name, "popen") == 0)
         return reinterpret_cast<void *>(open_pipe);
+    if (std::strcmp(name, "pclose") == 0)
+        return reinterpret_cast<void *>(close_pipe);
     return ::dlsym(library, name);
 }
 

@@ -1,9 +1,15 @@
 #include <fcntl.h>
 #include <sys/xattr.h>
 
+#include <ctime>
+#include <filesystem>
+
 #include "files/paths.h"
 #include "linux/files_host.h"
+#include "linux/kept_folders.h"
+#include "linux/loop.h"
 #include "support/temporary_home.h"
+#include "toolbox/pipes.h"
 
 using namespace quillon;
 using namespace quillon::test;
@@ -246,6 +252,81 @@ TEST_F(Files, FolderTestsAsAbsentForFinderInfo) {
     const FSSpec location = spec("work");
     EXPECT_EQ(FSpGetFInfo(&location, &result), fnfErr);
     EXPECT_EQ(FSFileExists(home_.mac("work").c_str()), 0);
+}
+
+// Three times, since a folder is held only from the second on.
+static int seen(const std::string &path) {
+    int answers[3];
+    for (int &answer : answers)
+        answer = PosixFileExists(path.c_str());
+    EXPECT_TRUE(answers[0] == answers[1] && answers[1] == answers[2]) << path;
+    return answers[2];
+}
+
+TEST_F(Files, ExistenceIsThatOfTheMomentOfAsking) {
+    const std::string file = home_.path("work/x");
+    EXPECT_EQ(seen(file), 0);
+    home_.file("work/x");
+    EXPECT_EQ(seen(file), 1);
+    ASSERT_EQ(::unlink(file.c_str()), 0);
+    EXPECT_EQ(seen(file), 0);
+    ASSERT_EQ(::symlink("nowhere", file.c_str()), 0);
+    EXPECT_EQ(seen(file), 0);
+    home_.file("work/nowhere");
+    EXPECT_EQ(seen(file), 1);
+    ASSERT_EQ(::unlink(file.c_str()), 0);
+    ASSERT_EQ(::mkdir(file.c_str(), 0755), 0);
+    EXPECT_EQ(seen(file), 0);
+    EXPECT_EQ(seen(home_.path("work/")), 0);
+}
+
+TEST_F(Files, MovedFolderIsSeenAfterAWaitAndAfterACommand) {
+    const std::string folder = home_.path("work/f"), other = home_.path("work/g");
+    home_.file("work/f/x");
+    EXPECT_EQ(seen(folder + "/x"), 1);
+    ASSERT_EQ(::rename(folder.c_str(), other.c_str()), 0);
+    LoopDispatch();
+    EXPECT_EQ(seen(folder + "/x"), 0);
+    EXPECT_EQ(seen(other + "/x"), 1);
+    const auto run = reinterpret_cast<std::FILE *(*)(const char *, const char *)>(SystemFunction("popen"));
+    const auto end = reinterpret_cast<int (*)(std::FILE *)>(SystemFunction("pclose"));
+    EXPECT_EQ(end(run(("mv '" + other + "' '" + folder + "'").c_str(), "r")), 0);
+    EXPECT_EQ(seen(folder + "/x"), 1);
+    EXPECT_EQ(seen(other + "/x"), 0);
+}
+
+TEST_F(Files, MovedFolderIsSeenWithoutAWaitToo) {
+    home_.file("work/f/x");
+    const std::string path = home_.path("work/f/x");
+    EXPECT_EQ(seen(path), 1);
+    ASSERT_EQ(::rename(home_.path("work/f").c_str(), home_.path("work/g").c_str()), 0);
+    const std::time_t limit = std::time(nullptr) + 30;
+    while (PosixFileExists(path.c_str()) && std::time(nullptr) < limit) {
+    }
+    EXPECT_EQ(seen(path), 0);
+}
+
+TEST_F(Files, FoldersAreHeldOnlyForAWhile) {
+    const auto descriptors = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+    };
+    LoopDispatch();
+    const auto before = descriptors();
+    for (int i = 0; i < 1000; i++) {
+        const std::string path = "work/" + std::to_string(i) + "/x";
+        home_.file(path);
+        EXPECT_EQ(seen(home_.path(path)), 1);
+    }
+    EXPECT_LE(descriptors() - before, 256);
+    LoopDispatch();
+    EXPECT_EQ(descriptors(), before);
+    // No folder's path is too long to be looked into.
+    std::string deep = "work";
+    for (int i = 0; i < 5; i++)
+        deep += "/" + std::string(60, 'd');
+    home_.file(deep + "/x");
+    EXPECT_EQ(seen(home_.path(deep + "/x")), 1);
+    EXPECT_EQ(seen(home_.path(deep + "/y")), 0);
 }
 
 TEST_F(Files, ExistenceCheckReadsNoAttributesAndNoContents) {
