@@ -94,7 +94,7 @@ class HomeTest(unittest.TestCase):
         return path
 
     def processes_of(self, text):
-        """The processes whose command line or executable holds TEXT."""
+        """The processes of this test, known by its home in their environment, whose command line holds TEXT."""
         found = []
         for entry in os.listdir("/proc"):
             if not entry.isdigit() or int(entry) == os.getpid():
@@ -102,11 +102,13 @@ class HomeTest(unittest.TestCase):
             try:
                 with open(f"/proc/{entry}/cmdline", "rb") as file:
                     words = file.read()
+                with open(f"/proc/{entry}/environ", "rb") as file:
+                    mine = self.home.encode() in file.read() + words
                 with open(f"/proc/{entry}/stat", encoding="latin-1") as file:
                     ended = file.read().rpartition(")")[2].split()[0] == "Z"
             except OSError:
                 continue
-            if text.encode() in words and not ended:
+            if mine and text.encode() in words and not ended:
                 found.append(int(entry))
         return found
 

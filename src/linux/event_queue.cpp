@@ -11,7 +11,7 @@
 namespace quillon {
 
 static constexpr unsigned queue_limit = 512;
-// Places that the events of other programs leave to the person and the host.
+// Places that the events of other programs leave to the person, the host and the tools' reports.
 static constexpr unsigned reserved_places = 64;
 static EventRecord queue[queue_limit];
 static unsigned queue_length = 0;
@@ -64,8 +64,7 @@ int CancelRequested() {
     return requested;
 }
 
-static int append(const EventRecord &event) {
-    const unsigned limit = event.serial == 0 ? queue_limit : queue_limit - reserved_places;
+static int append(const EventRecord &event, unsigned limit) {
     if (queue_length >= limit) {
         std::fprintf(stderr, "quillon: the event queue is full, an event of kind %u was refused\n",
                      event.what);
@@ -77,13 +76,17 @@ static int append(const EventRecord &event) {
 }
 
 int PostEvent(std::uint16_t what, std::uint32_t message, std::uint16_t modifiers, Point where) {
-    return append({what, message, TickCount(), where, modifiers, 0});
+    return append({what, message, TickCount(), where, modifiers, 0}, queue_limit);
 }
 
 int PostHighLevelEvent(OSType event_class, OSType event_id, std::uint32_t serial) {
     const Point packed = {static_cast<std::int16_t>(event_id >> 16),
                           static_cast<std::int16_t>(event_id & 0xFFFF)};
-    return append({kHighLevelEvent, event_class, TickCount(), packed, 0, serial});
+    // Reports are taken only from the tools that were launched from here.
+    const int reports = (event_class == four("aevt") && event_id == four("ansr")) ||
+                        (event_class == four("QUIL") && event_id == four("exit"));
+    return append({kHighLevelEvent, event_class, TickCount(), packed, 0, serial},
+                  serial == 0 || reports ? queue_limit : queue_limit - reserved_places);
 }
 
 static std::uint16_t mask_bit(std::uint16_t what) {

@@ -224,8 +224,10 @@ class Service(ServiceTest):
         first = self.start_endless()
         self.send_many(self.bus(), 10000, "nothing x", "")
         wait_until(self.refuses_exec)
+        # A tool's report still finds a place.
         self.shell_object().Cancel()
         first.join(30)
+        self.assert_printed("\nProcessing cancelled by user.\n")
         wait_until(lambda: self.answers_exec())
         shell.send_signal(signal.SIGTERM)
         self.assertEqual(shell.wait(30), 0)
