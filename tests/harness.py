@@ -235,9 +235,11 @@ class DesktopTest(ServiceTest):
             self.running = subprocess.Popen([self.shell_program(), *files], stdin=subprocess.DEVNULL, stdout=output,
                                             stderr=output, env=self.environment, cwd=self.work)
         self.addCleanup(stop, self.running)
-        wait_until(lambda: self.windows(window) or self.running.poll() is not None)
+        found = []
+        # The window manager hides a window for a moment when it takes it over.
+        wait_until(lambda: found.extend(self.windows(window)) or found or self.running.poll() is not None)
         self.assertIsNone(self.running.poll(), self.output())
-        (self.window,) = self.windows(window)
+        (self.window,) = found
         wait_until(lambda: self.active() in (self.window, *self.windows("– Quillon$")))
         return self.window
 

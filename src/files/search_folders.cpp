@@ -1,4 +1,5 @@
 // Folders below folders, for the recursive form of a search path.
+#include <cstdlib>
 #include <cstring>
 
 #include "console/output.h"
@@ -6,16 +7,28 @@
 #include "files/paths.h"
 #include "files/search.h"
 #include "kpath/search_paths.h"
+#include "kpath/utilities.h"
 #include "toolbox/files.h"
 
 namespace quillon {
 
 namespace {
 
+// Folders that aliases led to. One that is there has its folders in the list already: walking it again would
+// only repeat them, and with many aliases never end.
+struct Targets {
+    struct Target {
+        std::int16_t volume;
+        std::int32_t id;
+    } * all;
+    std::size_t count;
+};
+
 // The list being filled, and the path of the folder being walked: it grows and is cut back along the way.
 struct Expansion {
     char ***list;
     std::size_t *count;
+    Targets *targets;
     BoundedString<1024> path;
 };
 
@@ -33,6 +46,17 @@ int is_ancestor(const Ancestor *ancestor, std::int16_t volume, std::int32_t id) 
         if (ancestor->volume == volume && ancestor->id == id)
             return 1;
     return 0;
+}
+
+// 1 for a folder that is new to the targets.
+int add_target(Targets *targets, std::int16_t volume, std::int32_t id) {
+    for (std::size_t i = 0; i < targets->count; i++)
+        if (targets->all[i].volume == volume && targets->all[i].id == id)
+            return 0;
+    targets->all =
+        static_cast<Targets::Target *>(xrealloc(targets->all, (targets->count + 1) * sizeof *targets->all));
+    targets->all[targets->count++] = {volume, id};
+    return 1;
 }
 
 void expand_subfolder(Expansion &expansion, const Ancestor &folder, const unsigned char *pascal_name,
@@ -60,12 +84,13 @@ void expand_alias(Expansion &expansion, const Ancestor &folder, const unsigned c
     if (ResolveAliasFile(&spec, 1, &is_folder, &was_aliased) != noErr || !is_folder ||
         !folder_id(&spec, &id) || is_ancestor(&folder, spec.vRefNum, id))
         return;
-    Expansion target{expansion.list, expansion.count, {}};
+    Expansion target{expansion.list, expansion.count, expansion.targets, {}};
     FSSpecToUnixPath(&spec, target.path);
     if (target.path.empty() || !target.path.append("/"))
         return;
     add_directory(target.list, target.count, target.path.c_str());
-    expand_folder(target, {spec.vRefNum, id, &folder});
+    if (add_target(target.targets, spec.vRefNum, id))
+        expand_folder(target, {spec.vRefNum, id, &folder});
 }
 
 void expand_folder(Expansion &expansion, const Ancestor &folder) {
@@ -88,7 +113,8 @@ void expand_folder(Expansion &expansion, const Ancestor &folder) {
 } // namespace
 
 void mac_expand_subdir(char ***list, std::size_t *count, const char *folder) {
-    Expansion expansion{list, count, {}};
+    Targets targets = {};
+    Expansion expansion{list, count, &targets, {}};
     FSSpec spec;
     std::int32_t id;
     if (folder[0] == '.') {
@@ -103,6 +129,7 @@ void mac_expand_subdir(char ***list, std::size_t *count, const char *folder) {
     }
     if (UnixPathToFolder(folder, &spec) && folder_id(&spec, &id))
         expand_folder(expansion, {spec.vRefNum, id, nullptr});
+    std::free(targets.all);
 }
 
 } // namespace quillon

@@ -61,8 +61,12 @@ static void list_formats(std::int16_t volume, std::int32_t folder) {
 static void list_folder(const char *entry) {
     BoundedString<1024> path, hfs_path;
     FSSpec spec = {};
-    if (!path.copy(entry))
+    if (!path.copy(entry)) {
+        const std::size_t length = std::strlen(entry);
+        ml_printf("I can't find the TeX formats folder <%.*s>.\n",
+                  static_cast<int>(entry[length - 1] == '/' ? length - 1 : length), entry);
         return;
+    }
     if (has_extension(path.c_str(), "/"))
         path.cut(path.length() - 1);
     convert_path(path.c_str(), hfs_path);

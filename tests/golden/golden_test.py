@@ -39,8 +39,9 @@ class Golden(HomeTest):
             with open(PLAIN_FORMAT, "rb") as file:
                 path = self.file(name + ".fmt", file.read(), folder)
             os.setxattr(path, "user.quillon.creator", creator.encode())
-            with open(self.preferences_path, "a", encoding="utf-8") as file:
-                file.write(f"TEXFORMATS={folder}\n")
+            if self.setting("TEXFORMATS") is None:
+                with open(self.preferences_path, "a", encoding="utf-8") as file:
+                    file.write(f"TEXFORMATS={folder}\n")
         elif word == "remove":
             os.unlink(os.path.join(self.copy_binaries(), rest))
         elif word == "options":

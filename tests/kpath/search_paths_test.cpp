@@ -175,6 +175,26 @@ TEST_F(SearchPaths, LoopOfLinksEndsAlsoWhenLinksAreFollowed) {
     std::free(found);
 }
 
+TEST_F(SearchPaths, FoldersThatAllLeadToEachOtherAreWalkedOnce) {
+    constexpr int folders = 12;
+    for (int from = 0; from < folders; from++) {
+        const std::string folder = home_.folder("data/web/" + std::to_string(from));
+        for (int to = 0; to < folders; to++)
+            std::filesystem::create_directory_symlink("../" + std::to_string(to),
+                                                      folder + "/to" + std::to_string(to));
+    }
+    doAlias = 1;
+    char **found = nullptr;
+    std::size_t count = 0;
+    mac_expand_subdir(&found, &count, home_.path("data/web").c_str());
+    // Each folder as itself; each walk of a folder adds at most the others.
+    EXPECT_GE(count, static_cast<std::size_t>(folders));
+    EXPECT_LE(count, static_cast<std::size_t>(folders + 2 * folders * folders));
+    for (std::size_t i = 0; i < count; i++)
+        std::free(found[i]);
+    std::free(found);
+}
+
 TEST_F(SearchPaths, SettingsThatAreEmptyColonsOrTenThousandBytes) {
     EXPECT_EQ(path_list(""), List{"./"});
     EXPECT_EQ(path_list(":"), List{"./"});

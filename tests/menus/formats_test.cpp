@@ -84,6 +84,15 @@ TEST_F(Formats, AMissingFolderIsSaidAndPassedOver) {
               std::string::npos);
 }
 
+TEST_F(Formats, AFolderWhosePathDoesNotFitIsSaidAndPassedOver) {
+    const std::string longest = "/" + std::string(10000, 'd');
+    format("f5/a.fmt", "QXET");
+    search(longest + ":" + home_.path("f5"));
+    EXPECT_EQ(listed(), "a ");
+    EXPECT_NE(front_->printed.find("I can't find the TeX formats folder <" + longest + ">.\n"),
+              std::string::npos);
+}
+
 TEST_F(Formats, WithoutAnyFormatFourLinesSayWhatToDo) {
     format_name.copy("old");
     search(home_.folder("empty"));
