@@ -23,7 +23,7 @@ ALLOWED = {
     "desktop": (*SHELL, "toolbox", "front", "linux"),
     "program": (*SHELL, "toolbox", "front", "linux", "headless"),
     "toolhost": ("toolbox", "window", "desktop"),
-    "setpaths": ("toolbox", "toolhost"),
+    "setpaths": ("toolbox", "toolhost", "desktop"),
     "client": ("toolbox",),
     "helpers": ("toolbox", "linux"),
 }

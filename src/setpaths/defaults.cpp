@@ -1,5 +1,6 @@
 #include "setpaths/defaults.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -7,8 +8,6 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <utility>
-#include <vector>
 
 #include "setpaths/databases.h"
 #include "setpaths/distribution.h"
@@ -19,8 +18,6 @@
 namespace setpaths {
 
 namespace {
-
-using Values = std::vector<std::pair<std::string, std::string>>;
 
 constexpr const char *tex_cnf =
     "% Variables for every TeX engine that Quillon runs: NAME = VALUE, one a line.\n"
@@ -99,11 +96,15 @@ void add_proposals(const std::string &home, unsigned char space, Values &values)
         values.emplace_back("PS2PDFEXE", "~/ps2pdf.app");
 }
 
-bool write_values(const std::string &path, const Values &values) {
+// CHOSEN whatever is set, VALUES where nothing is.
+bool write_values(const std::string &path, const Values &chosen, const Values &values) {
     std::vector<quillon::RecordChange> changes;
+    for (const auto &[key, value] : chosen)
+        changes.push_back({key.c_str(), value.c_str()});
     for (const auto &[key, value] : values) {
         char *const set = quillon::RecordRead(path.c_str(), key.c_str(), nullptr);
-        if (!set && !value.empty())
+        const auto is_chosen = [&](const auto &change) { return change.first == key; };
+        if (!set && !value.empty() && std::none_of(chosen.begin(), chosen.end(), is_chosen))
             changes.push_back({key.c_str(), value.c_str()});
         std::free(set);
     }
@@ -113,7 +114,7 @@ bool write_values(const std::string &path, const Values &values) {
 
 // The whole file is written beside its place and linked there, so that it never shows half made; one that
 // somebody else made meanwhile stays.
-bool create(const std::string &path, const Values &values) {
+bool create(const std::string &path, const Values &chosen, const Values &values) {
     const std::string folder = path.substr(0, path.rfind('/'));
     if (!make_folders(folder))
         return false;
@@ -123,7 +124,7 @@ bool create(const std::string &path, const Values &values) {
         return false;
     fchmod(file, 0644);
     close(file);
-    bool good = write_values(fresh, values);
+    bool good = write_values(fresh, chosen, values);
     good = good && (link(fresh.c_str(), path.c_str()) == 0 || errno == EEXIST);
     unlink(fresh.c_str());
     unlink((folder + "/." + fresh.substr(folder.size() + 1) + ".lock").c_str());
@@ -138,28 +139,40 @@ bool make_formats_folder() {
            write_new(folder + "/pdftex.cnf", pdftex_cnf);
 }
 
-bool write_defaults(const std::string &home) {
-    const std::string path = toolhost::preferences_path();
-    const bool exists = access(path.c_str(), F_OK) == 0;
+Proposal propose(const std::string &home, const std::string &programs) {
+    const bool exists = access(toolhost::preferences_path().c_str(), F_OK) == 0;
     // A person's file without the key means 202, and its paths were written so.
     const unsigned char space = exists ? toolhost::space_byte() : 31;
+    Proposal proposal;
+    proposal.space = space;
+    if (!exists)
+        proposal.values.emplace_back("SPACECHAR", "31");
+    for (const char *key : {"USEPDFTEX", "AUTOVIEW", "DATABASE"})
+        proposal.values.emplace_back(key, "1");
+    const Distribution found = find_distribution(programs);
+    proposal.programs = found.programs;
+    if (!found.programs.empty())
+        add_paths(found, space, proposal.values);
+    add_proposals(home, space, proposal.values);
+    return proposal;
+}
+
+bool write_settings(const Values &changes, const Proposal &proposal) {
+    const std::string path = toolhost::preferences_path();
     if (!make_formats_folder())
         std::fprintf(stderr, "setpaths: I can't make %s\n", toolhost::formats_folder().c_str());
-    Values values;
-    if (!exists)
-        values.emplace_back("SPACECHAR", "31");
-    for (const char *key : {"USEPDFTEX", "AUTOVIEW", "DATABASE"})
-        values.emplace_back(key, "1");
-    const Distribution found = find_distribution();
-    if (found.programs.empty())
-        std::fprintf(stderr, "setpaths: I can't find a TeX distribution\n");
-    else
-        add_paths(found, space, values);
-    add_proposals(home, space, values);
-    if (exists ? write_values(path, values) : create(path, values))
+    if (access(path.c_str(), F_OK) == 0 ? write_values(path, changes, proposal.values)
+                                        : create(path, changes, proposal.values))
         return true;
     std::fprintf(stderr, "setpaths: I can't write %s\n", path.c_str());
     return false;
+}
+
+bool write_defaults(const std::string &home) {
+    const Proposal proposal = propose(home, "");
+    if (proposal.programs.empty())
+        std::fprintf(stderr, "setpaths: I can't find a TeX distribution\n");
+    return write_settings({}, proposal);
 }
 
 } // namespace setpaths

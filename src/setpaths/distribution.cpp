@@ -150,11 +150,14 @@ std::vector<std::string> split_paths(const std::string &list) {
     return elements;
 }
 
-Distribution find_distribution() {
+Distribution find_distribution(const std::string &programs) {
     Distribution found;
-    const char *const search = std::getenv("PATH");
-    const std::string engine = toolhost::find_program("pdftex", search ? search : "/usr/bin:/bin", "/");
-    found.programs = engine.empty() ? usual_place() : engine.substr(0, engine.rfind('/'));
+    found.programs = without_slashes(programs);
+    if (programs.empty()) {
+        const char *const search = std::getenv("PATH");
+        const std::string engine = toolhost::find_program("pdftex", search ? search : "/usr/bin:/bin", "/");
+        found.programs = engine.empty() ? usual_place() : engine.substr(0, engine.rfind('/'));
+    }
     // A terminal's PATH says nothing about the one of a program that the desktop starts.
     for (const char *const folder : {"/usr/bin", "/bin", "/usr/local/bin"})
         found.programs_in_every_path |= found.programs == folder;

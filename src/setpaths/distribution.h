@@ -17,7 +17,8 @@ struct Distribution {
     std::map<std::string, std::vector<std::string>> paths;
 };
 
-Distribution find_distribution();
+// PROGRAMS: the folder of its programs, where that is known; empty: along the PATH, then the usual places.
+Distribution find_distribution(const std::string &programs = "");
 
 // The elements of LIST, "!!" cut off.
 std::vector<std::string> split_paths(const std::string &list);

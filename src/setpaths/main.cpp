@@ -1,11 +1,11 @@
 // The set-up application: finds the TeX distribution and writes the preferences and the file databases.
 #include <cstdio>
-#include <cstring>
 #include <string>
 #include <unistd.h>
 
 #include "setpaths/databases.h"
 #include "setpaths/defaults.h"
+#include "setpaths/open_window.h"
 
 namespace {
 
@@ -22,15 +22,19 @@ std::string binaries_folder() {
 } // namespace
 
 int main(int count, char **values) {
-    const char *const option = count > 1 ? values[1] : "--defaults";
-    if (count > 2 || (std::strcmp(option, "--defaults") != 0 && std::strcmp(option, "--databases") != 0)) {
-        std::fputs("setpaths [--defaults]   set the TeX distribution up; a value that is set stays\n"
-                   "setpaths --databases    rewrite the file databases\n",
-                   std::strcmp(option, "--help") == 0 ? stdout : stderr);
-        return std::strcmp(option, "--help") == 0 ? 0 : 64;
+    const std::string option = count > 1 ? values[1] : "";
+    if (count > 2 || (!option.empty() && option != "--defaults" && option != "--databases")) {
+        std::fputs(
+            "setpaths                set the TeX distribution up, in a window where there is a display\n"
+            "setpaths --defaults     the same, asking nothing; a value that is set stays\n"
+            "setpaths --databases    rewrite the file databases\n",
+            option == "--help" ? stdout : stderr);
+        return option == "--help" ? 0 : 64;
     }
     const std::string home = binaries_folder();
-    if (std::strcmp(option, "--defaults") == 0 && !setpaths::write_defaults(home))
+    if (int status = 0; option.empty() && setpaths::open_window(home, &status))
+        return status;
+    if (option != "--databases" && !setpaths::write_defaults(home))
         return 1;
     return setpaths::write_databases(home) ? 0 : 1;
 }

@@ -1,0 +1,73 @@
+// The set-up's one window: the distribution, the programs for documents, the search paths.
+#ifndef QUILLON_SETPATHS_WINDOW_SETUP_DIALOG_H
+#define QUILLON_SETPATHS_WINDOW_SETUP_DIALOG_H
+
+#include <QDialog>
+#include <memory>
+#include <vector>
+
+#include "setpaths/window/setup_window.h"
+
+class QCheckBox;
+class QComboBox;
+
+namespace Ui {
+class SetUp;
+}
+
+namespace setpaths {
+
+class SetupDialog : public QDialog {
+  public:
+    explicit SetupDialog(const SetupWindowHost &host);
+    ~SetupDialog() override;
+
+    // Whether everything that the person asked for was written.
+    bool written() const { return written_; }
+    void accept() override;
+
+  private:
+    struct Program {
+        const char *key;
+        QComboBox *box;
+        QString before, chosen; // POSIX paths
+    };
+    struct Flag {
+        const char *key;
+        QCheckBox *box;
+        bool before;
+    };
+    struct Path {
+        const char *key;
+        QString before;
+    };
+
+    // As the preferences have it, else as proposed.
+    std::string value_of(const char *key) const;
+    std::string proposed(const char *key) const;
+    QString list_text(const std::string &value) const;
+    std::string list_value(const QString &text) const;
+    void add_program(const char *key, QComboBox *box);
+    void choose_program(std::size_t number);
+    void show_program(Program &program);
+    void fill_paths();
+    void take_paths();
+    void choose_distribution();
+    void show_distribution();
+    void write_databases();
+    Values changes() const;
+    void say(const QString &text);
+
+    const SetupWindowHost &host_;
+    std::unique_ptr<Ui::SetUp> ui_;
+    Proposal proposal_;
+    bool other_distribution_ = false;
+    bool written_ = true;
+    std::vector<Program> programs_;
+    std::vector<Flag> flags_;
+    std::vector<Path> paths_;
+};
+
+} // namespace setpaths
+
+#endif

@@ -1,0 +1,180 @@
+"""The set-up's window: what it shows, what Save writes, what stays as the person had it."""
+
+import os
+import shutil
+import subprocess
+import sys
+import unittest
+
+import dbus
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
+from harness import BINARIES, DesktopTest, stop, wait_until  # noqa: E402
+
+TITLE = "^Set Up Quillon$"
+PROGRAM = os.path.join(BINARIES, "setpaths.app", "Contents", "Linux", "setpaths")
+DATABASES = ("TEXINPUTS", "DVIPSHEADERS", "TYPE1FONTS", "TEXFONTS", "VFFONTS")
+
+
+class SetupWindow(DesktopTest):
+    def setUp(self):
+        super().setUp()
+        self.environment.update(XDG_DATA_DIRS=os.path.join(self.home, "share"),
+                                XDG_CONFIG_DIRS=os.path.join(self.home, "etc"))
+        self.support = os.path.join(self.home, "data", "Quillon")
+
+    def entry(self, name, title, folder="share/applications"):
+        return self.file(name, f"[Desktop Entry]\nType=Application\nName={title}\nExec=true\nMimeType=application/pdf;\n",
+                         os.path.join(self.home, folder))
+
+    def start(self, **environment):
+        """Starts the set-up and waits until its window takes keys."""
+        self.output_path = os.path.join(self.home, "output")
+        with open(self.output_path, "wb") as output:
+            self.running = subprocess.Popen([PROGRAM], stdin=subprocess.DEVNULL, stdout=output, stderr=output,
+                                            env=dict(self.environment, **environment), cwd=self.work)
+        self.addCleanup(stop, self.running)
+        found = []
+        wait_until(lambda: found.extend(self.windows(TITLE)) or found or self.running.poll() is not None)
+        self.assertIsNone(self.running.poll(), self.output())
+        self.window = found[0]
+        self.activate(self.window)
+        wait_until(self.takes_keys)
+
+    def takes_keys(self):
+        """A key that is pressed while the window is still taking the keyboard is lost; these only move the focus."""
+        seen = []
+        for key in ("alt+e", "alt+o", "alt+e"):
+            self.keys(key)
+            seen.append(self.picture())
+        return seen[0] == seen[2] != seen[1]
+
+    def leave(self, key="Return"):
+        self.keys(key)
+        self.assertEqual(self.running.wait(30), 0, self.output())
+
+    def settings(self):
+        with open(self.preferences_path, encoding="utf-8") as file:
+            return dict(line.rstrip("\n").split("=", 1) for line in file if "=" in line)
+
+    def application(self):
+        return self.bus().get_object(f"org.quillon.App.p{self.running.pid}", "/org/quillon/App")
+
+    def event(self, event_class, event_id):
+        result, parameters = self.application().Event(event_class, event_id, dbus.Dictionary({}, signature="s(sv)"),
+                                                      dbus_interface="org.quillon.App1")
+        self.assertEqual(parameters, {})
+        return result
+
+    def test_save_writes_what_the_defaults_would_be(self):
+        self.start()
+        self.leave()
+        saved = self.settings()
+        self.assertEqual(saved["SPACECHAR"], "31")
+        for name in DATABASES:
+            self.assertTrue(os.path.exists(os.path.join(self.support, name)), name)
+        os.unlink(self.preferences_path)
+        subprocess.run([PROGRAM, "--defaults"], env=self.environment, check=True, timeout=60)
+        self.assertEqual(saved, self.settings())
+
+    def test_cancel_writes_nothing(self):
+        self.start()
+        self.leave("Escape")
+        self.assertFalse(os.path.exists(self.preferences_path))
+        self.assertFalse(os.path.exists(self.support))
+
+    def test_what_a_person_set_stays_byte_for_byte(self):
+        self.preferences(Editor="/no such\x1feditor", PDFVIEW="", DATABASE="0", TEXINPUTS=".:/a\x1fb//")
+        with open(self.preferences_path, "ab") as file:
+            file.write(b"TEXFONTS=/caf\xe9/:\nan odd line\n")
+        with open(self.preferences_path, "rb") as file:
+            before = file.read().split(b"\n")
+        self.start()
+        self.leave()
+        with open(self.preferences_path, "rb") as file:
+            after = file.read().split(b"\n")
+        self.assertEqual(after[:len(before) - 1], before[:-1])
+        self.assertIn(b"VFFONTS", b"\n".join(after))
+
+    def test_a_choice_is_written(self):
+        first, second = self.entry("a.desktop", "First Viewer"), self.entry("b.desktop", "Second Viewer")
+        self.preferences(PDFVIEW=first)
+        self.start()
+        # The databases off (the space bar clicks at once, the letter with Alt a moment later), the next PDF viewer.
+        self.keys("alt+i", "Tab", "Tab", "space", "alt+v", "Down")
+        self.leave()
+        self.assertEqual((self.setting("DATABASE"), self.setting("PDFVIEW")), ("0", second))
+
+    def test_a_path_that_was_typed_is_written(self):
+        self.preferences(TEXINPUTS="/old/")
+        self.start()
+        self.keys("alt+p")
+        # Typed over the first row, and still open when the window is left.
+        self.xdotool("type", "/my tex//:/other")
+        self.keys("Return")
+        self.leave()
+        self.assertEqual(self.setting("TEXINPUTS"), "/my\\x1ftex//:/other")
+
+    def test_the_distributions_paths_come_back(self):
+        self.preferences(TEXINPUTS="/old/", TEXFONTS="/old/")
+        self.start()
+        self.keys("alt+p", "Tab", "space")
+        self.leave()
+        self.assertIn("texmf", self.setting("TEXINPUTS"))
+        self.assertIn("texmf", self.setting("TEXFONTS"))
+
+    def test_without_a_distribution_the_window_says_so_and_saves_the_rest(self):
+        empty = os.path.join(self.home, "empty")
+        os.mkdir(empty)
+        self.start(PATH=empty)
+        self.leave()
+        self.assertEqual(self.setting("AUTOVIEW"), "1")
+        self.assertIsNone(self.setting("TEXINPUTS"))
+
+    def test_the_programs_that_a_person_named_count_more_than_the_path(self):
+        empty, programs = os.path.join(self.home, "empty"), os.path.join(self.home, "my programs")
+        os.mkdir(empty)
+        os.mkdir(programs)
+        for name in ("pdftex", "kpsewhich"):
+            os.symlink(shutil.which(name), os.path.join(programs, name))
+        self.preferences(TEXBIN=programs.replace(" ", "\x1f"))
+        self.start(PATH=empty)
+        self.leave()
+        self.assertIn("texmf", self.setting("TEXINPUTS"))
+        self.assertEqual(self.setting("TEXBIN"), programs.replace(" ", "\x1f"))
+
+    def test_it_is_an_application_on_the_bus(self):
+        self.start()
+        properties = dbus.Interface(self.application(), "org.freedesktop.DBus.Properties")
+        self.assertEqual(properties.Get("org.quillon.App1", "Signature"), "SETP")
+        self.assertEqual(properties.GetAll("org.quillon.App1"),
+                         {"Signature": "SETP", "Name": "setpaths",
+                          "Path": os.path.join(os.path.realpath(BINARIES), "setpaths.app")})
+        self.assertEqual(self.event("QUIL", "exec"), -1708)
+        self.assertEqual(self.event("aevt", "oapp"), 0)
+        self.assertEqual(self.event("aevt", "quit"), 0)
+        self.assertEqual(self.running.wait(30), 0)
+        self.assertFalse(os.path.exists(self.preferences_path))
+
+    def test_preferences_that_cannot_be_written_keep_the_window_open(self):
+        os.rmdir(os.path.dirname(self.preferences_path))
+        self.file("config", "in the way", self.home)
+        self.start()
+        self.keys("Return")
+        wait_until(lambda: "I can't write" in self.output())
+        self.assertIsNone(self.running.poll())
+        self.keys("Escape")
+        self.assertEqual(self.running.wait(30), 1)
+
+    def test_no_display_asks_nothing(self):
+        del self.environment["DISPLAY"]
+        subprocess.run([PROGRAM], env=self.environment, check=True, timeout=60)
+        self.assertEqual(self.setting("DATABASE"), "1")
+        os.unlink(self.preferences_path)
+        self.environment["DISPLAY"] = ":12345"
+        subprocess.run([PROGRAM], env=self.environment, check=True, timeout=60)
+        self.assertEqual(self.setting("DATABASE"), "1")
+
+
+if __name__ == "__main__":
+    unittest.main()
