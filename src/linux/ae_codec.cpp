@@ -73,6 +73,14 @@ static std::string posix_path(const FSSpec &spec) {
 
 static int encode_value(sd_bus_message *message, const AEDesc &value);
 
+// "(sv)", a type with its value.
+static int encode_pair(sd_bus_message *message, const AEDesc &value) {
+    int result = sd_bus_message_open_container(message, 'r', "sv");
+    if (result >= 0)
+        result = encode_value(message, value);
+    return result < 0 ? result : sd_bus_message_close_container(message);
+}
+
 static int encode_list(sd_bus_message *message, const AEDesc &list) {
     int result = sd_bus_message_open_container(message, 'v', "a(sv)");
     if (result >= 0)
@@ -80,11 +88,7 @@ static int encode_list(sd_bus_message *message, const AEDesc &list) {
     for (const AEItem &item : list.data->items) {
         if (result < 0)
             return result;
-        result = sd_bus_message_open_container(message, 'r', "sv");
-        if (result >= 0)
-            result = encode_value(message, item.value);
-        if (result >= 0)
-            result = sd_bus_message_close_container(message);
+        result = encode_pair(message, item.value);
     }
     if (result >= 0)
         result = sd_bus_message_close_container(message);
@@ -121,11 +125,7 @@ int encode_parameters(sd_bus_message *message, const AppleEvent *record) {
             if (result >= 0)
                 result = sd_bus_message_append(message, "s", code_text(item.keyword).c_str());
             if (result >= 0)
-                result = sd_bus_message_open_container(message, 'r', "sv");
-            if (result >= 0)
-                result = encode_value(message, item.value);
-            if (result >= 0)
-                result = sd_bus_message_close_container(message);
+                result = encode_pair(message, item.value);
             if (result >= 0)
                 result = sd_bus_message_close_container(message);
             if (result < 0)

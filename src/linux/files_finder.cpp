@@ -118,27 +118,30 @@ void FinderInfo(const std::string &path, const struct stat &info, FInfo *finder)
         finder->fdCreator = four("!Rch");
 }
 
+// A folder counts as absent.
+static OSErr find_file(const FSSpec *spec, std::string &path, struct stat *status) {
+    const OSErr error = HostPath(*spec, path);
+    if (error != noErr)
+        return error;
+    return ::stat(path.c_str(), status) != 0 || S_ISDIR(status->st_mode) ? fnfErr : noErr;
+}
+
 OSErr FSpGetFInfo(const FSSpec *spec, FInfo *info) {
     std::string path;
     struct stat status;
     *info = FInfo{};
-    const OSErr error = HostPath(*spec, path);
-    if (error != noErr)
-        return error;
-    if (::stat(path.c_str(), &status) != 0 || S_ISDIR(status.st_mode))
-        return fnfErr;
-    FinderInfo(path, status, info);
-    return noErr;
+    const OSErr error = find_file(spec, path, &status);
+    if (error == noErr)
+        FinderInfo(path, status, info);
+    return error;
 }
 
 OSErr FSpSetFInfo(const FSSpec *spec, const FInfo *info) {
     std::string path;
     struct stat status;
-    const OSErr error = HostPath(*spec, path);
+    const OSErr error = find_file(spec, path, &status);
     if (error != noErr)
         return error;
-    if (::stat(path.c_str(), &status) != 0 || S_ISDIR(status.st_mode))
-        return fnfErr;
     const int failed = write_stamp(path.c_str(), type_attribute, info->fdType);
     return ErrorCode(failed ? failed : write_stamp(path.c_str(), creator_attribute, info->fdCreator));
 }

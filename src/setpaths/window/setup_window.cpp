@@ -3,7 +3,7 @@
 #include <QApplication>
 #include <QFile>
 
-#include "desktop/display.h"
+#include "desktop/application.h"
 #include "desktop/icon.h"
 #include "setpaths/window/application_bus.h"
 #include "setpaths/window/setup_dialog.h"
@@ -12,24 +12,17 @@ namespace setpaths {
 
 extern "C" __attribute__((visibility("default"))) bool quillon_setup_window(const SetupWindowHost &host,
                                                                             int *status) {
-    if (!quillon::desktop::display_opens())
+    if (!quillon::desktop::make_window_application())
         return false;
-    static int count = 1;
-    static char name[] = "quillon";
-    static char *values[] = {name, nullptr};
-    QGuiApplication::setDesktopFileName(QStringLiteral("org.quillon.Shell"));
-    QApplication::setApplicationName(QStringLiteral("Quillon"));
-    const QApplication application(count, values);
     QApplication::setWindowIcon(quillon::desktop::shell_icon());
     SetupDialog dialog(host);
     const ApplicationBus bus(
-        QFile::decodeName((host.home + "/setpaths.app").c_str()), [&dialog] { dialog.reject(); },
+        QFile::decodeName((host.home + "/setpaths.app").c_str()), [] { QApplication::closeAllWindows(); },
         [&dialog] {
             dialog.raise();
             dialog.activateWindow();
         });
-    dialog.show();
-    QApplication::exec();
+    dialog.exec();
     *status = dialog.written() ? 0 : 1;
     return true;
 }

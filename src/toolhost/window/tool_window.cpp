@@ -5,34 +5,17 @@
 #include <QSocketNotifier>
 #include <QTimer>
 
-#include "desktop/display.h"
+#include "desktop/application.h"
 #include "window/run_window.h"
 
 namespace {
 
 constexpr int refresh_milliseconds = 50;
 
-// One application object for the host's whole life; the toolkit allows no second.
-bool application() {
-    static QApplication *made = nullptr;
-    if (made)
-        return true;
-    if (!quillon::desktop::display_opens())
-        return false;
-    static int count = 1;
-    static char name[] = "quillon";
-    static char *values[] = {name, nullptr};
-    QGuiApplication::setDesktopFileName(QStringLiteral("org.quillon.Shell"));
-    QApplication::setApplicationName(QStringLiteral("Quillon"));
-    QApplication::setQuitOnLastWindowClosed(false);
-    made = new QApplication(count, values);
-    return true;
-}
-
 } // namespace
 
 extern "C" __attribute__((visibility("default"))) int quillon_tool_window(const ToolWindowHost *host) {
-    if (!application())
+    if (!quillon::desktop::make_window_application())
         return 0;
     QEventLoop loop;
     toolhost::RunWindow window(*host);

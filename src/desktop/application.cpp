@@ -1,0 +1,25 @@
+#include "desktop/application.h"
+
+#include <QApplication>
+
+#include "desktop/display.h"
+
+namespace quillon::desktop {
+
+bool make_window_application() {
+    static QApplication *made = nullptr;
+    if (made)
+        return true;
+    if (!display_opens())
+        return false;
+    static int count = 1;
+    static char name[] = "quillon";
+    static char *values[] = {name, nullptr};
+    QGuiApplication::setDesktopFileName(QStringLiteral("org.quillon.Shell"));
+    QApplication::setApplicationName(QStringLiteral("Quillon"));
+    QApplication::setQuitOnLastWindowClosed(false);
+    made = new QApplication(count, values);
+    return true;
+}
+
+} // namespace quillon::desktop
