@@ -138,10 +138,12 @@ class BlockWriter {
     std::string pending_;
 };
 
+// Of a last line that nothing ends, a carriage return is the line end's too: it may get its line feed later.
 std::string_view line_end_of(std::string_view line) {
-    if (line.ends_with("\r\n"))
-        return "\r\n";
-    return line.ends_with('\n') ? "\n" : "";
+    for (const std::string_view end : {"\r\n", "\n", "\r"})
+        if (line.ends_with(end))
+            return end;
+    return "";
 }
 
 // A line without its line end into key and raw value; false for a comment or a line that is no record.

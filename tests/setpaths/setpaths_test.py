@@ -69,6 +69,19 @@ class SetpathsTest(unittest.TestCase):
         self.run_it("--defaults", PATH=own + ":" + os.environ["PATH"])
         self.assertEqual(self.settings()["TEXBIN"], self.unix(own))
 
+    def test_without_a_path_the_usual_places_are_looked_into_for_the_newest(self):
+        if os.path.exists("/usr/local/texlive") or os.path.exists("/opt/texlive"):
+            self.skipTest("this host has a distribution in a place that comes first")
+        for release in ("2025", "2026"):
+            folder = f"{self.root}/texlive/{release}/bin/x86_64-linux"
+            os.makedirs(folder)
+            for name in ("pdftex", "kpsewhich"):
+                os.symlink(shutil.which(name), folder + "/" + name)
+        self.assertEqual(self.run_it("--defaults", PATH="/nowhere"), (0, "", ""))
+        settings = self.settings()
+        self.assertEqual(settings["TEXBIN"], self.unix(self.root + "/texlive/2026/bin/x86_64-linux"))
+        self.assertIn("TEXINPUTS", settings)
+
     def test_programs_that_every_session_finds_are_not_recorded(self):
         self.run_it("--defaults", PATH="/usr/bin:/bin")
         self.assertNotIn("TEXBIN", self.settings())
