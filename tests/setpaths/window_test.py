@@ -166,6 +166,18 @@ class SetupWindow(DesktopTest):
         self.keys("Escape")
         self.assertEqual(self.running.wait(30), 1)
 
+    def test_databases_that_cannot_be_written_keep_the_window_open(self):
+        blocked = os.path.join(self.support, "TEXINPUTS")
+        self.file("x", "in the way", blocked)
+        self.start()
+        self.keys("Return")
+        wait_until(lambda: f"I can't write {blocked}\n" in self.output())
+        shutil.rmtree(blocked)
+        self.assertIsNone(self.running.poll())
+        self.assertEqual(self.setting("DATABASE"), "1")
+        self.leave()
+        self.assertTrue(os.path.isfile(blocked))
+
     def test_no_display_asks_nothing(self):
         del self.environment["DISPLAY"]
         subprocess.run([PROGRAM], env=self.environment, check=True, timeout=60)

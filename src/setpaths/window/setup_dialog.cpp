@@ -205,13 +205,15 @@ void SetupDialog::accept() {
     // What is still being typed into the table counts.
     ui_->buttons->setFocus();
     const Busy busy;
+    written_ = false;
     if (!host_.write_settings(changes(), proposal_)) {
         say(tr("The preferences could not be written."));
-        written_ = false;
-        return;
+    } else if (!host_.write_databases(host_.home)) {
+        say(tr("The preferences are written; the file databases could not be."));
+    } else {
+        written_ = true;
+        QDialog::accept();
     }
-    written_ = host_.write_databases(host_.home);
-    QDialog::accept();
 }
 
 void SetupDialog::say(const QString &text) {
