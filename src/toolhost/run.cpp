@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <sys/random.h>
@@ -23,6 +24,7 @@ namespace {
 
 constexpr std::uint64_t millisecond = 1000;
 constexpr std::uint64_t first_look = 8;
+constexpr std::uint64_t second_look = 4;
 constexpr std::uint64_t longest_pause = 200;
 constexpr std::uint64_t stage_limit = 1000;
 constexpr int reads_at_once = 64;
@@ -246,8 +248,14 @@ bool Run::read_terminal() {
     return true;
 }
 
+bool Run::has_unread() const {
+    pollfd terminal = {terminal_, POLLIN, 0};
+    return poll(&terminal, 1, 0) > 0 && (terminal.revents & POLLIN);
+}
+
 void Run::take_output(std::string_view bytes) {
     printed_ = true;
+    may_wait_ = false;
     open_line_ = bytes.back() != '\n';
     set_waiting(false);
     transcript_.write(bytes);
@@ -277,7 +285,15 @@ void Run::look_for_prompt() {
         return;
     if (!unsent_.empty())
         answer({});
-    const bool waits = prompt_.waits(open_line_);
+    // What it printed before it waits may still be on its way through the terminal, and an answer on its way
+    // to it: one look is not enough.
+    const bool may_wait = prompt_.waits(open_line_) && !has_unread();
+    const bool waits = may_wait && may_wait_;
+    may_wait_ = may_wait;
+    if (may_wait && !waits) {
+        watch_prompt(second_look);
+        return;
+    }
     if (waits && cancelled_) {
         // The interrupt made the program ask what to do: nobody will answer.
         if (stage_ == 1)
@@ -302,6 +318,7 @@ void Run::set_waiting(bool waiting) {
 void Run::answer(std::string_view bytes) {
     if (!bytes.empty())
         answered_ = true;
+    may_wait_ = false;
     unsent_ += bytes;
     while (!unsent_.empty() && terminal_ >= 0) {
         const ssize_t count = write(terminal_, unsent_.data(), unsent_.size());

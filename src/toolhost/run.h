@@ -70,6 +70,7 @@ class Run {
     void choose_program();
     void fail(const std::string &reason);
     bool read_terminal();
+    bool has_unread() const;
     void take_output(std::string_view bytes);
     void watch_prompt(std::uint64_t milliseconds);
     void look_for_prompt();
@@ -109,6 +110,7 @@ class Run {
     bool printed_ = false;
     bool open_line_ = false;
     bool answered_ = false;
+    bool may_wait_ = false; // at the last look
     bool waiting_ = false;
     bool cancelled_ = false;
     bool ended_ = false;

@@ -248,7 +248,8 @@ class Prompts(HostTest):
         tool.follow()
         tool.send("pdftex err.tex")
         self.wait_prompt(tool)
-        self.assertTrue(bytes(tool.output).endswith(b"\n? "), bytes(tool.output))
+        # Sent before, but taken from the bus only when this program next waits.
+        wait_for(lambda: bytes(tool.output).endswith(b"\n? "), "what came before the prompt")
         tool.answer(b"h\n")
         wait_for(lambda: b"The control sequence at the end" in tool.output, "TeX's help")
         self.wait_prompt(tool)
