@@ -323,20 +323,22 @@ class Answers(Desk):
 
     def answer(self, text):
         """Types an answer, and waits until the window has shown what came of it."""
-        before = self.picture(self.tool)
+        before = self.tool_picture()
         self.xdotool("type", text)
         self.keys("Return")
-        wait_until(lambda: not self.windows("– Quillon$") or self.picture(self.tool) != before)
+        wait_until(lambda: self.tool_picture() != before)
         self.seen = None
         wait_until(self.is_still)
 
-    def is_still(self):
-        if not self.windows("– Quillon$"):
-            return True
+    def tool_picture(self):
+        """The pixels of the tool's window; empty when it has gone, also while its picture was taken."""
         try:
-            now = self.picture(self.tool)
+            return self.picture(self.tool) if self.windows("– Quillon$") else b""
         except subprocess.CalledProcessError:
-            return False
+            return b""
+
+    def is_still(self):
+        now = self.tool_picture()
         same, self.seen = now == self.seen, now
         return same
 
