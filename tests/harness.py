@@ -283,10 +283,10 @@ class DesktopTest(ServiceTest):
                               capture_output=True, text=True, timeout=60, check=False)
         return done.stdout.strip()
 
-    def picture(self, window=None):
+    def picture(self, window=None, timeout=60):
         """The pixels of a window."""
         return subprocess.run(["import", "-window", window or self.window, "rgb:-"], env=self.environment,
-                              capture_output=True, timeout=60, check=True).stdout
+                              capture_output=True, timeout=timeout, check=True).stdout
 
     def clipboard(self):
         return subprocess.run([self.program("desk"), "clipboard"], env=self.environment, capture_output=True,

@@ -300,7 +300,7 @@ class Runs(Desk):
         wait_until(lambda: bus.name_has_owner("org.freedesktop.Notifications"))
         self.begin("echo $$ > \"$HOME/leader\"; sleep 6\n")
         self.other_application()
-        wait_until(lambda: os.path.exists(record))
+        wait_until(lambda: os.path.exists(record) and os.path.getsize(record) > 0)
         with open(record, encoding="utf-8") as file:
             self.assertEqual(file.read(), "Quillon: The run is done.\n")
         self.activate(self.window)
@@ -333,8 +333,9 @@ class Answers(Desk):
     def tool_picture(self):
         """The pixels of the tool's window; empty when it has gone, also while its picture was taken."""
         try:
-            return self.picture(self.tool) if self.windows("– Quillon$") else b""
-        except subprocess.CalledProcessError:
+            return self.picture(self.tool, 5) if self.windows("– Quillon$") else b""
+        except (subprocess.CalledProcessError, subprocess.TimeoutExpired):
+            # Asked for a window that is not there, the program waits for somebody to point at one.
             return b""
 
     def is_still(self):
