@@ -60,17 +60,17 @@ def wait_for(condition, what, limit=LIMIT):
     """Runs the main loop until CONDITION holds; its value."""
     context = GLib.MainContext.default()
     end = time.monotonic() + limit
-    wake = GLib.timeout_add(5, lambda: True)
-    try:
-        while True:
-            value = condition()
-            if value:
-                return value
-            if time.monotonic() > end:
-                raise AssertionError("waited in vain for " + what)
+    while True:
+        value = condition()
+        if value:
+            return value
+        if time.monotonic() > end:
+            raise AssertionError("waited in vain for " + what)
+        # The condition may itself call over the bus: what that leaves to dispatch must not make this loop spin.
+        passed = []
+        GLib.timeout_add(5, lambda done=passed: done.append(True))
+        while not passed:
             context.iteration(True)
-    finally:
-        GLib.source_remove(wake)
 
 
 class Receiver(dbus.service.Object):
