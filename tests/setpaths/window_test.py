@@ -143,6 +143,36 @@ class SetupWindow(DesktopTest):
         self.assertIn("texmf", self.setting("TEXINPUTS"))
         self.assertEqual(self.setting("TEXBIN"), programs.replace(" ", "\x1f"))
 
+    def test_another_distribution_is_chosen_by_its_folder(self):
+        empty, programs = os.path.join(self.home, "empty"), os.path.join(self.home, "programs")
+        os.mkdir(empty)
+        os.mkdir(programs)
+        for name in ("pdftex", "kpsewhich"):
+            os.symlink(shutil.which(name), os.path.join(programs, name))
+        self.preferences(TEXINPUTS="/old/")
+        self.start(PATH=empty)
+        self.choose(empty)
+        self.choose(programs)
+        self.leave()
+        self.assertEqual(self.setting("TEXBIN"), programs)
+        self.assertIn("texmf", self.setting("TEXINPUTS"))
+
+    def choose(self, folder):
+        """Chooses the folder of the TeX programs."""
+        chooser = "^Choose the folder of the TeX programs$"
+        self.keys("alt+c")
+        wait_until(lambda: self.windows(chooser))
+        (window,) = self.windows(chooser)
+        self.activate(window)
+        # Typed over what is there, again when the first keys were lost.
+        before = self.picture(window)
+        wait_until(lambda: self.xdotool("key", "ctrl+a") or self.xdotool("type", folder) or
+                   self.picture(window) != before)
+        self.keys("Return")
+        wait_until(lambda: not self.windows(chooser))
+        self.activate(self.window)
+        wait_until(self.takes_keys)
+
     def test_it_is_an_application_on_the_bus(self):
         self.start()
         properties = dbus.Interface(self.application(), "org.freedesktop.DBus.Properties")
