@@ -126,8 +126,7 @@ static void answer_application_event(sd_bus_message *call, OSErr result, const A
 
 // A tool's report counts only from a program that this shell launched.
 static bool is_trusted(OSType event_class, OSType event_id, const char *sender) {
-    const bool reports = (event_class == four("aevt") && event_id == four("ansr")) ||
-                         (event_class == four("QUIL") && event_id == four("exit"));
+    const bool reports = is_tool_report(event_class, event_id);
     const bool of_the_host = event_class == four("QUIL") && event_id == four("gone");
     return !of_the_host && (!reports || (sender && find_launched_by_owner(sender)));
 }

@@ -79,14 +79,17 @@ int PostEvent(std::uint16_t what, std::uint32_t message, std::uint16_t modifiers
     return append({what, message, TickCount(), where, modifiers, 0}, queue_limit);
 }
 
+bool is_tool_report(OSType event_class, OSType event_id) {
+    return (event_class == four("aevt") && event_id == four("ansr")) ||
+           (event_class == four("QUIL") && event_id == four("exit"));
+}
+
 int PostHighLevelEvent(OSType event_class, OSType event_id, std::uint32_t serial) {
     const Point packed = {static_cast<std::int16_t>(event_id >> 16),
                           static_cast<std::int16_t>(event_id & 0xFFFF)};
-    // Reports are taken only from the tools that were launched from here.
-    const int reports = (event_class == four("aevt") && event_id == four("ansr")) ||
-                        (event_class == four("QUIL") && event_id == four("exit"));
     return append({kHighLevelEvent, event_class, TickCount(), packed, 0, serial},
-                  serial == 0 || reports ? queue_limit : queue_limit - reserved_places);
+                  serial == 0 || is_tool_report(event_class, event_id) ? queue_limit
+                                                                       : queue_limit - reserved_places);
 }
 
 static std::uint16_t mask_bit(std::uint16_t what) {

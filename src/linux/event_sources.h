@@ -17,6 +17,9 @@ sd_event *HostLoop();
 sd_bus *HostBus();
 // Connects and takes the application's own name; 0 when there is no bus.
 int ConnectHostBus();
+// What a tool tells of its run. It is taken only from tools that were launched from here, and finds a place
+// in a full queue.
+bool is_tool_report(OSType event_class, OSType event_id);
 // 1 when some queued event satisfies TEST.
 int QueueHolds(int (*test)(const EventRecord &event, const void *context), const void *context);
 

@@ -27,6 +27,15 @@ class SetupWindow(DesktopTest):
         return self.file(name, f"[Desktop Entry]\nType=Application\nName={title}\nExec=true\nMimeType=application/pdf;\n",
                          os.path.join(self.home, folder))
 
+    def program_folders(self, name):
+        """An empty folder, and one of that name with the TeX programs in it."""
+        empty, programs = os.path.join(self.home, "empty"), os.path.join(self.home, name)
+        os.mkdir(empty)
+        os.mkdir(programs)
+        for program in ("pdftex", "kpsewhich"):
+            os.symlink(shutil.which(program), os.path.join(programs, program))
+        return empty, programs
+
     def start(self, **environment):
         """Starts the set-up and waits until its window takes keys."""
         self.output_path = os.path.join(self.home, "output")
@@ -132,11 +141,7 @@ class SetupWindow(DesktopTest):
         self.assertIsNone(self.setting("TEXINPUTS"))
 
     def test_the_programs_that_a_person_named_count_more_than_the_path(self):
-        empty, programs = os.path.join(self.home, "empty"), os.path.join(self.home, "my programs")
-        os.mkdir(empty)
-        os.mkdir(programs)
-        for name in ("pdftex", "kpsewhich"):
-            os.symlink(shutil.which(name), os.path.join(programs, name))
+        empty, programs = self.program_folders("my programs")
         self.preferences(TEXBIN=programs.replace(" ", "\x1f"))
         self.start(PATH=empty)
         self.leave()
@@ -144,11 +149,7 @@ class SetupWindow(DesktopTest):
         self.assertEqual(self.setting("TEXBIN"), programs.replace(" ", "\x1f"))
 
     def test_another_distribution_is_chosen_by_its_folder(self):
-        empty, programs = os.path.join(self.home, "empty"), os.path.join(self.home, "programs")
-        os.mkdir(empty)
-        os.mkdir(programs)
-        for name in ("pdftex", "kpsewhich"):
-            os.symlink(shutil.which(name), os.path.join(programs, name))
+        empty, programs = self.program_folders("programs")
         self.preferences(TEXINPUTS="/old/")
         self.start(PATH=empty)
         self.choose(empty)
