@@ -12,23 +12,34 @@ import sys
 from concurrent.futures import ThreadPoolExecutor
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+SOURCES = os.path.join(ROOT, "src")
 SHELL = ("core", "settings", "jobs", "tools", "events", "viewers", "files", "kpath", "menus", "console", "dialogs")
-# What a folder may include of the others, besides itself and the standard library.
+FLOOR = ("state", "toolbox", "front")
+# Of what every program shares the shell reads these tables, which name no library.
+TABLES = ("common/search_settings.h", "common/setting_numbers.h")
+# What a folder may include of the others (folders, or single headers), besides itself and the standard library. A
+# folder within a folder is one of its own where it is named here.
 ALLOWED = {
-    **{folder: (*SHELL, "toolbox", "front") for folder in SHELL},
     "toolbox": (),
     "front": ("toolbox",),
-    "linux": ("toolbox", "front"),
-    "headless": (*SHELL, "toolbox", "front", "linux"),
-    "desktop": (*SHELL, "toolbox", "front", "linux"),
-    "program": (*SHELL, "toolbox", "front", "linux", "headless"),
-    "toolhost": ("toolbox", "window", "desktop"),
-    "setpaths": ("toolbox", "toolhost", "desktop"),
-    "client": ("toolbox",),
-    "helpers": ("toolbox", "linux"),
+    "state": ("toolbox", "front"),
+    **{folder: (*SHELL, *FLOOR, *TABLES) for folder in SHELL},
+    "common": ("toolbox",),
+    "linux/files": ("toolbox", "common"),
+    "linux/events": ("toolbox", "front", "common", "linux/files"),
+    "headless": (*SHELL, *FLOOR, "linux/events"),
+    "program": (*SHELL, *FLOOR, "common", "linux/events", "headless"),
+    "widgets": (),
+    "desktop": (*SHELL, *FLOOR, "widgets", "linux/events"),
+    "toolhost": ("toolbox/types.h", "common", "toolhost/window"),
+    "toolhost/window": ("toolhost", "common", "widgets"),
+    "setpaths": ("toolbox/resources.h", "common", "setpaths/window"),
+    "setpaths/window": ("setpaths", "common", "widgets", "toolbox/types.h"),
+    "client": ("common",),
+    "helpers": ("common",),
 }
 LIBRARIES = re.compile(r'#\s*include\s*<(Q\w|systemd/|gio/|glib|zlib)')
-LIBRARY_FOLDERS = ("linux", "desktop", "toolhost", "setpaths", "client", "helpers")
+LIBRARY_FOLDERS = ("common", "linux", "desktop", "widgets", "toolhost", "setpaths", "client", "helpers")
 BANNED = re.compile(r"\b(strcpy|strcat|sprintf|vsprintf|gets|system|usleep)\s*\(")
 OPERATING_SYSTEM = re.compile(r"#\s*(if|ifdef|elif).*(__linux__|__unix__|_WIN32|__APPLE__|__FreeBSD__)")
 
@@ -37,8 +48,11 @@ def sources(*patterns):
     return sorted(path for pattern in patterns for path in glob.glob(os.path.join(ROOT, pattern), recursive=True))
 
 
-def folder_of(path):
-    return os.path.relpath(path, os.path.join(ROOT, "src")).split(os.sep)[0]
+def folder_of(name):
+    """The folder that the rules know for a file named from src/; empty when they know none."""
+    parts = name.split("/")[:-1]
+    inner, outer = "/".join(parts[:2]), "/".join(parts[:1])
+    return inner if inner in ALLOWED else outer if outer in ALLOWED and len(parts) == 1 else ""
 
 
 def lines(path):
@@ -46,20 +60,35 @@ def lines(path):
         return list(enumerate(file, 1))
 
 
+def breaches(name, text):
+    """What of the file NAME (from src/), whose contents are TEXT, the rules forbid: pairs of line number and reason."""
+    own = folder_of(name)
+    top = name.split("/")[0]
+    if not own:
+        yield 1, f"the rules know no folder {os.path.dirname(name)}"
+        return
+    for number, line in enumerate(text.split("\n"), 1):
+        include = re.match(r'#\s*include\s*"([^"]+)"', line)
+        if include and not include.group(1).startswith("ui_"):
+            included = include.group(1)
+            folder = folder_of(included)
+            if "/" not in included or not folder:
+                yield number, f"includes are written from src/: {included}"
+            elif folder != own and folder not in ALLOWED[own] and included not in ALLOWED[own]:
+                yield number, f"{own} does not include {included}"
+        if LIBRARIES.match(line) and top not in LIBRARY_FOLDERS:
+            yield number, f"a library's header: {line.strip()}"
+        if own in (*SHELL, "state") and OPERATING_SYSTEM.match(line):
+            yield number, "the shell does not ask for the operating system"
+
+
 def layering():
     found = []
     for path in sources("src/**/*.cpp", "src/**/*.h"):
-        own = folder_of(path)
-        for number, line in lines(path):
-            place = f"{os.path.relpath(path, ROOT)}:{number}: "
-            include = re.match(r'#\s*include\s*"(\w+)/', line)
-            if include and include.group(1) != own and include.group(1) not in ALLOWED.get(own, ()):
-                found.append(f"{place}{own} does not include {include.group(1)}")
-            if LIBRARIES.match(line) and own not in LIBRARY_FOLDERS:
-                found.append(f"{place}a library's header: {line.strip()}")
-            if own in SHELL and OPERATING_SYSTEM.match(line):
-                found.append(f"{place}the shell does not ask for the operating system")
-    return found
+        found += [f"{os.path.relpath(path, ROOT)}:{number}: {reason}"
+                  for number, reason in breaches(os.path.relpath(path, SOURCES), open_text(path))]
+    used = {folder_of(os.path.relpath(path, SOURCES)) for path in sources("src/**/*.cpp", "src/**/*.h")}
+    return found + [f"the rules name a folder that is not there: {folder}" for folder in ALLOWED if folder not in used]
 
 
 def without_comments(line):
@@ -89,7 +118,7 @@ def compiles_alone(header):
 def headers():
     # The desktop front's own headers need the toolkit's; its own build compiles them.
     wanted = [path for path in sources("src/**/*.h") if not re.search(r"#\s*include\s*<Q", open_text(path))
-              and folder_of(path) != "desktop" and "/window/" not in path]
+              and not re.search(r"/(desktop|widgets|window)/", path)]
     with ThreadPoolExecutor(os.cpu_count()) as pool:
         return [text for text in pool.map(compiles_alone, wanted) if text]
 
@@ -128,4 +157,5 @@ def main():
     return 1 if found else 0
 
 
-sys.exit(main())
+if __name__ == "__main__":
+    sys.exit(main())

@@ -37,7 +37,7 @@ int main() {
         const Setting &row = setting_table[i];
         std::printf(".TP\n\\fB%s\\fR", row.key);
         if (row.kind == setting_numbered)
-            std::printf("\\fI1\\fR to \\fB%s\\fI%d\\fR", row.key, row.count);
+            std::printf("\\fI1\\fR to \\fB%s\\fI%d\\fR", row.key, row.most);
         std::printf(" (%s", kind_text(row.kind));
         if (row.preset)
             std::printf("; %s when not set", row.preset);

@@ -1,4 +1,4 @@
-#include "exec_command.h"
+#include "client/exec_command.h"
 
 #include <cerrno>
 #include <csignal>
@@ -9,19 +9,20 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "live_output.h"
-#include "places.h"
-#include "shell_calls.h"
-#include "start.h"
-#include "wire.h"
+#include "client/live_output.h"
+#include "client/shell_calls.h"
+#include "client/start.h"
+#include "common/preferences.h"
+#include "common/session_bus.h"
+#include "common/utf8.h"
 
 namespace client {
 
-namespace {
+using common::shell_interface;
+using common::shell_name;
+using common::shell_path;
 
-constexpr const char *tool_interface = "org.quillon.Tool1";
-constexpr const char *tool_path = "/org/quillon/App";
-constexpr const char *properties_interface = "org.freedesktop.DBus.Properties";
+namespace {
 
 struct Session {
     sd_bus *bus = nullptr;
@@ -65,7 +66,7 @@ int on_waiting(sd_bus_message *message, void *data, sd_bus_error *) {
     auto &session = *static_cast<Session *>(data);
     const char *interface = nullptr;
     if (sd_bus_message_read_basic(message, 's', &interface) <= 0 ||
-        std::strcmp(interface, tool_interface) != 0)
+        std::strcmp(interface, common::tool_interface) != 0)
         return 0;
     if (sd_bus_message_enter_container(message, 'a', "{sv}") <= 0)
         return 0;
@@ -127,8 +128,8 @@ void pass_answer(Session &session) {
     }
     session.tool_waits = false;
     sd_bus_message *call = nullptr;
-    if (sd_bus_message_new_method_call(session.bus, &call, session.tool.c_str(), tool_path, tool_interface,
-                                       "Answer") >= 0 &&
+    if (sd_bus_message_new_method_call(session.bus, &call, session.tool.c_str(), common::application_path,
+                                       common::tool_interface, "Answer") >= 0 &&
         sd_bus_message_append_array(call, 'y', line.data(), line.size()) >= 0) {
         sd_bus_message_set_expect_reply(call, 0);
         sd_bus_send(session.bus, call, nullptr);
@@ -137,8 +138,8 @@ void pass_answer(Session &session) {
 }
 
 int send_exec(Session &session, const ExecRequest &request) {
-    const std::string line = command_line(request.words, toolhost::space_byte());
-    const bool text = toolhost::is_utf8(line) && toolhost::is_utf8(request.folder);
+    const std::string line = command_line(request.words, common::space_byte());
+    const bool text = common::is_utf8(line) && common::is_utf8(request.folder);
     sd_bus_message *call = nullptr;
     int result = sd_bus_message_new_method_call(session.bus, &call, shell_name, shell_path, shell_interface,
                                                 text ? "Exec" : "ExecRaw");
@@ -158,10 +159,10 @@ void listen(Session &session) {
     sd_bus_match_signal(session.bus, nullptr, shell_name, shell_path, shell_interface, "ConsoleText",
                         on_console, &session);
     if (session.follow) {
-        sd_bus_match_signal(session.bus, nullptr, nullptr, tool_path, tool_interface, "Output", on_output,
-                            &session);
-        sd_bus_match_signal(session.bus, nullptr, nullptr, tool_path, properties_interface,
-                            "PropertiesChanged", on_waiting, &session);
+        sd_bus_match_signal(session.bus, nullptr, nullptr, common::application_path, common::tool_interface,
+                            "Output", on_output, &session);
+        sd_bus_match_signal(session.bus, nullptr, nullptr, common::application_path,
+                            common::properties_interface, "PropertiesChanged", on_waiting, &session);
     }
     sd_bus_call_method(session.bus, shell_name, shell_path, shell_interface, "Follow", nullptr, nullptr, "b",
                        1);

@@ -1,4 +1,4 @@
-#include "live_output.h"
+#include "client/live_output.h"
 
 #include <algorithm>
 

@@ -6,9 +6,12 @@
 #include <unistd.h>
 #include <vector>
 
-#include "exec_command.h"
-#include "shell_calls.h"
-#include "start.h"
+#include "client/exec_command.h"
+#include "client/shell_calls.h"
+#include "client/start.h"
+#include "common/path_forms.h"
+#include "common/places.h"
+#include "common/session_bus.h"
 
 namespace {
 
@@ -39,7 +42,7 @@ int say_usage(const std::string &problem) {
 // folder.
 int headless(const Words &words) {
     client::ensure_preferences();
-    sd_bus *const bus = client::session_bus();
+    sd_bus *const bus = common::open_session_bus();
     const bool own_bus = !bus || client::shell_runs(bus);
     sd_bus_flush_close_unref(bus);
     return client::become(client::shell_program(), words, own_bus);
@@ -47,7 +50,7 @@ int headless(const Words &words) {
 
 int open_or_start(const Words &files) {
     client::ensure_preferences();
-    sd_bus *const bus = client::session_bus();
+    sd_bus *const bus = common::open_session_bus();
     if (bus && client::shell_runs(bus)) {
         const int status = client::open_files(bus, files);
         sd_bus_flush_close_unref(bus);
@@ -57,7 +60,7 @@ int open_or_start(const Words &files) {
     if (!std::getenv("DISPLAY") && !std::getenv("WAYLAND_DISPLAY"))
         words.push_back("--headless");
     for (const std::string &file : files)
-        words.push_back(client::absolute(file));
+        words.push_back(common::from_working_folder(file));
     const bool own_bus = !bus;
     sd_bus_flush_close_unref(bus);
     return client::become(client::shell_program(), words, own_bus);
@@ -65,7 +68,7 @@ int open_or_start(const Words &files) {
 
 int exec(const Words &words) {
     client::ExecRequest request;
-    request.folder = client::absolute(".");
+    request.folder = common::from_working_folder(".");
     std::size_t i = 1;
     for (; i < words.size() && words[i].starts_with('-'); i++) {
         if (words[i] == "--") {
@@ -75,7 +78,7 @@ int exec(const Words &words) {
         if (words[i] == "-f")
             request.follow = true;
         else if (words[i] == "-C" && i + 1 < words.size())
-            request.folder = client::absolute(words[++i]);
+            request.folder = common::from_working_folder(words[++i]);
         else
             return say_usage("exec does not know " + words[i]);
     }
@@ -85,9 +88,9 @@ int exec(const Words &words) {
     while (request.folder.size() > 1 && (request.folder.ends_with('/') || request.folder.ends_with("/.")))
         request.folder.pop_back();
     client::ensure_preferences();
-    sd_bus *const bus = client::session_bus();
+    sd_bus *const bus = common::open_session_bus();
     if (!bus)
-        return client::become(client::own_program(), words, true);
+        return client::become(common::own_program(), words, true);
     const int status = client::exec_command(bus, request);
     sd_bus_flush_close_unref(bus);
     return status;
@@ -101,7 +104,7 @@ int ask_shell(const Words &words) {
         return say_usage(named            ? verb + " takes one name"
                          : verb == "edit" ? "edit takes +LINE and a file"
                                           : verb + " takes nothing more");
-    sd_bus *const bus = client::session_bus();
+    sd_bus *const bus = common::open_session_bus();
     if (!bus || !client::shell_runs(bus)) {
         sd_bus_flush_close_unref(bus);
         return client::no_shell();
@@ -115,7 +118,7 @@ int ask_shell(const Words &words) {
         status = client::call_for_text(bus, "Formats", nullptr, false);
     else if (verb == "edit")
         status = client::become(client::contents_folder() + "/Helpers/edit",
-                                {words[1], client::absolute(words[2])}, false);
+                                {words[1], common::from_working_folder(words[2])}, false);
     else
         status = client::quit_shell(bus);
     sd_bus_flush_close_unref(bus);

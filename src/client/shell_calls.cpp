@@ -1,15 +1,21 @@
-#include "shell_calls.h"
+#include "client/shell_calls.h"
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <sys/stat.h>
 
-#include "start.h"
-#include "wire.h"
+#include "client/start.h"
+#include "common/activation.h"
+#include "common/path_forms.h"
+#include "common/session_bus.h"
+#include "common/utf8.h"
 
 namespace client {
+
+using common::shell_interface;
+using common::shell_name;
+using common::shell_path;
 
 namespace {
 
@@ -24,7 +30,7 @@ int say_error(const sd_bus_error &error) {
 
 // A call whose answer nobody waits for: a run may be in progress, and the shell takes it up afterwards.
 int send_open(sd_bus *bus, const std::string &path) {
-    const bool text = toolhost::is_utf8(path);
+    const bool text = common::is_utf8(path);
     sd_bus_message *call = nullptr;
     int result = sd_bus_message_new_method_call(bus, &call, shell_name, shell_path, shell_interface,
                                                 text ? "Open" : "OpenRaw");
@@ -39,45 +45,10 @@ int send_open(sd_bus *bus, const std::string &path) {
     return result;
 }
 
-void send_activate(sd_bus *bus) {
-    const char *token = std::getenv("XDG_ACTIVATION_TOKEN");
-    if (!token)
-        token = std::getenv("DESKTOP_STARTUP_ID");
-    sd_bus_message *call = nullptr;
-    if (sd_bus_message_new_method_call(bus, &call, shell_name, shell_path, "org.freedesktop.Application",
-                                       "Activate") >= 0) {
-        sd_bus_message_set_expect_reply(call, 0);
-        if (token)
-            sd_bus_message_append(call, "a{sv}", 2, "activation-token", "s", token, "desktop-startup-id", "s",
-                                  token);
-        else
-            sd_bus_message_append(call, "a{sv}", 0);
-        sd_bus_send(bus, call, nullptr);
-    }
-    sd_bus_message_unref(call);
-}
-
 } // namespace
 
-sd_bus *session_bus() {
-    sd_bus *bus = nullptr;
-    const char *unique = nullptr;
-    if (sd_bus_open_user(&bus) < 0)
-        return nullptr;
-    // The address may be that of a bus that has gone: only its greeting shows.
-    if (sd_bus_get_unique_name(bus, &unique) < 0)
-        return sd_bus_close_unref(bus);
-    return bus;
-}
-
 bool shell_runs(sd_bus *bus) {
-    sd_bus_message *reply = nullptr;
-    int owned = 0;
-    if (sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-                           "NameHasOwner", nullptr, &reply, "s", shell_name) >= 0)
-        sd_bus_message_read(reply, "b", &owned);
-    sd_bus_message_unref(reply);
-    return owned != 0;
+    return common::name_has_owner(bus, shell_name);
 }
 
 int no_shell() {
@@ -89,7 +60,7 @@ int open_files(sd_bus *bus, const std::vector<std::string> &files) {
     int status = 0;
     for (const std::string &file : files) {
         struct stat found;
-        const std::string path = absolute(file);
+        const std::string path = common::from_working_folder(file);
         if (stat(path.c_str(), &found) != 0) {
             std::fprintf(stderr, "quillon: %s: %s\n", file.c_str(), std::strerror(errno));
             status = 1;
@@ -98,13 +69,12 @@ int open_files(sd_bus *bus, const std::vector<std::string> &files) {
             status = 1;
         }
     }
-    send_activate(bus);
-    sd_bus_flush(bus);
+    common::send_activate(bus, shell_name, shell_path);
     return status;
 }
 
 int call_for_text(sd_bus *bus, const char *method, const char *text, bool empty_is_failure) {
-    if (text && !toolhost::is_utf8(text)) {
+    if (text && !common::is_utf8(text)) {
         std::fprintf(stderr, "quillon: the name is not UTF-8\n");
         return 1;
     }

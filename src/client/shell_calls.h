@@ -8,12 +8,6 @@
 
 namespace client {
 
-constexpr const char *shell_name = "org.quillon.Shell";
-constexpr const char *shell_path = "/org/quillon/Shell";
-constexpr const char *shell_interface = "org.quillon.Shell1";
-
-// The session bus; null when there is none to be had.
-sd_bus *session_bus();
 bool shell_runs(sd_bus *bus);
 // Sends every file to the running shell and brings it forward; the status of the command.
 int open_files(sd_bus *bus, const std::vector<std::string> &files);

@@ -1,4 +1,4 @@
-#include "start.h"
+#include "client/start.h"
 
 #include <cerrno>
 #include <csignal>
@@ -11,55 +11,27 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "places.h"
+#include "common/argument_list.h"
+#include "common/places.h"
 
 namespace client {
 
-namespace {
-
-std::vector<char *> pointers(std::vector<std::string> &words) {
-    std::vector<char *> list;
-    for (std::string &word : words)
-        list.push_back(word.data());
-    list.push_back(nullptr);
-    return list;
-}
-
-} // namespace
-
-std::string own_program() {
-    char path[4096];
-    const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
-    return length > 0 ? std::string(path, static_cast<std::size_t>(length)) : std::string();
-}
-
 std::string contents_folder() {
-    std::string folder = own_program();
-    for (int i = 0; i < 2; i++)
-        folder.resize(std::min(folder.rfind('/'), folder.size()));
-    return folder + "/lib/quillon/Quillon.app/Contents";
+    return common::above_own_program(2) + "/lib/quillon/Quillon.app/Contents";
 }
 
 std::string shell_program() {
     return contents_folder() + "/Linux/quillon-shell";
 }
 
-std::string absolute(const std::string &path) {
-    if (path.starts_with('/'))
-        return path;
-    char *const folder = get_current_dir_name();
-    const std::string here = folder ? folder : "/";
-    std::free(folder);
-    return toolhost::absolute_path(here, path);
-}
-
 void ensure_preferences() {
-    if (access(toolhost::preferences_path().c_str(), F_OK) == 0)
+    if (access(common::preferences_path().c_str(), F_OK) == 0)
         return;
     std::string program = contents_folder() + "/../../setpaths.app/Contents/Linux/setpaths";
     std::vector<std::string> words = {program, "--defaults"};
     pid_t process = -1;
-    if (posix_spawn(&process, program.c_str(), nullptr, nullptr, pointers(words).data(), environ) != 0) {
+    if (posix_spawn(&process, program.c_str(), nullptr, nullptr, common::argument_list(words).data(),
+                    environ) != 0) {
         std::fprintf(stderr, "quillon: I can't start %s: %s\n", program.c_str(), std::strerror(errno));
         return;
     }
@@ -82,7 +54,7 @@ int become(const std::string &program, const std::vector<std::string> &words, bo
     }
     line.push_back(program);
     line.insert(line.end(), words.begin(), words.end());
-    execvp(first.c_str(), pointers(line).data());
+    execvp(first.c_str(), common::argument_list(line).data());
     std::fprintf(stderr, "quillon: I can't start %s: %s\n", first.c_str(), std::strerror(errno));
     return status_unavailable;
 }
@@ -101,8 +73,8 @@ pid_t start_service() {
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
     posix_spawnattr_setpgroup(&attributes, 0);
     pid_t process = -1;
-    const int error =
-        posix_spawn(&process, program.c_str(), &actions, &attributes, pointers(words).data(), environ);
+    const int error = posix_spawn(&process, program.c_str(), &actions, &attributes,
+                                  common::argument_list(words).data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     posix_spawnattr_destroy(&attributes);
     if (error == 0)

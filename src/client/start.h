@@ -22,10 +22,6 @@ int become(const std::string &program, const std::vector<std::string> &words, bo
 pid_t start_service();
 // Waits for the process, at most SECONDS, then kills it.
 void wait_for_end(pid_t process, int seconds);
-// This command's own program.
-std::string own_program();
-// PATH made absolute against the working folder.
-std::string absolute(const std::string &path);
 
 } // namespace client
 

@@ -5,9 +5,9 @@
 #include "console/output.h"
 #include "console/window.h"
 #include "core/event_loop.h"
-#include "core/job_state.h"
-#include "core/startup.h"
 #include "files/streams.h"
+#include "state/cursors.h"
+#include "state/job_state.h"
 #include "toolbox/text_engine.h"
 #include "tools/processes.h"
 

@@ -5,8 +5,8 @@
 #include <cstring>
 
 #include "console/window.h"
-#include "core/event_loop.h"
-#include "core/job_state.h"
+#include "state/job_scope.h"
+#include "state/job_state.h"
 #include "toolbox/console_feed.h"
 #include "toolbox/text_engine.h"
 

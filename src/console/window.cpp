@@ -6,11 +6,11 @@
 #include <strings.h>
 
 #include "console/output.h"
-#include "core/job_state.h"
 #include "files/choosers.h"
 #include "files/paths.h"
 #include "files/signatures.h"
 #include "settings/settings.h"
+#include "state/job_state.h"
 #include "toolbox/files.h"
 
 namespace quillon {

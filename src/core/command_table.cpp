@@ -1,7 +1,11 @@
 #include "core/command_table.h"
 
+#include <cstring>
+
 #include "core/commands.h"
 #include "menus/formats.h"
+#include "settings/setting_table.h"
+#include "toolbox/menus.h"
 
 namespace quillon {
 
@@ -24,104 +28,145 @@ const MenuRow menu_rows[] = {
 };
 const int menu_row_count = sizeof menu_rows / sizeof menu_rows[0];
 
-static const char separator[] = "(-";
+static constexpr Command separator(std::int16_t menu, std::int16_t item) {
+    return {menu, item, "(-", 0};
+}
 
-// A command whose procedure is null is shown disabled.
+static constexpr Command submenu(std::int16_t menu, std::int16_t item, const char *title,
+                                 std::int16_t opened) {
+    return {menu, item, title, 0, opened};
+}
+
+static constexpr Command action(std::int16_t menu, std::int16_t item, const char *title, char key,
+                                void (*procedure)(std::int16_t), int (*enabled)() = nullptr) {
+    return {menu, item, title, key, 0, procedure, enabled};
+}
+
+// An item that switches a flag that is stored.
+static constexpr Command on_off(std::int16_t menu, std::int16_t item, const char *title, char key,
+                                const char *setting, int checked_at = 1) {
+    return {menu, item, title, key, 0, nullptr, nullptr, setting, checked_at};
+}
+
+// An item that stands for one value of a choice that is stored.
+static constexpr Command one_of(std::int16_t menu, std::int16_t item, const char *title, const char *setting,
+                                int value) {
+    return {menu, item, title, 0, 0, nullptr, nullptr, setting, value};
+}
+
+// An item that switches a flag of this run of the shell alone.
+static constexpr Command unstored(std::int16_t menu, std::int16_t item, const char *title, char key,
+                                  void (*procedure)(std::int16_t), int (*marked)()) {
+    return {menu, item, title, key, 0, procedure, nullptr, nullptr, 1, marked};
+}
+
+// Every item of a menu whose items are made while the shell runs.
+static constexpr Command any_item(std::int16_t menu, void (*procedure)(std::int16_t)) {
+    return {menu, 0, nullptr, 0, 0, procedure};
+}
+
+// An item that has its place and does nothing.
+static constexpr Command idle(std::int16_t menu, std::int16_t item, const char *title, char key = 0,
+                              int (*enabled)() = nullptr) {
+    return {menu, item, title, key, 0, nullptr, enabled};
+}
+
 const Command command_table[] = {
-    {menu_apple, 1, "About Quillon", 0, 0, command_about, nullptr, nullptr},
-    {menu_apple, 2, separator, 0, 0, nullptr, nullptr, nullptr},
-    {menu_apple, 3, "Quit Quillon", 0, 0, command_leave, nullptr, nullptr},
+    action(menu_apple, apple_about, "About Quillon", 0, command_about),
+    separator(menu_apple, 2),
+    action(menu_apple, apple_quit, "Quit Quillon", 0, command_leave),
 
-    {menu_file, 1, "Typeset File...", 'O', 0, command_typeset_chosen, nullptr, nullptr},
-    {menu_file, 2, "Typeset", 'T', 0, command_typeset_current, has_tex_file, nullptr},
-    {menu_file, 3, "Recent Files", 0, menu_recent, nullptr, nullptr, nullptr},
-    {menu_file, 4, separator, 0, 0, nullptr, nullptr, nullptr},
-    {menu_file, 5, "Repeat Last Command", 'R', 0, command_repeat, has_last_command, nullptr},
-    {menu_file, 6, "Build Format", 0, menu_build, nullptr, nullptr, nullptr},
-    {menu_file, 7, separator, 0, 0, nullptr, nullptr, nullptr},
-    {menu_file, 8, "bibtex", 0, 0, nullptr, has_bib_file, nullptr},
-    {menu_file, 9, separator, 0, 0, nullptr, nullptr, nullptr},
-    {menu_file, 10, "View", 'D', 0, command_view_dvi, has_dvi_file, nullptr},
-    {menu_file, 11, "dvips", 0, 0, nullptr, has_dvi_file, nullptr},
-    {menu_file, 12, separator, 0, 0, nullptr, nullptr, nullptr},
-    {menu_file, 13, "View", 0, 0, command_view_ps, has_ps_file, nullptr},
-    {menu_file, 14, "ps2pdf", 0, 0, nullptr, has_ps_file, nullptr},
-    {menu_file, 15, separator, 0, 0, nullptr, nullptr, nullptr},
-    {menu_file, 16, "View", 'P', 0, command_view_pdf, has_pdf_file, nullptr},
-    {menu_file, 17, separator, 0, 0, nullptr, nullptr, nullptr},
-    {menu_file, 18, "Save Console As...", 'S', 0, command_save_console, nullptr, nullptr},
-    {menu_file, 19, separator, 0, 0, nullptr, nullptr, nullptr},
-    {menu_file, 20, "Quit", 'Q', 0, command_quit, nullptr, nullptr},
+    action(menu_file, file_typeset_chosen, "Typeset File...", 'O', command_typeset_chosen),
+    action(menu_file, file_typeset, "Typeset", 'T', command_typeset_current, has_tex_file),
+    submenu(menu_file, file_recent, "Recent Files", menu_recent),
+    separator(menu_file, 4),
+    action(menu_file, file_repeat, "Repeat Last Command", 'R', command_repeat, has_last_command),
+    submenu(menu_file, file_build, "Build Format", menu_build),
+    separator(menu_file, 7),
+    idle(menu_file, file_bibtex, "bibtex", 0, has_bib_file),
+    separator(menu_file, 9),
+    action(menu_file, file_view_dvi, "View", 'D', command_view_dvi, has_dvi_file),
+    idle(menu_file, file_dvips, "dvips", 0, has_dvi_file),
+    separator(menu_file, 12),
+    action(menu_file, file_view_ps, "View", 0, command_view_ps, has_ps_file),
+    idle(menu_file, file_ps2pdf, "ps2pdf", 0, has_ps_file),
+    separator(menu_file, 15),
+    action(menu_file, file_view_pdf, "View", 'P', command_view_pdf, has_pdf_file),
+    separator(menu_file, 17),
+    action(menu_file, file_save_console, "Save Console As...", 'S', command_save_console),
+    separator(menu_file, 19),
+    action(menu_file, file_quit, "Quit", 'Q', command_quit),
 
-    {menu_format, 0, nullptr, 0, 0, DoFormat, nullptr, nullptr},
+    any_item(menu_format, DoFormat),
 
-    {menu_options, 1, "Formats", 0, menu_format, nullptr, nullptr, nullptr},
-    {menu_options, 2, "Use TeX (DVI Output)", 0, 0, toggle_pdftex, nullptr, pdftex_is_off},
-    {menu_options, 3, "Add Source Links", 0, 0, toggle_specials, nullptr, specials_are_on},
-    {menu_options, 4, "Record Files Used", 0, 0, toggle_record, nullptr, record_is_on},
-    {menu_options, 5, "pdfTeX Options...", 0, 0, nullptr, nullptr, nullptr},
-    {menu_options, 6, separator, 0, 0, nullptr, nullptr, nullptr},
-    {menu_options, 7, "View Output Automatically", 0, 0, toggle_view, nullptr, view_is_on},
-    {menu_options, 8, "Show Debug Output", 0, 0, toggle_debug, nullptr, debug_is_on},
-    {menu_options, 9, "Set Up Paths...", 0, 0, command_setpaths, nullptr, nullptr},
-    {menu_options, 10, "Set Applications...", 0, 0, nullptr, nullptr, nullptr},
-    {menu_options, 11, separator, 0, 0, nullptr, nullptr, nullptr},
-    {menu_options, 12, "BibTeX8 Options...", 0, 0, nullptr, nullptr, nullptr},
-    {menu_options, 13, "dvips Options...", 0, 0, nullptr, nullptr, nullptr},
-    {menu_options, 14, "MetaPost Format", 0, menu_mpformat, nullptr, nullptr, nullptr},
-    {menu_options, 15, separator, 0, 0, nullptr, nullptr, nullptr},
-    {menu_options, 16, "e-TeX Mode", 'E', 0, toggle_etex, nullptr, etex_is_on},
-    {menu_options, 17, "Parse First Line", 0, 0, toggle_parse, nullptr, parse_is_on},
+    submenu(menu_options, options_formats, "Formats", menu_format),
+    // Kept on purpose: the item is checked while pdfTeX is off.
+    on_off(menu_options, options_use_tex, "Use TeX (DVI Output)", 0, "USEPDFTEX", 0),
+    on_off(menu_options, options_source_links, "Add Source Links", 0, "ADDSPECIALS"),
+    on_off(menu_options, options_record, "Record Files Used", 0, "DORECORD"),
+    idle(menu_options, options_pdftex, "pdfTeX Options..."),
+    separator(menu_options, 6),
+    on_off(menu_options, options_view, "View Output Automatically", 0, "AUTOVIEW"),
+    on_off(menu_options, options_debug, "Show Debug Output", 0, "DEBUG"),
+    action(menu_options, options_setpaths, "Set Up Paths...", 0, command_setpaths),
+    idle(menu_options, options_applications, "Set Applications..."),
+    separator(menu_options, 11),
+    idle(menu_options, options_bibtex, "BibTeX8 Options..."),
+    idle(menu_options, options_dvips, "dvips Options..."),
+    submenu(menu_options, options_mpformat, "MetaPost Format", menu_mpformat),
+    separator(menu_options, 15),
+    unstored(menu_options, options_etex, "e-TeX Mode", 'E', toggle_etex, etex_is_on),
+    unstored(menu_options, options_parse, "Parse First Line", 0, toggle_parse, parse_is_on),
 
-    {menu_edit, 1, "Undo", 'Z', 0, nullptr, nullptr, nullptr},
-    {menu_edit, 2, separator, 0, 0, nullptr, nullptr, nullptr},
-    {menu_edit, 3, "Cut", 'X', 0, nullptr, nullptr, nullptr},
-    {menu_edit, 4, "Copy", 'C', 0, command_copy, nullptr, nullptr},
-    {menu_edit, 5, "Paste", 'V', 0, nullptr, nullptr, nullptr},
-    {menu_edit, 6, "Clear Console", 'K', 0, command_clear, nullptr, nullptr},
-    {menu_edit, 7, separator, 0, 0, nullptr, nullptr, nullptr},
-    {menu_edit, 8, "Font", 0, menu_font, nullptr, nullptr, nullptr},
-    {menu_edit, 9, "Font Size...", 0, 0, nullptr, nullptr, nullptr},
-    {menu_edit, 10, separator, 0, 0, nullptr, nullptr, nullptr},
-    {menu_edit, 11, "8-bit Output", '8', 0, toggle_8bit, nullptr, eight_bit_is_on},
-    {menu_edit, 12, separator, 0, 0, nullptr, nullptr, nullptr},
-    {menu_edit, 13, "Information", 0, menu_info, nullptr, nullptr, nullptr},
-    {menu_edit, 14, separator, 0, 0, nullptr, nullptr, nullptr},
-    {menu_edit, 15, "Configuration Files", 0, menu_config, nullptr, nullptr, nullptr},
+    idle(menu_edit, edit_undo, "Undo", 'Z'),
+    separator(menu_edit, 2),
+    idle(menu_edit, edit_cut, "Cut", 'X'),
+    action(menu_edit, edit_copy, "Copy", 'C', command_copy),
+    idle(menu_edit, edit_paste, "Paste", 'V'),
+    action(menu_edit, edit_clear, "Clear Console", 'K', command_clear),
+    separator(menu_edit, 7),
+    submenu(menu_edit, edit_font, "Font", menu_font),
+    idle(menu_edit, edit_font_size, "Font Size..."),
+    separator(menu_edit, 10),
+    on_off(menu_edit, edit_eight_bit, "8-bit Output", '8', "USE8BIT"),
+    separator(menu_edit, 12),
+    submenu(menu_edit, edit_info, "Information", menu_info),
+    separator(menu_edit, 14),
+    submenu(menu_edit, edit_config, "Configuration Files", menu_config),
 
-    {menu_build, 1, "pdfTeX Format", 0, 0, nullptr, nullptr, nullptr},
-    {menu_build, 2, "pdfLaTeX Format", 0, 0, nullptr, nullptr, nullptr},
-    {menu_build, 3, "Execute...", 0, 0, nullptr, nullptr, nullptr},
+    idle(menu_build, build_pdftex, "pdfTeX Format"),
+    idle(menu_build, build_pdflatex, "pdfLaTeX Format"),
+    idle(menu_build, build_execute, "Execute..."),
 
-    {menu_tool, 1, "BibTeX...", 'B', 0, nullptr, nullptr, nullptr},
-    {menu_tool, 2, "dvips...", 0, 0, nullptr, nullptr, nullptr},
-    {menu_tool, 3, "MakeIndex...", 'I', 0, nullptr, nullptr, nullptr},
-    {menu_tool, 4, "MetaPost...", 'M', 0, nullptr, nullptr, nullptr},
-    {menu_tool, 5, "Build MetaPost Format...", 0, 0, nullptr, nullptr, nullptr},
-    {menu_tool, 6, separator, 0, 0, nullptr, nullptr, nullptr},
-    {menu_tool, 7, "ps2pdf...", 0, 0, nullptr, nullptr, nullptr},
-    {menu_tool, 8, separator, 0, 0, nullptr, nullptr, nullptr},
-    {menu_tool, 9, "dvipdfm", 0, 0, nullptr, has_dvi_file, nullptr},
+    idle(menu_tool, tool_bibtex, "BibTeX...", 'B'),
+    idle(menu_tool, tool_dvips, "dvips..."),
+    idle(menu_tool, tool_makeindex, "MakeIndex...", 'I'),
+    idle(menu_tool, tool_mpost, "MetaPost...", 'M'),
+    idle(menu_tool, tool_build_mpost, "Build MetaPost Format..."),
+    separator(menu_tool, 6),
+    idle(menu_tool, tool_ps2pdf, "ps2pdf..."),
+    separator(menu_tool, 8),
+    idle(menu_tool, tool_dvipdfm, "dvipdfm", 0, has_dvi_file),
 
-    {menu_info, 1, "dvips", 0, 0, info, nullptr, nullptr},
-    {menu_info, 2, "MakeIndex", 0, 0, info, nullptr, nullptr},
-    {menu_info, 3, "MetaPost", 0, 0, info, nullptr, nullptr},
-    {menu_info, 4, "pdfTeX", 0, 0, info, nullptr, nullptr},
+    action(menu_info, info_dvips, "dvips", 0, info),
+    action(menu_info, info_makeindex, "MakeIndex", 0, info),
+    action(menu_info, info_mpost, "MetaPost", 0, info),
+    action(menu_info, info_pdftex, "pdfTeX", 0, info),
 
-    {menu_font, 0, nullptr, 0, 0, choose_font, nullptr, nullptr},
+    any_item(menu_font, choose_font),
 
-    {menu_config, 1, "config.ps", 0, 0, nullptr, nullptr, nullptr},
-    {menu_config, 2, "pdftexconfig.tex", 0, 0, nullptr, nullptr, nullptr},
-    {menu_config, 3, separator, 0, 0, nullptr, nullptr, nullptr},
-    {menu_config, 4, "tex.cnf", 0, 0, nullptr, nullptr, nullptr},
-    {menu_config, 5, "pdftex.cnf", 0, 0, nullptr, nullptr, nullptr},
+    idle(menu_config, config_dvips, "config.ps"),
+    idle(menu_config, config_pdftex, "pdftexconfig.tex"),
+    separator(menu_config, 3),
+    idle(menu_config, config_tex_cnf, "tex.cnf"),
+    idle(menu_config, config_pdftex_cnf, "pdftex.cnf"),
 
-    {menu_recent, 0, nullptr, 0, 0, choose_recent, nullptr, nullptr},
+    any_item(menu_recent, choose_recent),
 
-    {menu_mpformat, 1, "Plain TeX Labels", 0, 0, choose_mp_format, nullptr, mp_format_is_1},
-    {menu_mpformat, 2, "LaTeX Labels", 0, 0, choose_mp_format, nullptr, mp_format_is_2},
+    one_of(menu_mpformat, mpformat_plain, "Plain TeX Labels", "MPTEXFORMAT", 1),
+    one_of(menu_mpformat, mpformat_latex, "LaTeX Labels", "MPTEXFORMAT", 2),
 
-    {menu_transfer, 1, "Add ...", 0, 0, nullptr, nullptr, nullptr},
+    idle(menu_transfer, transfer_add, "Add ..."),
 };
 const int command_count = sizeof command_table / sizeof command_table[0];
 
@@ -136,6 +181,32 @@ const Command *find_command(std::int16_t menu, std::int16_t item) {
             any_item = &row;
     }
     return any_item;
+}
+
+int has_effect(const Command &row) {
+    return row.procedure || row.setting;
+}
+
+int is_checked(const Command &row) {
+    if (row.setting)
+        return setting_value(*find_setting(row.setting)) == row.checked_at;
+    return row.marked && row.marked();
+}
+
+// Switches the row's flag, or gives its choice the row's value; the marks of all its items follow.
+static void choose_setting(const Command &row) {
+    const Setting &setting = *find_setting(row.setting);
+    change_setting(setting, setting.kind == setting_flag ? !setting_value(setting) : row.checked_at);
+    for (const Command &other : command_table)
+        if (other.setting && std::strcmp(other.setting, row.setting) == 0)
+            CheckMenuItem(GetMenuHandle(other.menu), other.item, is_checked(other));
+}
+
+void choose(const Command &row, std::int16_t item) {
+    if (row.setting)
+        choose_setting(row);
+    if (row.procedure)
+        row.procedure(item);
 }
 
 } // namespace quillon

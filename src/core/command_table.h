@@ -24,21 +24,98 @@ enum : std::int16_t {
     menu_change = 202,
 };
 
+// The items that the shell numbers, by menu. Menus whose items are made while the shell runs have none here.
+enum : std::int16_t {
+    apple_about = 1,
+    apple_quit = 3,
+
+    file_typeset_chosen = 1,
+    file_typeset = 2,
+    file_recent = 3,
+    file_repeat = 5,
+    file_build = 6,
+    file_bibtex = 8,
+    file_view_dvi = 10,
+    file_dvips = 11,
+    file_view_ps = 13,
+    file_ps2pdf = 14,
+    file_view_pdf = 16,
+    file_save_console = 18,
+    file_quit = 20,
+
+    options_formats = 1,
+    options_use_tex = 2,
+    options_source_links = 3,
+    options_record = 4,
+    options_pdftex = 5,
+    options_view = 7,
+    options_debug = 8,
+    options_setpaths = 9,
+    options_applications = 10,
+    options_bibtex = 12,
+    options_dvips = 13,
+    options_mpformat = 14,
+    options_etex = 16,
+    options_parse = 17,
+
+    edit_undo = 1,
+    edit_cut = 3,
+    edit_copy = 4,
+    edit_paste = 5,
+    edit_clear = 6,
+    edit_font = 8,
+    edit_font_size = 9,
+    edit_eight_bit = 11,
+    edit_info = 13,
+    edit_config = 15,
+
+    build_pdftex = 1,
+    build_pdflatex = 2,
+    build_execute = 3,
+
+    tool_bibtex = 1,
+    tool_dvips = 2,
+    tool_makeindex = 3,
+    tool_mpost = 4,
+    tool_build_mpost = 5,
+    tool_ps2pdf = 7,
+    tool_dvipdfm = 9,
+
+    info_dvips = 1,
+    info_makeindex = 2,
+    info_mpost = 3,
+    info_pdftex = 4,
+
+    config_dvips = 1,
+    config_pdftex = 2,
+    config_tex_cnf = 4,
+    config_pdftex_cnf = 5,
+
+    mpformat_plain = 1,
+    mpformat_latex = 2,
+
+    transfer_add = 1,
+};
+
 struct MenuRow {
     std::int16_t id;
     const char *title;
     int in_bar; // 0: a submenu
 };
 
+// What an item does: it opens a submenu, calls a procedure, or changes a setting. One that does none of these
+// is shown disabled.
 struct Command {
     std::int16_t menu;
     std::int16_t item; // 0: every item of a menu whose items are made while the shell runs
     const char *title; // null for item 0; "(-" for a separator
     char key;          // command key, 0 for none
-    std::int16_t submenu;
-    void (*procedure)(std::int16_t item); // null: disabled
-    int (*enabled)();                     // null: always, when there is a procedure
-    int (*marked)();                      // the mark at start-up; null for none
+    std::int16_t submenu = 0;
+    void (*procedure)(std::int16_t item) = nullptr;
+    int (*enabled)() = nullptr;    // null: always
+    const char *setting = nullptr; // the key of a setting that the item changes
+    int checked_at = 1;        // the value at which the item is checked; of a choice, the one that it chooses
+    int (*marked)() = nullptr; // whether an item without a setting is checked at start-up
 };
 
 extern const MenuRow menu_rows[];
@@ -48,6 +125,12 @@ extern const int command_count;
 
 // The row of that choice, the menu's item-0 row when it has no row of its own; null when there is none.
 const Command *find_command(std::int16_t menu, std::int16_t item);
+// 1 when the row has something to do when it is chosen.
+int has_effect(const Command &row);
+// 1 when the row's item is checked as things stand; rows without setting and mark are not.
+int is_checked(const Command &row);
+// Does what the row is there for; ITEM is the item that was chosen.
+void choose(const Command &row, std::int16_t item);
 
 } // namespace quillon
 

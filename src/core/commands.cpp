@@ -5,7 +5,6 @@
 #include "console/output.h"
 #include "console/window.h"
 #include "core/command_table.h"
-#include "core/job_state.h"
 #include "dialogs/message_windows.h"
 #include "files/signatures.h"
 #include "files/streams.h"
@@ -15,6 +14,7 @@
 #include "menus/menus.h"
 #include "menus/recent_files.h"
 #include "settings/settings.h"
+#include "state/job_state.h"
 #include "tools/processes.h"
 #include "viewers/viewers.h"
 
@@ -86,48 +86,20 @@ void command_clear(std::int16_t) {
     ClearTextWindow();
 }
 
-// Switches a flag, marks its item with MARK of the new value, and stores it under KEY (null: not stored).
-static void toggle(std::uint8_t &flag, MenuHandle menu, std::int16_t item, const char *key,
-                   int inverted = 0) {
+// Switches a flag of this run of the shell and marks its item of the Options menu.
+static void toggle(std::uint8_t &flag, std::int16_t item) {
     flag = !flag;
-    CheckMenuItem(menu, item, inverted ? !flag : flag);
-    if (key)
-        set_str_resource(key, flag ? "1" : "0");
-}
-
-void toggle_pdftex(std::int16_t item) {
-    // Kept on purpose: the item is checked while pdfTeX is off.
-    toggle(usePdfTeX, optionsMenu, item, "USEPDFTEX", 1);
-}
-
-void toggle_specials(std::int16_t item) {
-    toggle(addSpecials, optionsMenu, item, "ADDSPECIALS");
-}
-
-void toggle_record(std::int16_t item) {
-    toggle(doRecord, optionsMenu, item, "DORECORD");
-}
-
-void toggle_view(std::int16_t item) {
-    toggle(doView, optionsMenu, item, "AUTOVIEW");
-}
-
-void toggle_debug(std::int16_t item) {
-    toggle(doDebug, optionsMenu, item, "DEBUG");
-}
-
-void toggle_8bit(std::int16_t item) {
-    toggle(use8bit, editMenu, item, "USE8BIT");
+    CheckMenuItem(optionsMenu, item, flag);
 }
 
 void toggle_etex(std::int16_t item) {
-    toggle(useETeX, optionsMenu, item, nullptr);
+    toggle(useETeX, item);
     SetFormatMenu();
     SetDefaultFormat();
 }
 
 void toggle_parse(std::int16_t item) {
-    toggle(parseFirstLine, optionsMenu, item, nullptr);
+    toggle(parseFirstLine, item);
 }
 
 void choose_font(std::int16_t item) {
@@ -170,13 +142,6 @@ void choose_recent(std::int16_t item) {
         typeset_recent(item);
 }
 
-void choose_mp_format(std::int16_t item) {
-    mp_format_type = item;
-    CheckMenuItem(mpformatMenu, item, 1);
-    CheckMenuItem(mpformatMenu, item == 1 ? 2 : 1, 0);
-    set_str_resource("MPTEXFORMAT", item == 2 ? "2" : "1");
-}
-
 int has_tex_file() {
     return !dotexfile.empty();
 }
@@ -201,44 +166,12 @@ int has_pdf_file() {
     return !mypdffile.empty();
 }
 
-int pdftex_is_off() {
-    return !usePdfTeX;
-}
-
-int specials_are_on() {
-    return addSpecials;
-}
-
-int record_is_on() {
-    return doRecord;
-}
-
-int view_is_on() {
-    return doView;
-}
-
-int debug_is_on() {
-    return doDebug;
-}
-
-int eight_bit_is_on() {
-    return use8bit;
-}
-
 int etex_is_on() {
     return useETeX;
 }
 
 int parse_is_on() {
     return parseFirstLine;
-}
-
-int mp_format_is_1() {
-    return mp_format_type == 1;
-}
-
-int mp_format_is_2() {
-    return mp_format_type == 2;
 }
 
 } // namespace quillon

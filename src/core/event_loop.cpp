@@ -5,25 +5,19 @@
 #include "console/output.h"
 #include "console/window.h"
 #include "core/command_table.h"
-#include "core/job_scope.h"
-#include "core/job_state.h"
-#include "core/startup.h"
 #include "events/handlers.h"
-#include "files/search.h"
 #include "front/front.h"
 #include "menus/current_files.h"
 #include "menus/menus.h"
 #include "menus/recent_files.h"
+#include "state/job_scope.h"
+#include "state/job_state.h"
 #include "toolbox/apple_events.h"
 #include "tools/processes.h"
 
 namespace quillon {
 
 EventRecord gEvent;
-std::uint8_t doAppleTeX = 0, doFind = 0;
-BoundedString<256> findString;
-
-void checkEvt() {}
 
 static void quit_program() {
     SaveRecentItems();
@@ -62,20 +56,6 @@ void wait_for_front() {
     while (inBackground && !(LeaveRequested() && job_running()))
         if (!main_event(mask_waiting))
             front->front_wait();
-}
-
-void doAppleEvent(const EventRecord *event) {
-    doAppleTeX = 0;
-    doFind = 0;
-    AEProcessAppleEvent(event);
-    if (doAppleTeX)
-        doOpenDoc();
-    else if (doFind)
-        DoFindFile(findString);
-    if (aeQuit) {
-        SaveRecentItems();
-        doQuit = 1;
-    }
 }
 
 void DoEvent(const EventRecord *event) {
@@ -166,8 +146,8 @@ void menu_choice(const EventRecord *event) {
 void do_menus(std::int32_t choice) {
     const auto item = static_cast<std::int16_t>(choice & 0xFFFF);
     const Command *const command = find_command(static_cast<std::int16_t>(choice >> 16), item);
-    if (command && command->procedure)
-        command->procedure(item);
+    if (command)
+        choose(*command, item);
 }
 
 static void lock_down(MenuHandle menu) {
@@ -181,7 +161,7 @@ void ChangeMenus() {
         const Command &row = command_table[i];
         if (!row.enabled)
             continue;
-        if (row.procedure && row.enabled())
+        if (has_effect(row) && row.enabled())
             EnableMenuItem(GetMenuHandle(row.menu), row.item);
         else
             DisableMenuItem(GetMenuHandle(row.menu), row.item);
@@ -192,7 +172,7 @@ void ChangeMenus() {
     lock_down(transferMenu);
     lock_down(fileMenu);
     if (!haveosx)
-        EnableMenuItem(fileMenu, 20);
+        EnableMenuItem(fileMenu, file_quit);
 }
 
 } // namespace quillon

@@ -4,7 +4,6 @@
 
 #include <cstdint>
 
-#include "toolbox/bounded.h"
 #include "toolbox/events.h"
 
 namespace quillon {
@@ -13,8 +12,6 @@ namespace quillon {
 enum : int { mask_every_event = -1, mask_waiting = 0x8140, mask_no_high_level = 0xFBFF };
 
 extern EventRecord gEvent;
-extern std::uint8_t doAppleTeX, doFind; // work that an event asked for, done right after its dispatch
-extern BoundedString<256> findString;
 
 // One step: 1 when an event was handled, 0 when the wait timed out.
 int main_event(int mask);
@@ -28,8 +25,6 @@ void menu_choice(const EventRecord *event);
 void do_menus(std::int32_t choice);
 // Brings the menus' enabling in line with the job state; before every menu is shown.
 void ChangeMenus();
-// A point where events could be polled; does nothing.
-void checkEvt();
 // Posts the notification when the shell is in the background, and waits until it is in front.
 void wait_for_front();
 

@@ -1,14 +1,10 @@
 #include "core/startup.h"
 
-#include <cstdio>
 #include <cstdlib>
-#include <cstring>
 
 #include "console/output.h"
 #include "console/window.h"
 #include "core/event_loop.h"
-#include "core/job_scope.h"
-#include "core/job_state.h"
 #include "dialogs/choosers.h"
 #include "events/handlers.h"
 #include "files/paths.h"
@@ -20,6 +16,9 @@
 #include "menus/menus.h"
 #include "settings/setting_table.h"
 #include "settings/settings.h"
+#include "state/cursors.h"
+#include "state/job_scope.h"
+#include "state/job_state.h"
 #include "toolbox/events.h"
 #include "tools/processes.h"
 #include "tools/shell_commands.h"
@@ -31,25 +30,6 @@ static constexpr std::size_t reserve_size = 32000;
 
 std::jmp_buf state;
 
-void SetUpCursors() {
-    myArrow = arrowCursor;
-    waitCursor = watchCursor;
-    editCursor = iBeamCursor;
-    restore();
-}
-
-void restore() {
-    SetCursor(myArrow);
-}
-
-void mywait() {
-    SetCursor(waitCursor);
-}
-
-void SetEditCursor() {
-    SetCursor(editCursor);
-}
-
 static void probe_system() {
     std::int32_t answer = 0;
     hasAqua = Gestalt(gestaltMenuMgrAttr, &answer) == noErr && answer & 2 ? 1 : 0;
@@ -59,28 +39,6 @@ static void probe_system() {
         if (answer > 0x07FF)
             RegisterAppearanceClient();
     }
-}
-
-static void read_space_char() {
-    int value = 0;
-    const char *const setting = get_str_resource("SPACECHAR");
-    if (!setting || std::sscanf(setting, "%d", &value) != 1)
-        value = 202;
-    if (static_cast<unsigned>(value) - 1u > 254)
-        value = 202;
-    space_char = value;
-}
-
-static void read_first_flags() {
-    read_space_char();
-    usePdfTeX = read_flag("USEPDFTEX");
-    doDebug = 1;
-    useETeX = 0;
-    doDebug = read_flag("DEBUG");
-    dataBaseSearch = read_flag("DATABASE");
-    use8bit = read_flag("USE8BIT");
-    const char *const setting = get_str_resource("MPTEXFORMAT");
-    mp_format_type = setting && setting[0] == '2' ? 2 : 1;
 }
 
 static void name_tools() {
@@ -128,15 +86,14 @@ int initial() {
     check_config();
     inBackground = !GetApplName(progname, &appvol, &appdir);
     theConsole = SetUpTextWindow(progname.c_str(), 1);
-    read_first_flags();
+    doDebug = 1;
+    useETeX = 0;
+    read_settings(stage_before_preferences_check);
     NoPrefFile();
     home = SetTilde();
     curr_dir.copy(home ? home : "");
     doAlias = 0;
-    useFullPaths = read_flag("USEFULLPATHS");
-    doView = read_flag("AUTOVIEW");
-    addSpecials = read_flag("ADDSPECIALS");
-    doRecord = read_flag("DORECORD");
+    read_settings(stage_after_folders);
     parseFirstLine = 0;
     SetUpMenus();
     name_tools();

@@ -13,10 +13,6 @@ extern std::jmp_buf state;
 [[noreturn]] void shell_main();
 // Start-up; returns 1. Runs before any event is handled.
 int initial();
-void SetUpCursors();
-void restore();       // the arrow
-void mywait();        // the watch
-void SetEditCursor(); // the I-beam
 // The fatal-error exit. -50 means out of memory; after any other code only quitting is possible.
 [[noreturn]] void DoJump(int code);
 

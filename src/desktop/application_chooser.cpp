@@ -12,7 +12,7 @@
 #include <QVBoxLayout>
 
 #include "desktop/choosers.h"
-#include "desktop/desktop_entries.h"
+#include "widgets/desktop_entries.h"
 
 namespace quillon::desktop {
 
@@ -30,7 +30,7 @@ QIcon entry_icon(const QString &name) {
     return icon.availableSizes().isEmpty() ? generic : icon;
 }
 
-void add_row(QListWidget *list, const DesktopEntry &entry) {
+void add_row(QListWidget *list, const widgets::DesktopEntry &entry) {
     auto *const row = new QListWidgetItem(entry_icon(entry.icon), entry.name, list);
     row->setToolTip(entry.comment);
     row->setData(path_role, entry.path);
@@ -42,7 +42,7 @@ QString binaries_folder() {
 }
 
 void add_rows(QListWidget *list, const NavRequest &request) {
-    for (const DesktopEntry &entry : installed_applications())
+    for (const widgets::DesktopEntry &entry : widgets::installed_applications())
         if (request_shows(request, entry.path))
             add_row(list, entry);
     const QDir folder(binaries_folder());

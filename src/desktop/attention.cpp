@@ -9,9 +9,9 @@
 #include <QTimer>
 #include <QVariantMap>
 
-#include "core/job_state.h"
 #include "desktop/event_pump.h"
 #include "desktop/main_window.h"
+#include "state/job_state.h"
 
 namespace quillon::desktop {
 

@@ -3,8 +3,8 @@
 #include <QScrollBar>
 #include <algorithm>
 
-#include "core/job_state.h"
 #include "desktop/console_view.h"
+#include "state/job_state.h"
 
 namespace quillon::desktop {
 

@@ -9,8 +9,8 @@
 #include <algorithm>
 #include <ctime>
 
-#include "core/job_state.h"
 #include "desktop/console_access.h"
+#include "state/job_state.h"
 
 namespace quillon::desktop {
 

@@ -10,13 +10,13 @@
 #include "desktop/attention.h"
 #include "desktop/choosers.h"
 #include "desktop/console_access.h"
-#include "desktop/display.h"
 #include "desktop/event_pump.h"
-#include "desktop/icon.h"
 #include "desktop/main_window.h"
 #include "desktop/message_windows.h"
 #include "front/front.h"
-#include "linux/loop.h"
+#include "linux/events/loop.h"
+#include "widgets/display.h"
+#include "widgets/icon.h"
 
 namespace quillon::desktop {
 
@@ -252,7 +252,7 @@ void make_application(int argc, char **argv) {
     offer_console_access();
     set_before_wait(sync_menus);
     // The first paint does not wait for the icon.
-    QTimer::singleShot(icon_delay, application, [] { QApplication::setWindowIcon(shell_icon()); });
+    QTimer::singleShot(icon_delay, application, [] { QApplication::setWindowIcon(widgets::shell_icon()); });
 }
 
 } // namespace
@@ -262,7 +262,7 @@ void make_application(int argc, char **argv) {
 // ARGV must last as long as the process. Null when no display opens.
 extern "C" __attribute__((visibility("default"))) const quillon::Front *quillon_desktop_front(int argc,
                                                                                               char **argv) {
-    if (!quillon::desktop::display_opens())
+    if (!widgets::display_opens())
         return nullptr;
     quillon::desktop::make_application(argc, argv);
     return &quillon::desktop::desktop_front;

@@ -7,7 +7,7 @@
 #include <QSocketNotifier>
 #include <QTimerEvent>
 
-#include "linux/loop.h"
+#include "linux/events/loop.h"
 
 namespace quillon::desktop {
 

@@ -5,19 +5,20 @@
 
 #include "console/output.h"
 #include "console/window.h"
-#include "core/event_loop.h"
-#include "core/job_scope.h"
-#include "core/job_state.h"
 #include "files/paths.h"
 #include "files/search.h"
 #include "jobs/tex_runs.h"
 #include "menus/menus.h"
 #include "menus/recent_files.h"
+#include "state/job_scope.h"
+#include "state/job_state.h"
 #include "tools/tool_call.h"
 #include "tools/tool_runs.h"
 
 namespace quillon {
 
+std::uint8_t doAppleTeX = 0, doFind = 0;
+BoundedString<256> findString;
 BoundedString<1024> odocfile;
 
 static const char busy_text[] = "TeX is busy with another request.";
@@ -252,6 +253,20 @@ void DoAEInstallation() {
     for (const auto &entry : table)
         AEInstallEventHandler(entry.event_class, entry.id, entry.handler, 0);
     AESetInteractionAllowed(kAEInteractWithAll);
+}
+
+void doAppleEvent(const EventRecord *event) {
+    doAppleTeX = 0;
+    doFind = 0;
+    AEProcessAppleEvent(event);
+    if (doAppleTeX)
+        doOpenDoc();
+    else if (doFind)
+        DoFindFile(findString);
+    if (aeQuit) {
+        SaveRecentItems();
+        doQuit = 1;
+    }
 }
 
 // What a document is opened with, by its extension; TeX without one of these.

@@ -7,7 +7,9 @@
 
 namespace quillon {
 
-extern BoundedString<1024> odocfile; // Unix path of the document of the last open event
+extern std::uint8_t doAppleTeX, doFind; // work that an event asked for, done right after its dispatch
+extern BoundedString<256> findString;   // what the last find or locate event looks for
+extern BoundedString<1024> odocfile;    // Unix path of the document of the last open event
 
 void DoAEInstallation();
 OSErr HandleOAPP(const AppleEvent *event, AppleEvent *reply, std::int32_t refcon);

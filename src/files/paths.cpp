@@ -6,9 +6,9 @@
 #include <cstring>
 
 #include "console/output.h"
-#include "core/job_state.h"
 #include "files/streams.h"
 #include "settings/settings.h"
+#include "state/job_state.h"
 
 namespace quillon {
 

@@ -6,11 +6,11 @@
 #include <string_view>
 
 #include "console/output.h"
-#include "core/job_state.h"
 #include "files/paths.h"
 #include "files/streams.h"
 #include "kpath/search_paths.h"
 #include "kpath/utilities.h"
+#include "state/job_state.h"
 #include "toolbox/files.h"
 #include "toolbox/windows.h"
 #include "tools/processes.h"

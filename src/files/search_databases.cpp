@@ -4,13 +4,16 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
+#include <string_view>
 
+#include "common/search_settings.h"
 #include "console/output.h"
-#include "core/job_state.h"
 #include "files/paths.h"
 #include "files/search.h"
 #include "files/streams.h"
 #include "kpath/utilities.h"
+#include "state/job_state.h"
 
 namespace quillon {
 
@@ -22,12 +25,12 @@ namespace {
 constexpr std::size_t line_limit = 1022;
 constexpr std::size_t text_limit = 0xFFFF0000;
 constexpr std::uint32_t no_node = 0xFFFFFFFF;
-constexpr int kinds = 5;
+constexpr int kinds = common::databases_end - 1;
 
 // FIRST holds the first node of each hash, CHAIN the one after it; there are MASK + 1 hashes. COUNT leaves
 // the end node out.
 struct Database {
-    const char *name;
+    common::Database kind;
     HashList *list;
     std::FILE *awaited; // opened at start-up, to be read
     std::uint32_t *first, *chain;
@@ -36,11 +39,11 @@ struct Database {
 
 // By kind number, from 1.
 Database databases[kinds] = {
-    {"TEXINPUTS", &texinputsTable, nullptr, nullptr, nullptr, 0, 0, 0},
-    {"TYPE1FONTS", &type1Table, nullptr, nullptr, nullptr, 0, 0, 0},
-    {"DVIPSHEADERS", &psheadersTable, nullptr, nullptr, nullptr, 0, 0, 0},
-    {"VFFONTS", &vfTable, nullptr, nullptr, nullptr, 0, 0, 0},
-    {"TEXFONTS", &tfmTable, nullptr, nullptr, nullptr, 0, 0, 0},
+    {common::tex_inputs, &texinputsTable, nullptr, nullptr, nullptr, 0, 0, 0},
+    {common::type1_fonts, &type1Table, nullptr, nullptr, nullptr, 0, 0, 0},
+    {common::postscript_headers, &psheadersTable, nullptr, nullptr, nullptr, 0, 0, 0},
+    {common::virtual_fonts, &vfTable, nullptr, nullptr, nullptr, 0, 0, 0},
+    {common::font_metrics, &tfmTable, nullptr, nullptr, nullptr, 0, 0, 0},
 };
 
 Database *database_of(const HashList *list) {
@@ -50,40 +53,8 @@ Database *database_of(const HashList *list) {
     return nullptr;
 }
 
-std::uint64_t eight_at(const char *place) {
-    std::uint64_t bytes;
-    std::memcpy(&bytes, place, sizeof bytes);
-    return bytes;
-}
-
-std::uint64_t four_at(const char *place) {
-    std::uint32_t bytes;
-    std::memcpy(&bytes, place, sizeof bytes);
-    return bytes;
-}
-
-// Sixteen bytes at a time; the last ones may overlap those before.
-std::uint32_t hash_of(const char *name, std::size_t length) {
-    constexpr std::uint64_t factor = 0x9E3779B97F4A7C15, other_factor = 0xC2B2AE3D27D4EB4F;
-    std::uint64_t hash = length * factor, low, high;
-    for (; length > 16; name += 16, length -= 16) {
-        hash = ((hash ^ eight_at(name)) * factor) ^ (eight_at(name + 8) * other_factor);
-        hash ^= hash >> 29;
-    }
-    if (length >= 8) {
-        low = eight_at(name);
-        high = eight_at(name + length - 8);
-    } else if (length >= 4) {
-        low = four_at(name);
-        high = four_at(name + length - 4);
-    } else {
-        low = high = 0;
-        for (std::size_t at = 0; at < length; at++)
-            low = low << 8 | static_cast<unsigned char>(name[at]);
-    }
-    hash = ((hash ^ low) * factor) ^ (high * other_factor);
-    hash ^= hash >> 32;
-    return static_cast<std::uint32_t>((hash * factor) >> 32);
+std::uint32_t hash_of(std::string_view name) {
+    return static_cast<std::uint32_t>(std::hash<std::string_view>{}(name));
 }
 
 void clear_database(Database *database) {
@@ -94,7 +65,7 @@ void clear_database(Database *database) {
     std::free(database->first);
     std::free(database->chain);
     *database->list = {};
-    *database = {database->name, database->list, nullptr, nullptr, nullptr, 0, 0, 0};
+    *database = {database->kind, database->list, nullptr, nullptr, nullptr, 0, 0, 0};
 }
 
 // Reads what is left of FILE into a new block, behind an empty string, and says how much of it is filled.
@@ -134,7 +105,7 @@ void add_node(Database *database, const char *folder, const char *name, std::siz
         make_room(database, database->room * 2);
     database->list->nodes[number] = {static_cast<std::uint32_t>(folder - text),
                                      static_cast<std::uint32_t>(name - text), number + 1};
-    database->chain[number] = hash_of(name, length);
+    database->chain[number] = hash_of({name, length});
 }
 
 // Ends the list and indexes it, from the last node to the first, so that the nodes of one name are met in the
@@ -224,7 +195,7 @@ void fill_list(Database *database, std::FILE *file) {
 int find_in_list(const Database *database, const char *name, BoundedBuffer &path) {
     if (database->count == 0)
         return 0;
-    const std::uint32_t hash = hash_of(name, std::strlen(name));
+    const std::uint32_t hash = hash_of({name, std::strlen(name)});
     for (std::uint32_t i = database->first[hash & database->mask]; i != no_node; i = database->chain[i]) {
         const HashNode *const node = &database->list->nodes[i];
         if (std::strcmp(name_of(database->list, node), name) == 0 &&
@@ -275,7 +246,7 @@ void ReadTables() {
     for (const HashList *const list : in_order) {
         Database *const database = database_of(list);
         if (dataBaseSearch == 1)
-            database->awaited = open_database(database->name);
+            database->awaited = open_database(common::database_setting(database->kind)->key);
     }
 }
 

@@ -3,11 +3,11 @@
 #include <cstring>
 
 #include "console/output.h"
-#include "core/job_state.h"
 #include "files/paths.h"
 #include "files/search.h"
 #include "kpath/search_paths.h"
 #include "kpath/utilities.h"
+#include "state/job_state.h"
 #include "toolbox/files.h"
 
 namespace quillon {

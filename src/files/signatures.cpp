@@ -5,6 +5,7 @@
 #include "files/paths.h"
 #include "files/streams.h"
 #include "toolbox/bounded.h"
+#include "toolbox/codes.h"
 #include "toolbox/files.h"
 
 namespace quillon {
@@ -28,7 +29,7 @@ int read_package_info(const BoundedBuffer &bundle, OSType *signature) {
     std::fclose(file);
     if (count != sizeof info)
         return 0;
-    *signature = OSType{info[4]} << 24 | OSType{info[5]} << 16 | OSType{info[6]} << 8 | OSType{info[7]};
+    *signature = code_of_bytes(info + 4);
     return 1;
 }
 

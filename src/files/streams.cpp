@@ -4,9 +4,9 @@
 #include <cstring>
 
 #include "console/output.h"
-#include "core/event_loop.h"
-#include "core/job_state.h"
 #include "files/paths.h"
+#include "state/job_scope.h"
+#include "state/job_state.h"
 #include "toolbox/files.h"
 
 namespace quillon {

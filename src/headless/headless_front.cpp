@@ -7,7 +7,7 @@
 
 #include "front/text_store.h"
 #include "headless/headless.h"
-#include "linux/loop.h"
+#include "linux/events/loop.h"
 
 namespace quillon {
 

@@ -10,11 +10,11 @@
 #include <deque>
 #include <string>
 
-#include "core/job_scope.h"
 #include "headless/headless.h"
 #include "headless/script_events.h"
 #include "headless/script_print.h"
 #include "headless/script_words.h"
+#include "state/job_scope.h"
 #include "toolbox/events.h"
 
 namespace quillon {

@@ -7,30 +7,19 @@
 
 #include "headless/script_words.h"
 #include "toolbox/apple_events.h"
+#include "toolbox/codes.h"
 #include "toolbox/files.h"
 #include "toolbox/received_events.h"
 
 namespace quillon {
 
-static int parse_code(const std::string &text, OSType *code) {
-    if (text.empty() || text.size() > 4)
-        return 0;
-    const std::string padded = text + std::string(4 - text.size(), ' ');
-    *code = 0;
-    for (const char letter : padded)
-        *code = *code << 8 | static_cast<unsigned char>(letter);
-    return 1;
+// A code of up to four characters, filled up with blanks.
+static int parse_short_code(const std::string &text, OSType *code) {
+    return !text.empty() && text.size() <= 4 && parse_code(text + std::string(4 - text.size(), ' '), code);
 }
 
 static int is_type(const std::string &word) {
     return word == "TEXT" || word == "long" || word == "fss" || word == "fss " || word == "list";
-}
-
-static std::string code_text(OSType code) {
-    std::string text;
-    for (int shift = 24; shift >= 0; shift -= 8)
-        text += static_cast<char>(code >> shift);
-    return text;
 }
 
 static int make_location(const std::string &path, FSSpec *spec) {
@@ -101,7 +90,8 @@ static void print_reply(OSErr result, const AppleEvent *reply) {
 void PostScriptEvent(const std::string &line) {
     const std::vector<std::string> words = SplitWords(line);
     OSType event_class = 0, event_id = 0;
-    if (words.size() < 2 || !parse_code(words[0], &event_class) || !parse_code(words[1], &event_id)) {
+    if (words.size() < 2 || !parse_short_code(words[0], &event_class) ||
+        !parse_short_code(words[1], &event_id)) {
         std::fprintf(stderr, "quillon: script: event takes a class and an id: %s\n", line.c_str());
         return;
     }
@@ -110,7 +100,7 @@ void PostScriptEvent(const std::string &line) {
     std::size_t i = 2;
     while (i + 1 < words.size()) {
         OSType keyword = 0;
-        if (!parse_code(words[i], &keyword) || !is_type(words[i + 1])) {
+        if (!parse_short_code(words[i], &keyword) || !is_type(words[i + 1])) {
             std::fprintf(stderr, "quillon: script: a parameter is KEYWORD TYPE VALUE: %s\n",
                          words[i].c_str());
             break;

@@ -6,13 +6,14 @@
 #include "console/output.h"
 #include "console/window.h"
 #include "core/event_loop.h"
-#include "core/job_state.h"
 #include "events/handlers.h"
 #include "headless/script_words.h"
 #include "jobs/after_run.h"
 #include "menus/current_files.h"
 #include "menus/menus.h"
 #include "settings/settings.h"
+#include "state/job_state.h"
+#include "toolbox/codes.h"
 #include "toolbox/menus.h"
 #include "tools/processes.h"
 #include "tools/tool_call.h"
@@ -193,9 +194,10 @@ static void print_state(const std::string &name) {
         }
     for (const SignatureState &row : signature_states)
         if (name == row.name) {
-            std::printf("%s=%c%c%c%c\n", row.name, static_cast<char>(row.value >> 24),
-                        static_cast<char>(row.value >> 16), static_cast<char>(row.value >> 8),
-                        static_cast<char>(row.value));
+            // The four characters as they are, zero bytes too.
+            std::printf("%s=", row.name);
+            std::fwrite(code_text(row.value).data(), 1, 4, stdout);
+            std::putchar('\n');
             return;
         }
     if (!print_odd_state(name))

@@ -1,22 +1,13 @@
 #include "helpers/application.h"
 
 #include <cstring>
-#include <sys/stat.h>
 
+#include "common/host_files.h"
 #include "helpers/bundle.h"
 #include "helpers/launch.h"
 #include "helpers/terminal.h"
 
 namespace helpers {
-
-namespace {
-
-bool is_folder(const std::string &path) {
-    struct stat info;
-    return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
-}
-
-} // namespace
 
 Application find_application(const std::string &name) {
     Application application;
@@ -30,8 +21,8 @@ Application find_application(const std::string &name) {
     }
     if (path.ends_with(".desktop") && read_desktop_entry(path, application.entry))
         application.kind = Kind::entry;
-    else if (is_folder(path))
-        application.kind = is_folder(path + "/Contents/Linux") ? Kind::bundle : Kind::none;
+    else if (common::is_folder(path))
+        application.kind = common::is_folder(path + "/Contents/Linux") ? Kind::bundle : Kind::none;
     else if (!path.empty() && !program_path(path).empty())
         application.kind = Kind::program;
     return application;

@@ -6,6 +6,9 @@
 #include <map>
 #include <unistd.h>
 
+#include "common/path_forms.h"
+#include "common/places.h"
+
 namespace helpers {
 
 namespace {
@@ -104,7 +107,7 @@ std::string filled(const std::string &word, const DesktopEntry &entry, const std
         case 'u':
         case 'U':
             takes_file = true;
-            text += document.empty() ? "" : file_uri(document);
+            text += document.empty() ? "" : common::file_uri(document);
             break;
         case 'c':
             text += entry.name;
@@ -126,7 +129,7 @@ bool read_desktop_entry(const std::string &path, DesktopEntry &entry) {
     if (values["Type"] != "Application" || (values["Exec"].empty() && values["DBusActivatable"] != "true"))
         return false;
     entry.path = path;
-    entry.id = path.substr(path.find_last_of('/') + 1);
+    entry.id = common::leaf_of(path);
     if (entry.id.ends_with(extension))
         entry.id.resize(entry.id.size() - extension.size());
     entry.name = values["Name"];
@@ -139,11 +142,9 @@ bool read_desktop_entry(const std::string &path, DesktopEntry &entry) {
 }
 
 std::string find_desktop_entry(const std::string &id) {
-    const char *const data = std::getenv("XDG_DATA_HOME");
-    const char *const home = std::getenv("HOME");
     const char *const shared = std::getenv("XDG_DATA_DIRS");
-    std::string folders = data && *data ? data : std::string(home ? home : "") + "/.local/share";
-    folders += std::string(":") + (shared && *shared ? shared : "/usr/local/share:/usr/share");
+    std::string folders = common::data_folder() + ":";
+    folders += shared && *shared ? shared : "/usr/local/share:/usr/share";
     const std::string leaf = id.ends_with(extension) ? id : id + std::string(extension);
     while (true) {
         const std::size_t end = std::min(folders.find(':'), folders.size());
@@ -187,23 +188,6 @@ std::vector<std::string> entry_command(const DesktopEntry &entry, const std::str
     if (!takes_file && !document.empty() && !command.empty())
         command.push_back(document);
     return command;
-}
-
-std::string file_uri(std::string_view path) {
-    constexpr std::string_view plain = "-._~/!$&'()*+,;=:@";
-    std::string uri = "file://";
-    for (const char c : path) {
-        const auto byte = static_cast<unsigned char>(c);
-        if ((c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') ||
-            plain.find(c) != std::string_view::npos) {
-            uri += c;
-        } else {
-            uri += '%';
-            uri += "0123456789ABCDEF"[byte >> 4];
-            uri += "0123456789ABCDEF"[byte & 15];
-        }
-    }
-    return uri;
 }
 
 } // namespace helpers

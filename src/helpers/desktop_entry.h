@@ -3,7 +3,6 @@
 #define QUILLON_HELPERS_DESKTOP_ENTRY_H
 
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace helpers {
@@ -23,7 +22,6 @@ std::string find_desktop_entry(const std::string &id);
 // The words of the entry's Exec line for DOCUMENT (empty: none), its field codes filled in. Empty when the
 // line is malformed.
 std::vector<std::string> entry_command(const DesktopEntry &entry, const std::string &document);
-std::string file_uri(std::string_view path);
 
 } // namespace helpers
 

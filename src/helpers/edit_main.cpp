@@ -5,11 +5,13 @@
 #include <string>
 #include <unistd.h>
 
+#include "common/path_forms.h"
+#include "common/places.h"
+#include "common/preferences.h"
 #include "helpers/application.h"
 #include "helpers/editor.h"
 #include "helpers/hand_over.h"
 #include "helpers/launch.h"
-#include "places.h"
 
 namespace {
 
@@ -21,16 +23,6 @@ const char *name = "edit";
 int fail(const std::string &problem) {
     std::fprintf(stderr, "%s: %s\n", name, problem.c_str());
     return 1;
-}
-
-// The binaries folder, which "~" stands for in a setting.
-std::string home_folder() {
-    char path[4096];
-    const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
-    std::string folder(path, length > 0 ? static_cast<std::size_t>(length) : 0);
-    for (int level = 0; level < 4; level++)
-        folder.resize(std::min(folder.find_last_of('/'), folder.size()));
-    return folder;
 }
 
 bool is_line(const char *text) {
@@ -47,19 +39,18 @@ int main(int argc, char **argv) {
         std::fprintf(stderr, "usage: %s +LINE FILE\n", name);
         return exit_usage;
     }
-    char *const folder = get_current_dir_name();
-    const std::string file = toolhost::absolute_path(folder ? folder : "/", argv[2]);
-    std::free(folder);
+    const std::string file = common::from_working_folder(argv[2]);
     if (access(file.c_str(), F_OK) != 0)
         return fail("I can't find the file " + file);
-    const std::string setting = toolhost::setting("Editor");
+    const std::string setting = common::setting("Editor");
     if (setting.empty())
         return fail("no editor is chosen");
-    const std::string path = toolhost::expand_setting_path(setting, home_folder(), toolhost::space_byte());
+    const std::string path =
+        common::expand_setting_path(setting, common::above_own_program(4), common::space_byte());
     const Application editor = find_application(path);
     if (editor.kind == Kind::none)
         return fail("I can't find the editor " + path);
-    const quillon::EditorRow *const row = quillon::FindEditorRow(quillon::EditorRows(), editor.path);
+    const common::EditorRow *const row = common::FindEditorRow(common::EditorRows(), editor.path);
     std::string problem;
     // An editor that the table does not know only gets the file.
     if (!row)

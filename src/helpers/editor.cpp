@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "common/path_forms.h"
 #include "helpers/launch.h"
 #include "helpers/terminal.h"
 
@@ -10,12 +11,12 @@ namespace helpers {
 namespace {
 
 // The program of an editor: itself, or the one that its desktop entry stands for.
-std::string editor_program(const Application &editor, const quillon::EditorRow &row) {
+std::string editor_program(const Application &editor, const common::EditorRow &row) {
     if (editor.kind != Kind::entry)
         return editor.path;
     const std::vector<std::string> words = entry_command(editor.entry, "");
     const std::string first = words.empty() ? "" : words[0];
-    const std::string leaf = first.substr(first.find_last_of('/') + 1);
+    const std::string leaf = common::leaf_of(first);
     if (std::find(row.programs.begin(), row.programs.end(), leaf) != row.programs.end() &&
         !program_path(first).empty())
         return program_path(first);
@@ -46,7 +47,7 @@ std::string filled(std::string argument, const std::string &file, long line) {
 
 } // namespace
 
-std::vector<std::string> editor_command(const Application &editor, const quillon::EditorRow &row,
+std::vector<std::string> editor_command(const Application &editor, const common::EditorRow &row,
                                         const std::string &file, long line, std::string &problem) {
     std::vector<std::string> words = {editor_program(editor, row)};
     if (words[0].empty()) {

@@ -5,14 +5,14 @@
 #include <string>
 #include <vector>
 
+#include "common/editors_table.h"
 #include "helpers/application.h"
-#include "linux/editors_table.h"
 
 namespace helpers {
 
 // LINE 0: at no line. A terminal editor's command is that of the terminal. Empty, with what is wrong in
 // PROBLEM, when the editor is not there or needs a terminal and there is none.
-std::vector<std::string> editor_command(const Application &editor, const quillon::EditorRow &row,
+std::vector<std::string> editor_command(const Application &editor, const common::EditorRow &row,
                                         const std::string &file, long line, std::string &problem);
 
 } // namespace helpers

@@ -1,12 +1,12 @@
 #include "helpers/hand_over.h"
 
 #include <cerrno>
-#include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
 #include <functional>
-#include <sys/stat.h>
 #include <unistd.h>
+
+#include "common/places.h"
 
 namespace helpers {
 
@@ -15,24 +15,9 @@ namespace {
 constexpr int steps = 50;
 constexpr long step_nanoseconds = 20'000'000;
 
-// The temporary folder, made when it is missing; empty when it is not the user's own.
-std::string temporary_folder() {
-    const char *const runtime = std::getenv("XDG_RUNTIME_DIR");
-    const char *const temporary = std::getenv("TMPDIR");
-    const std::string folder = runtime && *runtime == '/'
-                                   ? std::string(runtime) + "/quillon"
-                                   : std::string(temporary && *temporary == '/' ? temporary : "/tmp") +
-                                         "/quillon-" + std::to_string(getuid());
-    struct stat info;
-    mkdir(folder.c_str(), 0700);
-    if (lstat(folder.c_str(), &info) != 0 || !S_ISDIR(info.st_mode) || info.st_uid != getuid())
-        return "";
-    return folder;
-}
-
 std::string mark_path(const std::string &document) {
-    const std::string folder = temporary_folder();
-    if (folder.empty())
+    const std::string folder = common::temporary_folder();
+    if (!common::make_private_folder(folder))
         return "";
     return folder + "/opening-" + std::to_string(std::hash<std::string>{}(document));
 }

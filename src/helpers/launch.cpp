@@ -1,46 +1,31 @@
 #include "helpers/launch.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include "common/argument_list.h"
+#include "common/host_files.h"
+#include "common/path_forms.h"
+#include "common/places.h"
 
 namespace helpers {
 
 namespace {
 
-std::string own_folder() {
-    char path[4096];
-    const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
-    const std::string program(path, length > 0 ? static_cast<std::size_t>(length) : 0);
-    return program.substr(0, std::min(program.find_last_of('/'), program.size()));
-}
-
 // PATH without the folder of these commands: what they start is to find the system's own.
 std::string search_path() {
     const char *const value = std::getenv("PATH");
-    std::string rest = value ? value : "/usr/local/bin:/usr/bin:/bin";
-    const std::string own = own_folder();
+    const std::string own = common::above_own_program(1);
     std::string kept;
-    while (true) {
-        const std::size_t end = std::min(rest.find(':'), rest.size());
-        const std::string folder = rest.substr(0, end);
+    for (const std::string &folder : common::split_list(value ? value : "/usr/local/bin:/usr/bin:/bin"))
         if (!folder.empty() && folder != own)
             kept += (kept.empty() ? "" : ":") + folder;
-        if (end == rest.size())
-            return kept;
-        rest.erase(0, end + 1);
-    }
-}
-
-bool can_run(const std::string &path) {
-    struct stat info;
-    return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode) && access(path.c_str(), X_OK) == 0;
+    return kept;
 }
 
 std::vector<std::string> environment() {
@@ -49,14 +34,6 @@ std::vector<std::string> environment() {
         if (std::strncmp(*variable, "PATH=", 5) != 0 && std::strncmp(*variable, "QUILLON_", 8) != 0)
             variables.emplace_back(*variable);
     return variables;
-}
-
-std::vector<char *> pointers(std::vector<std::string> &words) {
-    std::vector<char *> list;
-    for (std::string &word : words)
-        list.push_back(word.data());
-    list.push_back(nullptr);
-    return list;
 }
 
 void forget_signals() {
@@ -93,7 +70,7 @@ void tell(int report, int error) {
     if (!launch.folder.empty() && chdir(launch.folder.c_str()) != 0)
         tell(report, errno);
     else {
-        execve(program.c_str(), pointers(words).data(), pointers(variables).data());
+        execve(program.c_str(), common::argument_list(words).data(), common::argument_list(variables).data());
         tell(report, errno);
     }
     _exit(127);
@@ -118,16 +95,8 @@ void tell(int report, int error) {
 
 std::string program_path(const std::string &name) {
     if (name.find('/') != std::string::npos)
-        return can_run(name) ? name : "";
-    std::string rest = search_path();
-    while (!rest.empty() && !name.empty()) {
-        const std::size_t end = std::min(rest.find(':'), rest.size());
-        const std::string path = rest.substr(0, end) + "/" + name;
-        if (can_run(path))
-            return path;
-        rest.erase(0, std::min(end + 1, rest.size()));
-    }
-    return "";
+        return common::can_run(name) ? name : "";
+    return name.empty() ? "" : common::find_program(name, search_path(), "/");
 }
 
 int start_detached(const Launch &launch) {

@@ -6,11 +6,12 @@
 #include <string>
 #include <unistd.h>
 
+#include "common/path_forms.h"
+#include "common/preferences.h"
 #include "helpers/application.h"
 #include "helpers/editor.h"
 #include "helpers/hand_over.h"
 #include "helpers/launch.h"
-#include "places.h"
 
 namespace {
 
@@ -25,11 +26,11 @@ int fail(const std::string &problem) {
 
 // Whether the engine stopped at an error in DOCUMENT: then the command that goes to the line follows.
 bool line_follows(const std::string &document) {
-    const std::string file = toolhost::setting("FILENAME");
-    return !file.empty() && toolhost::expand_setting_path(file, "", toolhost::space_byte()) == document;
+    const std::string file = common::setting("FILENAME");
+    return !file.empty() && common::expand_setting_path(file, "", common::space_byte()) == document;
 }
 
-int open_in_editor(const Application &editor, const quillon::EditorRow &row, const std::string &document) {
+int open_in_editor(const Application &editor, const common::EditorRow &row, const std::string &document) {
     std::string problem;
     Launch launch;
     launch.words = editor_command(editor, row, document, 0, problem);
@@ -54,15 +55,13 @@ int main(int argc, char **argv) {
         return fail(std::string("I can't find the application ") + argv[2]);
     std::string document;
     if (argc == 4) {
-        char *const folder = get_current_dir_name();
-        document = toolhost::absolute_path(folder ? folder : "/", argv[3]);
-        std::free(folder);
+        document = common::from_working_folder(argv[3]);
         if (access(document.c_str(), F_OK) != 0)
             return fail("I can't find the file " + document);
     }
     const auto *const row = application.kind == Kind::bundle || document.empty()
                                 ? nullptr
-                                : quillon::FindEditorRow(quillon::EditorRows(), application.path);
+                                : common::FindEditorRow(common::EditorRows(), application.path);
     if (row)
         return open_in_editor(application, *row, document);
     std::string problem;

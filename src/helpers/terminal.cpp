@@ -1,8 +1,8 @@
 #include "helpers/terminal.h"
 
-#include <algorithm>
 #include <cstdlib>
 
+#include "common/path_forms.h"
 #include "helpers/launch.h"
 
 namespace helpers {
@@ -11,9 +11,7 @@ namespace {
 
 // How a terminal is told the command to run. Most take "-e" and the words.
 std::string command_option(const std::string &program) {
-    char *const canonical = realpath(program.c_str(), nullptr);
-    const std::string path = canonical ? canonical : program;
-    std::free(canonical);
+    const std::string path = common::canonical_path(program);
     const auto is = [&](const char *name) { return path.ends_with(std::string("/") + name); };
     if (is("gnome-terminal") || is("kgx") || is("gnome-console") || is("ptyxis"))
         return "--";

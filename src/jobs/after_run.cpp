@@ -4,15 +4,14 @@
 #include <cstdlib>
 
 #include "console/output.h"
-#include "core/event_loop.h"
-#include "core/job_scope.h"
-#include "core/job_state.h"
-#include "core/startup.h"
 #include "files/choosers.h"
 #include "files/paths.h"
 #include "files/signatures.h"
 #include "files/streams.h"
 #include "settings/settings.h"
+#include "state/cursors.h"
+#include "state/job_scope.h"
+#include "state/job_state.h"
 #include "viewers/editor.h"
 #include "viewers/viewers.h"
 

@@ -3,15 +3,14 @@
 #include <cstring>
 
 #include "console/output.h"
-#include "core/job_scope.h"
-#include "core/job_state.h"
-#include "core/startup.h"
 #include "files/choosers.h"
 #include "files/paths.h"
 #include "files/signatures.h"
 #include "jobs/after_run.h"
 #include "menus/current_files.h"
 #include "settings/settings.h"
+#include "state/job_scope.h"
+#include "state/job_state.h"
 #include "toolbox/files.h"
 #include "tools/processes.h"
 #include "tools/tool_call.h"

@@ -4,12 +4,12 @@
 #include <cstring>
 
 #include "console/output.h"
-#include "core/job_state.h"
 #include "core/startup.h"
 #include "files/search.h"
 #include "files/streams.h"
 #include "kpath/search_paths.h"
 #include "kpath/utilities.h"
+#include "state/job_state.h"
 #include "toolbox/bounded.h"
 
 namespace quillon {

@@ -5,11 +5,12 @@
 #include <cstring>
 #include <string_view>
 
-#include "core/job_state.h"
+#include "common/search_settings.h"
 #include "files/paths.h"
 #include "files/search.h"
 #include "kpath/font_map.h"
 #include "kpath/utilities.h"
+#include "state/job_state.h"
 #include "toolbox/bounded.h"
 
 namespace quillon {
@@ -24,40 +25,6 @@ char *waiting_paths[search_path_slots];
 
 constexpr const char *preset_path = ".";
 constexpr std::size_t component_limit = 255, shortened_limit = 1024;
-
-// A list's variable and what stands in for it while it is not set, in slot order.
-struct PathVariable {
-    const char *names[3];
-};
-constexpr PathVariable path_variables[search_path_slots] = {
-    {{"BIBINPUTS"}},
-    {{"BSTINPUTS", "TEXINPUTS"}},
-    {{"GFFONTS", "TEXFONTS"}},
-    {{"MFBASES"}},
-    {{"MFINPUTS"}},
-    {{"MFPOOL"}},
-    {{"PKFONTS", "TEXPKS", "TEXFONTS"}},
-    {{"TEXFORMATS"}},
-    {{"TEXINPUTS"}},
-    {{"TEXPOOL"}},
-    {{"TEXFONTS"}},
-    {{"VFFONTS", "TEXFONTS"}},
-    {{"MPINPUTS"}},
-    {{"MPMEMS"}},
-    {{"MPPOOL"}},
-    {{"TEXCONFIG"}},
-    {{"OFMFONTS"}},
-    {{"OCPINPUTS"}},
-    {{"OTPINPUTS"}},
-    {{"OVFFONTS"}},
-    {{"DVIPSHEADERS"}},
-    {{"TYPE1FONTS"}},
-    {{nullptr}},
-    {{"ISTFILES"}},
-    {{"AFMFONTS"}},
-    {{"DVIPSEPSF"}},
-    {{"ENCFOLDER"}},
-};
 
 // Path strings expanded so far, with their lists.
 struct SavedPath {
@@ -129,6 +96,32 @@ char *path_string(const char *variable, const char *preset) {
     return path;
 }
 
+int is_set(const char *variable) {
+    char *const value = mygetenv(variable);
+    std::free(value);
+    return value != nullptr;
+}
+
+// The setting that a list is made from: the row's own, or the first that stands in for it and is set.
+const char *setting_in_use(const common::SearchSetting &row) {
+    if (!is_set(row.key))
+        for (const char *const name : row.instead)
+            if (name && is_set(name))
+                return name;
+    return row.key;
+}
+
+// The number of the list whose setting is KEY; -1 when there is none.
+constexpr int slot_of(std::string_view key) {
+    for (const common::SearchSetting &row : common::search_settings)
+        if (key == row.key)
+            return row.slot;
+    return common::no_slot;
+}
+static_assert(slot_of("TEXFORMATS") == slot_texformats && slot_of("TEXINPUTS") == slot_texinputs &&
+              slot_of("TEXFONTS") == slot_texfonts && slot_of("TEXCONFIG") == slot_texconfig &&
+              slot_of("DVIPSHEADERS") == slot_dvipsheaders && slot_of("ENCFOLDER") == slot_encfolder);
+
 // Whether folders must be walked to expand the path, and nothing is said at once about one that is not.
 int is_walk(const char *path) {
     int walks = 0;
@@ -197,19 +190,11 @@ char **initialize_path_list(const char *variable, const char *preset) {
 }
 
 void setpaths(std::uint32_t mask) {
-    for (int slot = 0; slot < search_path_slots; slot++) {
-        const PathVariable &variable = path_variables[slot];
-        if (!(mask >> slot & 1) || !variable.names[0])
+    for (const common::SearchSetting &row : common::search_settings) {
+        const int slot = row.slot;
+        if (slot == common::no_slot || !(mask >> slot & 1))
             continue;
-        const char *chosen = variable.names[0];
-        for (const char *const name : variable.names) {
-            char *const value = name ? mygetenv(name) : nullptr;
-            std::free(value);
-            if (value) {
-                chosen = name;
-                break;
-            }
-        }
+        const char *const chosen = setting_in_use(row);
         std::free(waiting_paths[slot]);
         waiting_paths[slot] = path_string(chosen, preset_path);
         path_dirs[slot] = waiting_list;

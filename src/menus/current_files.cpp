@@ -5,25 +5,16 @@
 #include <cstring>
 
 #include "console/output.h"
-#include "core/job_state.h"
+#include "core/command_table.h"
 #include "files/paths.h"
 #include "menus/menus.h"
 #include "menus/recent_files.h"
 #include "settings/settings.h"
+#include "state/job_state.h"
 
 namespace quillon {
 
 BoundedString<256> mylabel;
-
-enum : std::int16_t {
-    item_typeset = 2,
-    item_bibtex = 8,
-    item_view_dvi = 10,
-    item_dvips = 11,
-    item_view_ps = 13,
-    item_ps2pdf = 14,
-    item_view_pdf = 16,
-};
 
 static const char *leaf_of(const char *path) {
     const char *const slash = std::strrchr(path, '/');
@@ -53,19 +44,19 @@ static void take_existing(BoundedBuffer &target, const char *path) {
 
 void SetDviFile(const char *path) {
     take_existing(mydvifile, path);
-    set_output_item(item_dvips, "dvips", mydvifile.c_str());
-    set_output_item(item_view_dvi, "View", mydvifile.c_str());
+    set_output_item(file_dvips, "dvips", mydvifile.c_str());
+    set_output_item(file_view_dvi, "View", mydvifile.c_str());
 }
 
 void SetPSFile(const char *path) {
     take_existing(mypsfile, path);
-    set_output_item(item_view_ps, "View", mypsfile.c_str());
-    set_output_item(item_ps2pdf, "ps2pdf", mypsfile.c_str());
+    set_output_item(file_view_ps, "View", mypsfile.c_str());
+    set_output_item(file_ps2pdf, "ps2pdf", mypsfile.c_str());
 }
 
 void SetPDFFile(const char *path) {
     take_existing(mypdffile, path);
-    set_output_item(item_view_pdf, "View", mypdffile.c_str());
+    set_output_item(file_view_pdf, "View", mypdffile.c_str());
 }
 
 void SetBibFile() {
@@ -84,17 +75,17 @@ void SetBibFile() {
         text.copy("bibtex");
     else
         text.format("bibtex \"%s\"", leaf_of(mybibfile.c_str()));
-    SetMenuItemText(fileMenu, item_bibtex, text.c_str());
+    SetMenuItemText(fileMenu, file_bibtex, text.c_str());
 }
 
 static void set_typeset_item() {
     BoundedString<1024> text;
     text.format("%s \"%s\"", mylabel.c_str(), leaf_of(dotexfile.c_str()));
-    SetMenuItemText(fileMenu, item_typeset, text.c_str());
+    SetMenuItemText(fileMenu, file_typeset, text.c_str());
 }
 
 static void clear_all_files() {
-    SetMenuItemText(fileMenu, item_typeset, mylabel.c_str());
+    SetMenuItemText(fileMenu, file_typeset, mylabel.c_str());
     SetDviFile(nullptr);
     SetBibFile();
     SetPSFile(nullptr);

@@ -4,12 +4,13 @@
 #include <cstring>
 
 #include "console/output.h"
-#include "core/job_state.h"
+#include "core/command_table.h"
 #include "files/paths.h"
 #include "files/streams.h"
 #include "kpath/search_paths.h"
 #include "menus/menus.h"
 #include "settings/settings.h"
+#include "state/job_state.h"
 #include "toolbox/files.h"
 
 namespace quillon {
@@ -129,9 +130,9 @@ void info(std::int16_t item) {
     static const char *const names[] = {"dvips_info", "makeindex_info", "metapost_info", "pdftex_info"};
     BoundedString<1024> path, hfs_path;
     FSSpec spec = {};
-    if (item < 1 || item > 4)
+    if (item < info_dvips || item > info_pdftex)
         return;
-    path.format("%s/Resources/%s", contentsFolder.c_str(), names[item - 1]);
+    path.format("%s/Resources/%s", contentsFolder.c_str(), names[item - info_dvips]);
     convert_path(path.c_str(), hfs_path);
     if (FSMakeFSSpec(0, 0, hfs_path.c_str(), &spec) != noErr)
         ml_printf("I can't open Info file\n");

@@ -3,11 +3,10 @@
 #include <strings.h>
 
 #include "core/command_table.h"
-#include "core/event_loop.h"
-#include "core/job_state.h"
 #include "menus/current_files.h"
 #include "menus/recent_files.h"
 #include "settings/settings.h"
+#include "state/job_state.h"
 #include "toolbox/text_engine.h"
 
 namespace quillon {
@@ -47,10 +46,10 @@ static void make_items() {
             SetItemCmd(menu, row.item, row.key);
         if (row.submenu)
             SetMenuItemHierarchicalID(menu, row.item, row.submenu);
-        else if (!row.procedure)
+        else if (!has_effect(row))
             DisableMenuItem(menu, row.item);
-        if (row.marked)
-            CheckMenuItem(menu, row.item, row.marked());
+        if (is_checked(row))
+            CheckMenuItem(menu, row.item, 1);
     }
 }
 
@@ -82,7 +81,7 @@ void SetUpMenus() {
     SetMenuFiller(fontMenu, fill_font_menu);
     SetRecentMenu();
     DrawMenuBar();
-    GetMenuItemText(fileMenu, 2, mylabel);
+    GetMenuItemText(fileMenu, file_typeset, mylabel);
 }
 
 } // namespace quillon

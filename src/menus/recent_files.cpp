@@ -3,13 +3,13 @@
 #include <cstdio>
 #include <cstring>
 
-#include "core/job_state.h"
-#include "core/startup.h"
 #include "dialogs/message_windows.h"
 #include "files/paths.h"
 #include "files/streams.h"
 #include "menus/menus.h"
+#include "settings/setting_table.h"
 #include "settings/settings.h"
+#include "state/job_state.h"
 
 namespace quillon {
 
@@ -132,8 +132,7 @@ void DeleteRecentFile(std::int16_t item) {
 }
 
 void ShowFullRecentPaths() {
-    useFullPaths = !useFullPaths;
-    set_str_resource("USEFULLPATHS", useFullPaths ? "1" : "0");
+    change_setting(*find_setting("USEFULLPATHS"), !useFullPaths);
     const std::int16_t count = CountMenuItems(recentMenu);
     set_texts(1, count - 3);
     SetMenuItemText(recentMenu, static_cast<std::int16_t>(count - 1), switch_text());

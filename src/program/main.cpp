@@ -8,11 +8,12 @@
 #include <filesystem>
 #include <string>
 
-#include "core/job_state.h"
+#include "common/places.h"
 #include "core/startup.h"
 #include "headless/headless.h"
-#include "linux/event_sources.h"
+#include "linux/events/event_sources.h"
 #include "settings/settings.h"
+#include "state/job_state.h"
 #include "toolbox/apple_events.h"
 #include "toolbox/files.h"
 #include "toolbox/received_events.h"
@@ -46,15 +47,9 @@ static bool parse(int argc, char **argv, Arguments *arguments) {
     return true;
 }
 
-static std::string beside_program(const char *leaf) {
-    char path[4096];
-    const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
-    std::string whole(path, length > 0 ? static_cast<std::size_t>(length) : 0);
-    return whole.substr(0, whole.find_last_of('/') + 1) + leaf;
-}
-
 static const Front *desktop_front(int argc, char **argv) {
-    void *const library = dlopen(beside_program("desktop-front.so").c_str(), RTLD_NOW | RTLD_LOCAL);
+    void *const library =
+        dlopen((common::above_own_program(1) + "/desktop-front.so").c_str(), RTLD_NOW | RTLD_LOCAL);
     if (!library) {
         std::fprintf(stderr, "quillon: %s\n", dlerror());
         return nullptr;

@@ -1,7 +1,6 @@
 #include "setpaths/databases.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <dirent.h>
@@ -10,8 +9,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "common/path_forms.h"
+#include "common/places.h"
+#include "common/preferences.h"
+#include "common/search_settings.h"
 #include "setpaths/distribution.h"
-#include "toolhost/places.h"
 
 namespace setpaths {
 
@@ -68,11 +70,11 @@ class Walk {
     void write(const std::string &folder, const std::vector<std::string> &files) {
         if (files.empty() || folder.size() > longest_line)
             return;
-        text_ += toolhost::to_unix_path(folder, space_) + "\n";
+        text_ += common::to_unix_path(folder, space_) + "\n";
         for (const std::string &name : files)
             // A name that begins with the digit 0 would be passed over.
             if (name[0] != '0' && name.size() <= longest_line)
-                text_ += toolhost::to_unix_path(name, space_) + "\n";
+                text_ += common::to_unix_path(name, space_) + "\n";
     }
 
     unsigned char space_;
@@ -116,14 +118,16 @@ bool replace_file(const std::string &path, const std::string &text) {
 }
 
 bool write_databases(const std::string &home) {
-    const std::string support = toolhost::support_folder();
-    const unsigned char space = toolhost::space_byte();
+    const std::string support = common::support_folder();
+    const unsigned char space = common::space_byte();
     bool good = true;
-    for (const char *key : {"TEXINPUTS", "DVIPSHEADERS", "TYPE1FONTS", "TEXFONTS", "VFFONTS"}) {
+    for (const common::SearchSetting &row : common::search_settings) {
+        if (row.database == common::no_database)
+            continue;
         std::vector<std::string> folders;
-        for (const std::string &element : split_paths(toolhost::setting(key)))
-            folders.push_back(toolhost::expand_setting_path(element, home, space));
-        const std::string path = support + "/" + key;
+        for (const std::string &element : split_paths(common::setting(row.key)))
+            folders.push_back(common::expand_setting_path(element, home, space));
+        const std::string path = support + "/" + row.key;
         if (replace_file(path, database_text(folders, space)))
             continue;
         std::fprintf(stderr, "setpaths: I can't write %s\n", path.c_str());

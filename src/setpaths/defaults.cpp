@@ -9,11 +9,15 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "common/host_files.h"
+#include "common/path_forms.h"
+#include "common/places.h"
+#include "common/preferences.h"
+#include "common/setting_numbers.h"
 #include "setpaths/databases.h"
 #include "setpaths/distribution.h"
 #include "setpaths/proposals.h"
 #include "toolbox/resources.h"
-#include "toolhost/places.h"
 
 namespace setpaths {
 
@@ -31,18 +35,6 @@ constexpr const char *pdftex_cnf =
     "% pool_size = 8000000\n"
     "% shell_escape_commands = bibtex,makeindex,repstopdf\n";
 
-bool make_folders(const std::string &path) {
-    for (std::size_t slash = path.find('/', 1);; slash = path.find('/', slash + 1)) {
-        const std::string part = path.substr(0, slash);
-        if (mkdir(part.c_str(), 0755) != 0 && errno != EEXIST && errno != EISDIR && errno != EROFS &&
-            errno != EACCES)
-            return false;
-        if (slash == std::string::npos)
-            break;
-    }
-    return access(path.c_str(), W_OK | X_OK) == 0;
-}
-
 bool write_new(const std::string &path, const char *text) {
     const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
     if (file < 0)
@@ -58,12 +50,12 @@ std::string joined(const std::vector<std::string> &elements, unsigned char space
     for (const std::string &element : elements)
         // A colon would part the list.
         if (element.find(':') == std::string::npos)
-            list += (list.empty() ? "" : ":") + toolhost::to_unix_path(element, space);
+            list += (list.empty() ? "" : ":") + common::to_unix_path(element, space);
     return list;
 }
 
 void add_paths(const Distribution &found, unsigned char space, Values &values) {
-    std::vector<std::string> formats = {toolhost::formats_folder()};
+    std::vector<std::string> formats = {common::formats_folder()};
     if (const auto path = found.paths.find("TEXFORMATS"); path != found.paths.end())
         formats.insert(formats.end(), path->second.begin(), path->second.end());
     for (const std::string &folder : formats)
@@ -73,7 +65,7 @@ void add_paths(const Distribution &found, unsigned char space, Values &values) {
         }
     values.emplace_back("TEXMFTREES", joined(found.trees, space));
     if (!found.programs_in_every_path && !found.programs.empty())
-        values.emplace_back("TEXBIN", toolhost::to_unix_path(found.programs, space));
+        values.emplace_back("TEXBIN", common::to_unix_path(found.programs, space));
     values.emplace_back("TEXFORMATS", joined(formats, space));
     for (const auto &[key, path] : found.paths)
         if (key != "TEXFORMATS")
@@ -84,7 +76,7 @@ void add_proposals(const std::string &home, unsigned char space, Values &values)
     const auto propose = [&](const char *key, std::initializer_list<const char *> types) {
         for (const char *type : types)
             if (const std::string entry = default_entry(type); !entry.empty()) {
-                values.emplace_back(key, toolhost::to_unix_path(entry, space));
+                values.emplace_back(key, common::to_unix_path(entry, space));
                 return;
             }
     };
@@ -98,25 +90,24 @@ void add_proposals(const std::string &home, unsigned char space, Values &values)
 
 // CHOSEN whatever is set, VALUES where nothing is.
 bool write_values(const std::string &path, const Values &chosen, const Values &values) {
-    std::vector<quillon::RecordChange> changes;
+    std::vector<common::SettingChange> changes;
     for (const auto &[key, value] : chosen)
-        changes.push_back({key.c_str(), value.c_str()});
+        changes.push_back({key, value});
     for (const auto &[key, value] : values) {
         char *const set = quillon::RecordRead(path.c_str(), key.c_str(), nullptr);
         const auto is_chosen = [&](const auto &change) { return change.first == key; };
         if (!set && !value.empty() && std::none_of(chosen.begin(), chosen.end(), is_chosen))
-            changes.push_back({key.c_str(), value.c_str()});
+            changes.push_back({key, value});
         std::free(set);
     }
-    return changes.empty() ||
-           quillon::RecordWrite(path.c_str(), changes.data(), static_cast<int>(changes.size()));
+    return changes.empty() || common::write_preferences(path, changes);
 }
 
 // The whole file is written beside its place and linked there, so that it never shows half made; one that
 // somebody else made meanwhile stays.
 bool create(const std::string &path, const Values &chosen, const Values &values) {
     const std::string folder = path.substr(0, path.rfind('/'));
-    if (!make_folders(folder))
+    if (!common::make_folders(folder, 0755))
         return false;
     std::string fresh = folder + "/.quillon-preferences-XXXXXX";
     const int file = mkostemp(fresh.data(), O_CLOEXEC);
@@ -134,19 +125,21 @@ bool create(const std::string &path, const Values &chosen, const Values &values)
 } // namespace
 
 bool make_formats_folder() {
-    const std::string folder = toolhost::formats_folder();
-    return make_folders(folder) && write_new(folder + "/tex.cnf", tex_cnf) &&
+    const std::string folder = common::formats_folder();
+    return common::make_folders(folder, 0755) && write_new(folder + "/tex.cnf", tex_cnf) &&
            write_new(folder + "/pdftex.cnf", pdftex_cnf);
 }
 
 Proposal propose(const std::string &home, const std::string &programs) {
-    const bool exists = access(toolhost::preferences_path().c_str(), F_OK) == 0;
+    const bool exists = access(common::preferences_path().c_str(), F_OK) == 0;
     // A person's file without the key means 202, and its paths were written so.
-    const unsigned char space = exists ? toolhost::space_byte() : 31;
+    const unsigned char space =
+        exists ? common::space_byte()
+               : static_cast<unsigned char>(common::setting_number(nullptr, common::fresh_space, 1, 255));
     Proposal proposal;
     proposal.space = space;
     if (!exists)
-        proposal.values.emplace_back("SPACECHAR", "31");
+        proposal.values.emplace_back("SPACECHAR", common::fresh_space);
     for (const char *key : {"USEPDFTEX", "AUTOVIEW", "DATABASE"})
         proposal.values.emplace_back(key, "1");
     const Distribution found = find_distribution(programs);
@@ -158,9 +151,9 @@ Proposal propose(const std::string &home, const std::string &programs) {
 }
 
 bool write_settings(const Values &changes, const Proposal &proposal) {
-    const std::string path = toolhost::preferences_path();
+    const std::string path = common::preferences_path();
     if (!make_formats_folder())
-        std::fprintf(stderr, "setpaths: I can't make %s\n", toolhost::formats_folder().c_str());
+        std::fprintf(stderr, "setpaths: I can't make %s\n", common::formats_folder().c_str());
     if (access(path.c_str(), F_OK) == 0 ? write_values(path, changes, proposal.values)
                                         : create(path, changes, proposal.values))
         return true;

@@ -1,41 +1,20 @@
 #include "setpaths/distribution.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdlib>
 #include <fcntl.h>
 #include <glob.h>
 #include <spawn.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "toolhost/places.h"
+#include "common/argument_list.h"
+#include "common/host_files.h"
+#include "common/search_settings.h"
 
 namespace setpaths {
 
 namespace {
-
-struct Variable {
-    const char *key;      // the shell's
-    const char *variable; // the distribution's
-};
-
-constexpr std::array<Variable, 22> variables = {{
-    {"BIBINPUTS", "BIBINPUTS"},   {"BSTINPUTS", "BSTINPUTS"}, {"GFFONTS", "GFFONTS"},
-    {"MFBASES", "MFBASES"},       {"MFINPUTS", "MFINPUTS"},   {"PKFONTS", "PKFONTS"},
-    {"TEXFORMATS", "TEXFORMATS"}, {"TEXINPUTS", "TEXINPUTS"}, {"TEXPOOL", "TEXPOOL"},
-    {"TEXFONTS", "TFMFONTS"},     {"VFFONTS", "VFFONTS"},     {"MPINPUTS", "MPINPUTS"},
-    {"TEXCONFIG", "TEXCONFIG"},   {"OFMFONTS", "OFMFONTS"},   {"OCPINPUTS", "OCPINPUTS"},
-    {"OTPINPUTS", "OTPINPUTS"},   {"OVFFONTS", "OVFFONTS"},   {"DVIPSHEADERS", "TEXPSHEADERS"},
-    {"TYPE1FONTS", "T1FONTS"},    {"ISTFILES", "INDEXSTYLE"}, {"AFMFONTS", "AFMFONTS"},
-    {"ENCFOLDER", "ENCFONTS"},
-}};
-
-bool is_folder(const std::string &path) {
-    struct stat status;
-    return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
-}
 
 std::string without_slashes(std::string path) {
     while (path.size() > 1 && path.ends_with('/'))
@@ -69,13 +48,13 @@ std::string widened(const std::string &element, const std::vector<std::string> &
     return element;
 }
 
-void read_path(const std::string &kpsewhich, const Variable &variable, const std::string &own_tree,
+void read_path(const std::string &kpsewhich, const common::SearchSetting &row, const std::string &own_tree,
                Distribution &found) {
-    const std::string key = variable.key;
+    const std::string key = row.key;
     const bool formats = key == "TEXFORMATS";
     const std::string list = output_of(kpsewhich, {"-progname=pdflatex", "-engine=pdftex",
                                                    formats ? "-expand-path" : "-expand-braces",
-                                                   "$" + std::string(variable.variable)});
+                                                   "$" + std::string(row.distribution)});
     if (list.starts_with('$'))
         return;
     std::vector<std::string> &path = found.paths[key];
@@ -86,7 +65,8 @@ void read_path(const std::string &kpsewhich, const Variable &variable, const std
         // The person's own tree counts before it is made.
         const bool own = !own_tree.empty() && folder.starts_with(own_tree + "/") &&
                          (key == "TEXINPUTS" || key == "BIBINPUTS" || key == "BSTINPUTS");
-        if ((!here && !own && !is_folder(folder)) || std::find(path.begin(), path.end(), place) != path.end())
+        if ((!here && !own && !common::is_folder(folder)) ||
+            std::find(path.begin(), path.end(), place) != path.end())
             continue;
         path.push_back(here ? "." : place);
         const bool known =
@@ -113,12 +93,9 @@ std::string output_of(const std::string &program, std::vector<std::string> words
     posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
     posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
     words.insert(words.begin(), program);
-    std::vector<char *> list;
-    for (std::string &word : words)
-        list.push_back(word.data());
-    list.push_back(nullptr);
     pid_t process = -1;
-    const int error = posix_spawn(&process, program.c_str(), &actions, nullptr, list.data(), environ);
+    const int error = posix_spawn(&process, program.c_str(), &actions, nullptr,
+                                  common::argument_list(words).data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     close(ends[1]);
     std::string text;
@@ -155,7 +132,7 @@ Distribution find_distribution(const std::string &programs) {
     found.programs = without_slashes(programs);
     if (programs.empty()) {
         const char *const search = std::getenv("PATH");
-        const std::string engine = toolhost::find_program("pdftex", search ? search : "/usr/bin:/bin", "/");
+        const std::string engine = common::find_program("pdftex", search ? search : "/usr/bin:/bin", "/");
         found.programs = engine.empty() ? usual_place() : engine.substr(0, engine.rfind('/'));
     }
     // A terminal's PATH says nothing about the one of a program that the desktop starts.
@@ -167,8 +144,9 @@ Distribution find_distribution(const std::string &programs) {
     for (const std::string &tree : split_paths(output_of(kpsewhich, {"-expand-braces", "$TEXMF"})))
         found.trees.push_back(without_slashes(tree));
     const std::string own_tree = without_slashes(output_of(kpsewhich, {"-var-value", "TEXMFHOME"}));
-    for (const Variable &variable : variables)
-        read_path(kpsewhich, variable, own_tree, found);
+    for (const common::SearchSetting &row : common::search_settings)
+        if (row.distribution)
+            read_path(kpsewhich, row, own_tree, found);
     return found;
 }
 

@@ -1,25 +1,11 @@
 // The set-up application: finds the TeX distribution and writes the preferences and the file databases.
 #include <cstdio>
 #include <string>
-#include <unistd.h>
 
+#include "common/places.h"
 #include "setpaths/databases.h"
 #include "setpaths/defaults.h"
 #include "setpaths/open_window.h"
-
-namespace {
-
-// <home>/setpaths.app/Contents/Linux/setpaths
-std::string binaries_folder() {
-    char path[4096];
-    const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
-    std::string folder(path, length > 0 ? static_cast<std::size_t>(length) : 0);
-    for (int i = 0; i < 4; i++)
-        folder.resize(std::min(folder.rfind('/'), folder.size()));
-    return folder;
-}
-
-} // namespace
 
 int main(int count, char **values) {
     const std::string option = count > 1 ? values[1] : "";
@@ -31,7 +17,7 @@ int main(int count, char **values) {
             option == "--help" ? stdout : stderr);
         return option == "--help" ? 0 : 64;
     }
-    const std::string home = binaries_folder();
+    const std::string home = common::above_own_program(4);
     if (int status = 0; option.empty() && setpaths::open_window(home, &status))
         return status;
     if (option != "--databases" && !setpaths::write_defaults(home))

@@ -3,11 +3,10 @@
 #include <cstdlib>
 #include <dlfcn.h>
 
+#include "common/preferences.h"
 #include "setpaths/databases.h"
 #include "setpaths/defaults.h"
 #include "setpaths/window/setup_window.h"
-#include "toolbox/resources.h"
-#include "toolhost/places.h"
 
 namespace setpaths {
 
@@ -16,15 +15,6 @@ namespace {
 bool is_set(const char *name) {
     const char *const value = std::getenv(name);
     return value && *value;
-}
-
-bool read_value(const std::string &key, std::string *value) {
-    char *const set = quillon::RecordRead(toolhost::preferences_path().c_str(), key.c_str(), nullptr);
-    if (!set)
-        return false;
-    *value = set;
-    std::free(set);
-    return true;
 }
 
 } // namespace
@@ -38,7 +28,7 @@ bool open_window(const std::string &home, int *status) {
         library ? reinterpret_cast<SetupWindowProc>(dlsym(library, setup_window_symbol)) : nullptr;
     if (!show)
         return false;
-    const SetupWindowHost host = {home, read_value, propose, write_settings, write_databases};
+    const SetupWindowHost host = {home, common::read_setting, propose, write_settings, write_databases};
     return show(host, status);
 }
 

@@ -6,6 +6,7 @@
 #include <unistd.h>
 #include <vector>
 
+#include "common/places.h"
 #include "setpaths/distribution.h"
 
 namespace setpaths {
@@ -18,8 +19,7 @@ std::string variable(const char *name, const std::string &fallback) {
 }
 
 std::vector<std::string> data_folders() {
-    const std::string home = variable("HOME", "/");
-    std::vector<std::string> folders = {variable("XDG_DATA_HOME", home + "/.local/share")};
+    std::vector<std::string> folders = {common::data_folder()};
     for (const std::string &folder : split_paths(variable("XDG_DATA_DIRS", "/usr/local/share:/usr/share")))
         folders.push_back(folder);
     return folders;
@@ -62,8 +62,7 @@ std::string listed(const std::string &file, std::string_view group, const std::s
 
 std::string default_entry(const std::string &mime_type) {
     std::vector<std::string> files;
-    const std::string home = variable("HOME", "/");
-    files.push_back(variable("XDG_CONFIG_HOME", home + "/.config") + "/mimeapps.list");
+    files.push_back(common::config_folder() + "/mimeapps.list");
     for (const std::string &folder : split_paths(variable("XDG_CONFIG_DIRS", "/etc/xdg")))
         files.push_back(folder + "/mimeapps.list");
     for (const std::string &folder : data_folders())

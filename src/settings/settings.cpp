@@ -5,10 +5,10 @@
 
 #include "console/output.h"
 #include "core/event_loop.h"
-#include "core/job_state.h"
 #include "core/startup.h"
 #include "dialogs/message_windows.h"
 #include "files/paths.h"
+#include "state/job_state.h"
 #include "toolbox/resources.h"
 
 namespace quillon {

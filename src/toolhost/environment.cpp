@@ -1,48 +1,22 @@
-#include "environment.h"
+#include "toolhost/environment.h"
 
-#include <array>
+#include <algorithm>
 #include <cctype>
-#include <fcntl.h>
 #include <unistd.h>
 
-#include "guard.h"
-#include "words.h"
+#include "common/host_files.h"
+#include "common/path_forms.h"
+#include "common/places.h"
+#include "common/preferences.h"
+#include "common/search_settings.h"
+#include "toolhost/guard.h"
+#include "toolhost/words.h"
 
 namespace toolhost {
 
 namespace {
 
-struct SearchVariable {
-    const char *key;
-    const char *variable;
-};
-
-constexpr std::array<SearchVariable, 27> search_variables = {{
-    {"BIBINPUTS", "BIBINPUTS"},   {"BSTINPUTS", "BSTINPUTS"},
-    {"GFFONTS", "GFFONTS"},       {"MFBASES", "MFBASES"},
-    {"MFINPUTS", "MFINPUTS"},     {"MFPOOL", "MFPOOL"},
-    {"PKFONTS", "PKFONTS"},       {"TEXPKS", "TEXPKS"},
-    {"TEXFORMATS", "TEXFORMATS"}, {"TEXINPUTS", "TEXINPUTS"},
-    {"TEXPOOL", "TEXPOOL"},       {"TEXFONTS", "TEXFONTS"},
-    {"VFFONTS", "VFFONTS"},       {"MPINPUTS", "MPINPUTS"},
-    {"MPMEMS", "MPMEMS"},         {"MPPOOL", "MPPOOL"},
-    {"TEXCONFIG", "TEXCONFIG"},   {"OFMFONTS", "OFMFONTS"},
-    {"OCPINPUTS", "OCPINPUTS"},   {"OTPINPUTS", "OTPINPUTS"},
-    {"OVFFONTS", "OVFFONTS"},     {"DVIPSHEADERS", "DVIPSHEADERS"},
-    {"TYPE1FONTS", "T1FONTS"},    {"ISTFILES", "INDEXSTYLE"},
-    {"AFMFONTS", "AFMFONTS"},     {"DVIPSEPSF", "TEXPICTS"},
-    {"ENCFOLDER", "ENCFONTS"},
-}};
-
-std::vector<std::string> split_list(std::string_view value) {
-    std::vector<std::string> elements;
-    for (std::size_t start = 0; start <= value.size();) {
-        const std::size_t end = std::min(value.find(':', start), value.size());
-        elements.emplace_back(value.substr(start, end - start));
-        start = end + 1;
-    }
-    return elements;
-}
+constexpr std::size_t largest_cnf = 1000000;
 
 bool lies_in(const std::string &path, const std::vector<std::string> &trees) {
     for (const std::string &tree : trees)
@@ -50,19 +24,6 @@ bool lies_in(const std::string &path, const std::vector<std::string> &trees) {
             (path.size() == tree.size() || path[tree.size()] == '/'))
             return true;
     return false;
-}
-
-std::string read_text(const std::string &path) {
-    std::string text;
-    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (file < 0)
-        return text;
-    char block[8192];
-    ssize_t count;
-    while (text.size() < 1000000 && (count = read(file, block, sizeof block)) > 0)
-        text.append(block, static_cast<std::size_t>(count));
-    close(file);
-    return text;
 }
 
 // Puts ELEMENTS in front of what VARIABLE has already, else of the distribution's default.
@@ -78,27 +39,27 @@ void put_search_path(Variables &variables, const std::string &variable, const st
 
 void put_search_paths(Variables &variables, const std::string &home, unsigned char space) {
     std::vector<std::string> trees;
-    for (const std::string &tree : split_list(setting("TEXMFTREES"))) {
-        std::string path = expand_setting_path(tree, home, space);
+    for (const std::string &tree : common::split_list(common::setting("TEXMFTREES"))) {
+        std::string path = common::expand_setting_path(tree, home, space);
         while (path.size() > 1 && path.ends_with('/'))
             path.pop_back();
         trees.push_back(path);
     }
-    for (const SearchVariable &search : search_variables) {
-        const std::string elements = own_elements(setting(search.key), trees, home, space);
+    for (const common::SearchSetting &row : common::search_settings) {
+        const std::string elements = own_elements(common::setting(row.key), trees, home, space);
         if (!elements.empty())
-            put_search_path(variables, search.variable, elements);
+            put_search_path(variables, row.engine, elements);
     }
 }
 
-void put_options(Variables &variables, const Bundle &bundle) {
+void put_options(Variables &variables, const common::Bundle &bundle) {
     if (is_engine(bundle.signature) || bundle.signature == "DVPS" || bundle.signature == "DPDF") {
-        if (const std::string mode = setting("PDFTEXMODE"); !mode.empty())
+        if (const std::string mode = common::setting("PDFTEXMODE"); !mode.empty())
             variables["MODE"] = mode;
-        if (const std::string make = setting("PDFMAKEFONT"); !make.empty())
+        if (const std::string make = common::setting("PDFMAKEFONT"); !make.empty())
             variables["MKTEXPK"] = make[0] == '1' ? "1" : "0";
     }
-    if (bundle.signature == "MPST" && setting("MPTEXFORMAT").starts_with('2'))
+    if (bundle.signature == "MPST" && common::setting("MPTEXFORMAT").starts_with('2'))
         variables["TEX"] = "latex";
 }
 
@@ -113,7 +74,7 @@ std::string own_elements(std::string_view value, const std::vector<std::string> 
     std::string result;
     bool any = false;
     bool preset_last = true;
-    const std::vector<std::string> elements = split_list(value);
+    const std::vector<std::string> elements = common::split_list(value);
     for (std::size_t i = 0; i < elements.size(); i++) {
         if (elements[i].empty()) {
             // The empty element at the head: the default comes first.
@@ -121,7 +82,7 @@ std::string own_elements(std::string_view value, const std::vector<std::string> 
                 preset_last = false;
             continue;
         }
-        std::string path = expand_setting_path(elements[i], home, space);
+        std::string path = common::expand_setting_path(elements[i], home, space);
         // No search path can hold these.
         if (path.find_first_of(":$") != std::string::npos || lies_in(path, trees))
             continue;
@@ -166,8 +127,8 @@ std::string edit_command(const std::string &delimiter) {
     return "{ echo %d; cat; } " + out + " <<'" + delimiter + "'\n%s\n" + delimiter + "\n";
 }
 
-Variables run_environment(const Bundle &bundle, const std::vector<std::string> &words, unsigned char space,
-                          const std::string &delimiter) {
+Variables run_environment(const common::Bundle &bundle, const std::vector<std::string> &words,
+                          unsigned char space, const std::string &delimiter) {
     Variables variables;
     for (char **variable = environ; *variable; variable++) {
         const std::string_view text = *variable;
@@ -175,7 +136,8 @@ Variables run_environment(const Bundle &bundle, const std::vector<std::string> &
         if (equals != std::string_view::npos && !text.starts_with("QUILLON_"))
             variables[std::string(text.substr(0, equals))] = text.substr(equals + 1);
     }
-    if (const std::string place = expand_setting_path(setting("TEXBIN"), bundle.home, space); !place.empty())
+    if (const std::string place = common::expand_setting_path(common::setting("TEXBIN"), bundle.home, space);
+        !place.empty())
         variables["PATH"] = place + ":" + variables["PATH"];
     put_search_paths(variables, bundle.home, space);
     put_options(variables, bundle);
@@ -186,9 +148,9 @@ Variables run_environment(const Bundle &bundle, const std::vector<std::string> &
         inputs = own + ":" + inputs;
     }
     if (is_engine(bundle.signature)) {
-        read_cnf(read_text(formats_folder() + "/tex.cnf"), variables);
+        read_cnf(common::read_file(common::formats_folder() + "/tex.cnf", largest_cnf), variables);
         if (bundle.signature == "PXET" || bundle.signature == "PxET")
-            read_cnf(read_text(formats_folder() + "/pdftex.cnf"), variables);
+            read_cnf(common::read_file(common::formats_folder() + "/pdftex.cnf", largest_cnf), variables);
     }
     // No line of the engine's is ever broken: names in it stay whole.
     variables["max_print_line"] = "1000000";

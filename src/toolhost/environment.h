@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "places.h"
+#include "common/bundle.h"
 
 namespace toolhost {
 
@@ -27,8 +27,8 @@ void read_cnf(std::string_view text, Variables &variables);
 
 // This process's environment with what the bundle's program is to know; DELIMITER ends the here-document that
 // hands a file name to the edit record.
-Variables run_environment(const Bundle &bundle, const std::vector<std::string> &words, unsigned char space,
-                          const std::string &delimiter);
+Variables run_environment(const common::Bundle &bundle, const std::vector<std::string> &words,
+                          unsigned char space, const std::string &delimiter);
 
 // What stands for TEXEDIT: "%d" is the line, "%s" the name.
 std::string edit_command(const std::string &delimiter);

@@ -1,4 +1,4 @@
-#include "guard.h"
+#include "toolhost/guard.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -17,6 +17,8 @@
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include "common/argument_list.h"
 
 namespace toolhost {
 
@@ -60,14 +62,6 @@ void send_packet(int channel, GuardNews news, int value) {
     const GuardPacket packet{news, value};
     while (send(channel, &packet, sizeof packet, MSG_NOSIGNAL) < 0 && errno == EINTR) {
     }
-}
-
-std::vector<char *> pointers(const std::vector<std::string> &texts) {
-    std::vector<char *> list;
-    for (const std::string &text : texts)
-        list.push_back(const_cast<char *>(text.c_str()));
-    list.push_back(nullptr);
-    return list;
 }
 
 // In the program's process: never returns.
@@ -187,8 +181,8 @@ void write_title() {
     const int failure_out = moved_up(failure[1]);
     close_others({link, mine.terminal, mine.record, children, failure_in, failure_out});
 
-    const std::vector<char *> words = pointers(launch.words);
-    const std::vector<char *> environment = pointers(launch.environment);
+    const std::vector<char *> words = common::argument_list(mine.words);
+    const std::vector<char *> environment = common::argument_list(mine.environment);
     const pid_t self = getpid();
     const pid_t program = fork();
     if (program == 0)

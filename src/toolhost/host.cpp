@@ -1,67 +1,39 @@
-#include "host.h"
+#include "toolhost/host.h"
 
 #include <cerrno>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <sys/prctl.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
+#include "common/clock.h"
+#include "common/session_bus.h"
 #include "toolbox/types.h"
-#include "window/open_window.h"
+#include "toolhost/window/open_window.h"
 
 namespace toolhost {
 
+using common::application_interface;
+using common::application_path;
+using common::tool_interface;
+
 namespace {
 
-constexpr const char *object_path = "/org/quillon/App";
-constexpr const char *app_interface = "org.quillon.App1";
-constexpr const char *tool_interface = "org.quillon.Tool1";
 constexpr std::size_t window_text_limit = 262144;
 constexpr std::uint64_t window_delay = 500000;
 constexpr std::uint64_t follower_look_delay = 100000;
 constexpr std::uint64_t follower_grace = 2000000;
 
-std::uint64_t now_microseconds() {
-    timespec now;
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<std::uint64_t>(now.tv_sec) * 1000000 + static_cast<std::uint64_t>(now.tv_nsec) / 1000;
-}
-
-int on_event(sd_bus_message *message, void *self, sd_bus_error *) {
-    return static_cast<Host *>(self)->event(message);
-}
-
 int on_answer(sd_bus_message *message, void *self, sd_bus_error *) {
     return static_cast<Host *>(self)->answer(message);
-}
-
-int get_text(sd_bus *, const char *, const char *, const char *property, sd_bus_message *reply, void *self,
-             sd_bus_error *) {
-    const Bundle &bundle = static_cast<Host *>(self)->bundle();
-    const std::string_view name = property;
-    const std::string &text = name == "Signature" ? bundle.signature
-                              : name == "Name"    ? bundle.tool
-                                                  : bundle.path;
-    return sd_bus_message_append(reply, "s", is_utf8(text) ? text.c_str() : "");
 }
 
 int get_waiting(sd_bus *, const char *, const char *, const char *, sd_bus_message *reply, void *self,
                 sd_bus_error *) {
     return static_cast<Host *>(self)->get_waiting(reply);
 }
-
-const sd_bus_vtable app_vtable[] = {
-    SD_BUS_VTABLE_START(0),
-    SD_BUS_PROPERTY("Signature", "s", get_text, 0, SD_BUS_VTABLE_PROPERTY_CONST),
-    SD_BUS_PROPERTY("Name", "s", get_text, 0, SD_BUS_VTABLE_PROPERTY_CONST),
-    SD_BUS_PROPERTY("Path", "s", get_text, 0, SD_BUS_VTABLE_PROPERTY_CONST),
-    SD_BUS_METHOD("Event", "ssa{s(sv)}", "ia{s(sv)}", on_event, SD_BUS_VTABLE_UNPRIVILEGED),
-    SD_BUS_VTABLE_END,
-};
 
 const sd_bus_vtable tool_vtable[] = {
     SD_BUS_VTABLE_START(0),
@@ -79,7 +51,10 @@ bool front_is_desktop() {
 
 } // namespace
 
-Host::Host(const Bundle &bundle) : bundle_(bundle), desktop_(front_is_desktop()) {
+Host::Host(const common::Bundle &bundle)
+    : bundle_(bundle), object_{bundle.signature, bundle.tool, bundle.path,
+                               [this](sd_bus_message *call, sd_bus_error *) { return event(call); }},
+      desktop_(front_is_desktop()) {
     const char *const followed = std::getenv("QUILLON_FOLLOWED");
     told_followed_ = followed && *followed == '1';
 }
@@ -125,13 +100,11 @@ int Host::connect() {
     if (result < 0 || (result = sd_bus_open_user(&bus_)) < 0)
         return result;
     sd_bus_set_exit_on_disconnect(bus_, 1);
-    if ((result = sd_bus_add_object_vtable(bus_, nullptr, object_path, app_interface, app_vtable, this)) <
-            0 ||
-        (result = sd_bus_add_object_vtable(bus_, nullptr, object_path, tool_interface, tool_vtable, this)) <
-            0)
+    if ((result = common::serve_application(bus_, &object_)) < 0 ||
+        (result = sd_bus_add_object_vtable(bus_, nullptr, application_path, tool_interface, tool_vtable,
+                                           this)) < 0)
         return result;
-    const std::string name = "org.quillon.App.p" + std::to_string(getpid());
-    if ((result = sd_bus_request_name(bus_, name.c_str(), 0)) < 0)
+    if ((result = sd_bus_request_name(bus_, common::application_bus_name(getpid()).c_str(), 0)) < 0)
         return result;
     sd_event_add_signal(event_, nullptr, SIGTERM, on_signal, this);
     sd_event_add_signal(event_, nullptr, SIGHUP, on_signal, this);
@@ -157,56 +130,51 @@ void Host::leave() {
     leaving_ = true;
 }
 
-int Host::reply(sd_bus_message *message, std::int32_t error, const Parameters &parameters) {
-    if (sd_bus_message_get_expect_reply(message) <= 0)
-        return 1;
-    sd_bus_message *answer = nullptr;
-    int result = sd_bus_message_new_method_return(message, &answer);
-    if (result >= 0 && (result = sd_bus_message_append_basic(answer, 'i', &error)) >= 0 &&
-        (result = append_parameters(answer, parameters)) >= 0)
-        result = sd_bus_send(bus_, answer, nullptr);
-    sd_bus_message_unref(answer);
+int Host::event(sd_bus_message *call) {
+    common::Event event;
+    int result = common::read_event(call, event);
+    if (result < 0)
+        return result;
+    const std::string name = event.event_class + "/" + event.id;
+    if (name == "QUIL/priv")
+        return start_run(call, event.parameters);
+    if (name == "aevt/quit") {
+        result = common::answer_event(call, quillon::noErr, {});
+        quit();
+        return result < 0 ? result : 1;
+    }
+    result =
+        common::answer_event(call, name == "aevt/oapp" ? quillon::noErr : quillon::errAEEventNotHandled, {});
     return result < 0 ? result : 1;
 }
 
-int Host::event(sd_bus_message *message) {
-    const char *event_class = nullptr;
-    const char *event_id = nullptr;
-    Parameters parameters;
-    int result = sd_bus_message_read(message, "ss", &event_class, &event_id);
-    if (result < 0 || (result = read_parameters(message, parameters)) < 0)
-        return result;
-    const std::string name = std::string(event_class) + "/" + event_id;
-    if (name == "QUIL/priv")
-        return start_run(message, parameters);
-    if (name == "aevt/quit") {
-        result = reply(message, quillon::noErr, {});
-        quit();
-        return result;
-    }
-    return reply(message, name == "aevt/oapp" ? quillon::noErr : quillon::errAEEventNotHandled, {});
+// The error number of a command event that cannot be run; noErr for one that can.
+std::int32_t Host::refusal(const common::Parameter *command, const common::Parameter *folder) const {
+    if (!command || !folder)
+        return quillon::errAEDescNotFound;
+    if (command->type != "TEXT" || command->kind != common::ValueKind::bytes || folder->type != "fss " ||
+        folder->kind != common::ValueKind::bytes)
+        return quillon::errAECoercionFail;
+    if (!folder->bytes.starts_with('/'))
+        return quillon::dirNFErr;
+    return run_ && !run_->ended() ? quillon::connectionInvalid : quillon::noErr;
 }
 
-int Host::start_run(sd_bus_message *message, const Parameters &parameters) {
-    const auto command = parameters.find("----");
-    const auto folder = parameters.find("dest");
-    if (command == parameters.end() || folder == parameters.end())
-        return reply(message, quillon::errAEDescNotFound, {});
-    if (command->second.type != "TEXT" || command->second.is_number || folder->second.type != "fss " ||
-        folder->second.is_number || !folder->second.items.empty())
-        return reply(message, quillon::errAECoercionFail, {});
-    if (!folder->second.bytes.starts_with('/'))
-        return reply(message, quillon::dirNFErr, {});
-    if (run_ && !run_->ended())
-        return reply(message, quillon::connectionInvalid, {});
-    watch_shell(sd_bus_message_get_sender(message));
+int Host::start_run(sd_bus_message *call, const common::Parameters &parameters) {
+    const common::Parameter *const command = common::find_parameter(parameters, "----");
+    const common::Parameter *const folder = common::find_parameter(parameters, "dest");
+    if (const std::int32_t error = refusal(command, folder); error != quillon::noErr) {
+        const int result = common::answer_event(call, error, {});
+        return result < 0 ? result : 1;
+    }
+    watch_shell(sd_bus_message_get_sender(call));
     sd_bus_message_unref(command_);
-    command_ = sd_bus_message_ref(message);
+    command_ = sd_bus_message_ref(call);
     window_text_.clear();
     rules_seen_ = false;
     rules_known_ = false;
     run_ = std::make_unique<Run>(event_, bundle_, *this);
-    run_->start(command->second.bytes, folder->second.bytes);
+    run_->start(command->bytes, folder->bytes);
     if (run_->ended())
         return 1;
     window_timer_ = sd_event_source_disable_unref(window_timer_);
@@ -231,35 +199,27 @@ int Host::quit() {
     return 0;
 }
 
-Parameters Host::outcome_parameters(const Outcome &outcome) const {
-    Parameters parameters;
-    parameters["----"] = number_parameter(outcome.exit_code);
+common::Parameters Host::outcome_parameters(const Outcome &outcome) const {
+    common::Parameters parameters = {common::number_parameter("----", outcome.exit_code)};
     if (!outcome.transcript.empty())
-        parameters["logf"] = path_parameter(outcome.transcript);
-    parameters["iden"] = number_parameter(code_number(bundle_.signature));
-    parameters["edit"] = number_parameter(outcome.edit ? 1 : 0);
+        parameters.push_back(common::path_parameter("logf", outcome.transcript));
+    parameters.push_back(common::number_parameter("iden", common::code_number(bundle_.signature)));
+    parameters.push_back(common::number_parameter("edit", outcome.edit ? 1 : 0));
     return parameters;
 }
 
 void Host::run_ended(const Outcome &outcome) {
     window_timer_ = sd_event_source_disable_unref(window_timer_);
     window_wanted_ = false;
-    const Parameters parameters = outcome_parameters(outcome);
+    const common::Parameters parameters = outcome_parameters(outcome);
     if (!outcome.cancelled) {
-        reply(command_, quillon::noErr, parameters);
+        common::answer_event(command_, quillon::noErr, parameters);
         command_ = sd_bus_message_unref(command_);
         return;
     }
     sd_bus_message *notice = nullptr;
-    if (sd_bus_message_new_method_call(bus_, &notice, shell_.c_str(), object_path, app_interface, "Event") >=
-        0) {
-        sd_bus_message_set_expect_reply(notice, 0);
-        sd_bus_message_append(notice, "ss", "QUIL", "exit");
-        if (append_parameters(notice, parameters) >= 0)
-            sd_bus_send(bus_, notice, nullptr);
-    }
-    sd_bus_message_unref(notice);
-    sd_bus_flush(bus_);
+    const int result = common::new_event_call(bus_, shell_, {"QUIL", "exit", parameters}, &notice);
+    common::send_without_reply(bus_, notice, result);
     leave();
 }
 
@@ -323,7 +283,7 @@ std::string Host::take_window_text() {
 
 void Host::signal_output(std::string_view bytes) {
     sd_bus_message *signal = nullptr;
-    if (sd_bus_message_new_signal(bus_, &signal, object_path, tool_interface, "Output") >= 0 &&
+    if (sd_bus_message_new_signal(bus_, &signal, application_path, tool_interface, "Output") >= 0 &&
         sd_bus_message_append_array(signal, 'y', bytes.data(), bytes.size()) >= 0)
         sd_bus_send(bus_, signal, nullptr);
     sd_bus_message_unref(signal);
@@ -334,8 +294,8 @@ void Host::signal_output(std::string_view bytes) {
 void Host::run_waits(bool waits) {
     const bool again = waits && prompt_since_ != 0;
     if (!again) {
-        prompt_since_ = waits ? now_microseconds() : 0;
-        sd_bus_emit_properties_changed(bus_, object_path, tool_interface, "Waiting", nullptr);
+        prompt_since_ = waits ? common::now_microseconds() : 0;
+        sd_bus_emit_properties_changed(bus_, application_path, tool_interface, "Waiting", nullptr);
     }
     if (!waits)
         return;
@@ -397,7 +357,7 @@ void Host::decide_prompt() {
         return;
     if (rules_seen_ || !answerers_.empty())
         return;
-    if (told_followed_ && (!rules_known_ || now_microseconds() - prompt_since_ < follower_grace))
+    if (told_followed_ && (!rules_known_ || common::now_microseconds() - prompt_since_ < follower_grace))
         return;
     if (++ends_of_input_ > 100)
         run_->cancel(true);

@@ -9,15 +9,16 @@
 #include <systemd/sd-bus.h>
 #include <systemd/sd-event.h>
 
-#include "places.h"
-#include "run.h"
-#include "wire.h"
+#include "common/application_object.h"
+#include "common/bundle.h"
+#include "common/event_codec.h"
+#include "toolhost/run.h"
 
 namespace toolhost {
 
 class Host : public RunOwner {
   public:
-    explicit Host(const Bundle &bundle);
+    explicit Host(const common::Bundle &bundle);
     ~Host();
     Host(const Host &) = delete;
     Host &operator=(const Host &) = delete;
@@ -27,10 +28,10 @@ class Host : public RunOwner {
     // Runs until the host is told to go; the process's exit status.
     int loop();
 
-    const Bundle &bundle() const { return bundle_; }
+    const common::Bundle &bundle() const { return bundle_; }
 
     // Events and calls from the bus.
-    int event(sd_bus_message *message);
+    int event(sd_bus_message *call);
     int answer(sd_bus_message *message);
     int get_waiting(sd_bus_message *reply) const;
 
@@ -46,10 +47,10 @@ class Host : public RunOwner {
     void run_ended(const Outcome &outcome) override;
 
   private:
-    int start_run(sd_bus_message *message, const Parameters &parameters);
+    std::int32_t refusal(const common::Parameter *command, const common::Parameter *folder) const;
+    int start_run(sd_bus_message *call, const common::Parameters &parameters);
     int quit();
-    int reply(sd_bus_message *message, std::int32_t error, const Parameters &parameters);
-    Parameters outcome_parameters(const Outcome &outcome) const;
+    common::Parameters outcome_parameters(const Outcome &outcome) const;
     void watch_shell(const char *sender);
     void shell_gone();
     void look_for_followers();
@@ -60,7 +61,8 @@ class Host : public RunOwner {
     void leave();
     static int on_signal(sd_event_source *source, const signalfd_siginfo *info, void *self);
 
-    const Bundle &bundle_;
+    const common::Bundle &bundle_;
+    common::ApplicationObject object_;
     sd_event *event_ = nullptr;
     sd_bus *bus_ = nullptr;
     sd_bus_slot *shell_slot_ = nullptr;

@@ -2,12 +2,13 @@
 #include <cstdio>
 #include <cstring>
 
-#include "guard.h"
-#include "host.h"
+#include "common/bundle.h"
+#include "toolhost/guard.h"
+#include "toolhost/host.h"
 
 int main(int argc, char **argv) {
-    toolhost::Bundle bundle;
-    if (!toolhost::find_bundle(argv[0], bundle)) {
+    common::Bundle bundle;
+    if (!common::find_bundle(argv[0], bundle)) {
         std::fprintf(stderr, "%s: this program is started as <tool>.app/Contents/Linux/<tool>\n", argv[0]);
         return 1;
     }

@@ -1,4 +1,4 @@
-#include "prompt.h"
+#include "toolhost/prompt.h"
 
 #include <cstdio>
 #include <cstring>

@@ -1,13 +1,14 @@
-#include "results.h"
+#include "toolhost/results.h"
 
 #include <cstdlib>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
-#include "places.h"
-#include "toolbox/resources.h"
-#include "words.h"
+#include "common/host_files.h"
+#include "common/path_forms.h"
+#include "common/preferences.h"
+#include "toolhost/words.h"
 
 namespace toolhost {
 
@@ -17,36 +18,32 @@ bool newer(const timespec &a, const timespec &b) {
     return a.tv_sec != b.tv_sec ? a.tv_sec > b.tv_sec : a.tv_nsec >= b.tv_nsec;
 }
 
-std::string leaf_of(const std::string &path) {
-    return path.substr(path.rfind('/') + 1);
-}
-
 bool leads_e_tex(const std::string &word) {
-    const std::string name = leaf_of(word);
+    const std::string name = common::leaf_of(word);
     return name == "pdfetex" || name == "etex" || name == "pdfelatex" || name == "elatex";
 }
 
 std::string output_folder(const EngineRun &run) {
     const std::string folder = option_value(run.words, "output-directory");
-    return folder.empty() ? run.folder : absolute_path(run.folder, folder);
+    return folder.empty() ? run.folder : common::absolute_path(run.folder, folder);
 }
 
 } // namespace
 
 std::string engine_output(const EngineRun &run, const RunParser &parser) {
     if (!parser.output_name().empty()) {
-        const std::string path = absolute_path(run.folder, parser.output_name());
-        if (is_regular_file(path))
+        const std::string path = common::absolute_path(run.folder, parser.output_name());
+        if (common::is_regular_file(path))
             return path;
-        const std::string in_output_folder = absolute_path(output_folder(run), parser.output_name());
-        if (is_regular_file(in_output_folder))
+        const std::string in_output_folder = common::absolute_path(output_folder(run), parser.output_name());
+        if (common::is_regular_file(in_output_folder))
             return in_output_folder;
     }
     if (parser.said_no_output() || has_option(run.words, "ini"))
         return {};
     std::string name = option_value(run.words, "jobname");
     if (name.empty()) {
-        name = leaf_of(main_file(run.words));
+        name = common::leaf_of(main_file(run.words));
         if (const std::size_t dot = name.rfind('.'); dot != std::string::npos && dot > 0)
             name.resize(dot);
     }
@@ -56,7 +53,7 @@ std::string engine_output(const EngineRun &run, const RunParser &parser) {
     // A file system may keep coarser times than the clock.
     timespec best_time = {run.started.tv_sec, run.started.tv_nsec - run.started.tv_nsec % 10000000};
     for (const char *extension : {".dvi", ".pdf"}) {
-        const std::string path = absolute_path(output_folder(run), name + extension);
+        const std::string path = common::absolute_path(output_folder(run), name + extension);
         struct stat status;
         if (stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && newer(status.st_mtim, best_time)) {
             best = path;
@@ -67,36 +64,33 @@ std::string engine_output(const EngineRun &run, const RunParser &parser) {
 }
 
 void clear_output_setting() {
-    const quillon::RecordChange change = {"PDFTEXOUTPUT", "0"};
-    if (setting("PDFTEXOUTPUT") != "0")
-        quillon::RecordWrite(preferences_path().c_str(), &change, 1);
+    if (common::setting("PDFTEXOUTPUT") != "0")
+        common::write_preferences({{"PDFTEXOUTPUT", "0"}});
 }
 
 void write_results(const EngineRun &run, bool engine, const std::string &output, const ErrorPlace &error) {
     const bool pdf = output.ends_with(".pdf");
-    const std::string unix_output = to_unix_path(output, run.space);
-    const std::string file = to_unix_path(error.file, run.space);
-    const std::string line = std::to_string(error.line);
-    std::vector<quillon::RecordChange> changes;
+    const std::string unix_output = common::to_unix_path(output, run.space);
+    std::vector<common::SettingChange> changes;
     if (engine) {
-        changes.push_back({"DVIFILE", pdf ? "" : unix_output.c_str()});
-        changes.push_back({"PDFFILE", pdf ? unix_output.c_str() : ""});
+        changes.push_back({"DVIFILE", pdf ? "" : unix_output});
+        changes.push_back({"PDFFILE", pdf ? unix_output : ""});
         changes.push_back({"PDFTEXOUTPUT", output.empty() ? "0" : pdf ? "1" : "2"});
     }
     if (error.known()) {
-        changes.push_back({"FILENAME", file.c_str()});
-        changes.push_back({"LINENUMBER", line.c_str()});
+        changes.push_back({"FILENAME", common::to_unix_path(error.file, run.space)});
+        changes.push_back({"LINENUMBER", std::to_string(error.line)});
     }
     if (!changes.empty())
-        quillon::RecordWrite(preferences_path().c_str(), changes.data(), static_cast<int>(changes.size()));
+        common::write_preferences(changes);
 }
 
 void stamp_format(const EngineRun &run, const RunParser &parser) {
     if (parser.dumped_format().empty() || run.words.empty())
         return;
-    std::string path = absolute_path(run.folder, parser.dumped_format());
-    if (!is_regular_file(path))
-        path = absolute_path(output_folder(run), parser.dumped_format());
+    std::string path = common::absolute_path(run.folder, parser.dumped_format());
+    if (!common::is_regular_file(path))
+        path = common::absolute_path(output_folder(run), parser.dumped_format());
     // What Knuth's own engine dumps is no format for the engine that the shell runs.
     const char *const creator = leads_e_tex(run.words[0]) ? "qXET" : run.program == "tex" ? "????" : "QXET";
     setxattr(path.c_str(), "user.quillon.creator", creator, 4, 0);
@@ -121,8 +115,8 @@ ErrorPlace read_edit_record(int descriptor, const std::string &folder) {
         name = name.substr(1, name.size() - 2);
     ErrorPlace place;
     place.line = std::strtol(text.c_str(), nullptr, 10);
-    place.file = absolute_path(folder, name);
-    if (!is_regular_file(place.file) && is_regular_file(place.file + ".tex"))
+    place.file = common::absolute_path(folder, name);
+    if (!common::is_regular_file(place.file) && common::is_regular_file(place.file + ".tex"))
         place.file += ".tex";
     return place;
 }

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "run_parser.h"
+#include "toolhost/run_parser.h"
 
 namespace toolhost {
 

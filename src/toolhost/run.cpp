@@ -1,4 +1,4 @@
-#include "run.h"
+#include "toolhost/run.h"
 
 #include <cerrno>
 #include <csignal>
@@ -14,9 +14,13 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include "environment.h"
-#include "guard.h"
-#include "words.h"
+#include "common/clock.h"
+#include "common/host_files.h"
+#include "common/path_forms.h"
+#include "common/preferences.h"
+#include "toolhost/environment.h"
+#include "toolhost/guard.h"
+#include "toolhost/words.h"
 
 namespace toolhost {
 
@@ -28,12 +32,6 @@ constexpr std::uint64_t second_look = 4;
 constexpr std::uint64_t longest_pause = 200;
 constexpr std::uint64_t stage_limit = 1000;
 constexpr int reads_at_once = 64;
-
-std::uint64_t now_microseconds() {
-    timespec now;
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<std::uint64_t>(now.tv_sec) * 1000000 + static_cast<std::uint64_t>(now.tv_nsec) / 1000;
-}
 
 std::string new_delimiter() {
     unsigned char bytes[12] = {};
@@ -59,7 +57,7 @@ bool plain_bibtex_option(std::string_view word) {
 
 } // namespace
 
-Run::Run(sd_event *event, const Bundle &bundle, RunOwner &owner)
+Run::Run(sd_event *event, const common::Bundle &bundle, RunOwner &owner)
     : event_(event), bundle_(bundle), owner_(owner) {}
 
 Run::~Run() {
@@ -67,7 +65,7 @@ Run::~Run() {
 }
 
 std::uint64_t Run::milliseconds() const {
-    return (now_microseconds() - begun_) / millisecond;
+    return (common::now_microseconds() - begun_) / millisecond;
 }
 
 void Run::close_down() {
@@ -96,7 +94,8 @@ void Run::choose_program() {
         }
     }
     if (bundle_.signature == "BIBT") {
-        const std::string sort_file = expand_setting_path(setting("CSFFILE"), bundle_.home, engine_.space);
+        const std::string sort_file =
+            common::expand_setting_path(common::setting("CSFFILE"), bundle_.home, engine_.space);
         bool own_options = !sort_file.empty();
         for (std::size_t i = 1; i < words.size(); i++)
             own_options = own_options || (words[i].starts_with('-') && !plain_bibtex_option(words[i]));
@@ -109,23 +108,23 @@ void Run::choose_program() {
 }
 
 bool Run::prepare(std::string_view line, const std::string &folder) {
-    begun_ = now_microseconds();
+    begun_ = common::now_microseconds();
     clock_gettime(CLOCK_REALTIME, &engine_.started);
     command_ = line;
     is_engine_ = is_engine(bundle_.signature);
     engine_.folder = folder;
-    engine_.space = space_byte();
+    engine_.space = common::space_byte();
     engine_.words = split_words(line, engine_.space);
     if (engine_.words.empty()) {
         fail("the command line is empty");
         return false;
     }
     choose_program();
-    engine_.program = program_name_.substr(program_name_.rfind('/') + 1);
+    engine_.program = common::leaf_of(program_name_);
     std::string main = main_file(engine_.words);
     if (!main.empty()) {
-        main = absolute_path(folder, main);
-        if (!is_regular_file(main) && is_regular_file(main + ".tex"))
+        main = common::absolute_path(folder, main);
+        if (!common::is_regular_file(main) && common::is_regular_file(main + ".tex"))
             main += ".tex";
     }
     if (is_engine_ || bundle_.signature == "MPST")
@@ -141,9 +140,10 @@ void Run::start(std::string_view line, const std::string &folder) {
     delimiter_ = new_delimiter();
     const char *const search = std::getenv("PATH");
     std::string places = search ? search : "/usr/local/bin:/usr/bin:/bin";
-    if (const std::string own = setting("TEXBIN"); !own.empty())
-        places.insert(0, expand_setting_path(own, bundle_.home, engine_.space) + ":");
-    const std::string program = find_program(program_name_, places, bundle_.path + "/Contents/Resources");
+    if (const std::string own = common::setting("TEXBIN"); !own.empty())
+        places.insert(0, common::expand_setting_path(own, bundle_.home, engine_.space) + ":");
+    const std::string program =
+        common::find_program(program_name_, places, bundle_.path + "/Contents/Resources");
     if (program.empty()) {
         fail("there is no such program");
         return;
@@ -151,7 +151,7 @@ void Run::start(std::string_view line, const std::string &folder) {
     // An engine looks itself up under the name it is called by; under a name that nothing has it would not
     // start.
     std::vector<std::string> &words = engine_.words;
-    if (is_engine_ && find_program(words[0], places, folder).empty()) {
+    if (is_engine_ && common::find_program(words[0], places, folder).empty()) {
         if (option_value(words, "progname").empty())
             words.insert(words.begin() + 1, "-progname=" + words[0]);
     }
@@ -194,7 +194,7 @@ bool Run::launch(const std::string &program, int slave) {
     launch.program = program;
     launch.words = engine_.words;
     const char *const search = std::getenv("PATH");
-    if (is_engine_ && find_program(launch.words[0], search ? search : "", engine_.folder).empty())
+    if (is_engine_ && common::find_program(launch.words[0], search ? search : "", engine_.folder).empty())
         launch.words[0] = program;
     for (const auto &[name, value] : run_environment(bundle_, engine_.words, engine_.space, delimiter_))
         launch.environment.push_back(name + "=" + value);

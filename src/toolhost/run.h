@@ -9,11 +9,11 @@
 #include <systemd/sd-event.h>
 #include <vector>
 
-#include "places.h"
-#include "prompt.h"
-#include "results.h"
-#include "run_parser.h"
-#include "transcript.h"
+#include "common/bundle.h"
+#include "toolhost/prompt.h"
+#include "toolhost/results.h"
+#include "toolhost/run_parser.h"
+#include "toolhost/transcript.h"
 
 namespace toolhost {
 
@@ -38,7 +38,7 @@ class RunOwner {
 
 class Run {
   public:
-    Run(sd_event *event, const Bundle &bundle, RunOwner &owner);
+    Run(sd_event *event, const common::Bundle &bundle, RunOwner &owner);
     ~Run();
     Run(const Run &) = delete;
     Run &operator=(const Run &) = delete;
@@ -83,7 +83,7 @@ class Run {
     ErrorPlace error_place(bool *edit) const;
 
     sd_event *event_;
-    const Bundle &bundle_;
+    const common::Bundle &bundle_;
     RunOwner &owner_;
     EngineRun engine_;
     std::string command_;

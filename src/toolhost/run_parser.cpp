@@ -1,9 +1,10 @@
-#include "run_parser.h"
+#include "toolhost/run_parser.h"
 
 #include <cctype>
 #include <cstdlib>
 
-#include "places.h"
+#include "common/host_files.h"
+#include "common/path_forms.h"
 
 namespace toolhost {
 
@@ -149,8 +150,8 @@ bool RunParser::file_line_error(std::string_view text) {
         const std::string_view after = text.substr(colon + 1 + length);
         if (colon == 0 || number == 0 || !after.starts_with(": ") || looks_++ > most_looks)
             continue;
-        const std::string file = absolute_path(folder_, unquoted(text.substr(0, colon)));
-        if (!is_regular_file(file))
+        const std::string file = common::absolute_path(folder_, unquoted(text.substr(0, colon)));
+        if (!common::is_regular_file(file))
             continue;
         note_error(file, number);
         in_error_ = !after.starts_with(":  ==> ");
@@ -185,8 +186,8 @@ std::size_t RunParser::open_file(std::string_view text) {
         const std::size_t end = text.find('"', 1);
         const std::string file = end == std::string_view::npos
                                      ? std::string()
-                                     : absolute_path(folder_, std::string(text.substr(1, end - 1)));
-        if (!file.empty() && looks_++ < most_looks && is_regular_file(file)) {
+                                     : common::absolute_path(folder_, std::string(text.substr(1, end - 1)));
+        if (!file.empty() && looks_++ < most_looks && common::is_regular_file(file)) {
             found = file;
             taken = end + 1;
         }
@@ -203,8 +204,8 @@ std::size_t RunParser::open_file(std::string_view text) {
         if (!looks_like_a_name || looks_ >= most_looks)
             continue;
         looks_++;
-        const std::string file = absolute_path(folder_, std::string(text.substr(0, end)));
-        if (!is_regular_file(file))
+        const std::string file = common::absolute_path(folder_, std::string(text.substr(0, end)));
+        if (!common::is_regular_file(file))
             continue;
         found = file;
         taken = end;

@@ -1,4 +1,4 @@
-#include "transcript.h"
+#include "toolhost/transcript.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -7,7 +7,7 @@
 #include <unistd.h>
 #include <vector>
 
-#include "places.h"
+#include "common/places.h"
 
 namespace toolhost {
 
@@ -42,8 +42,9 @@ bool Transcript::open_file() {
         return true;
     if (failed_)
         return false;
-    const std::string folder = transcripts_folder();
-    if (!folder.empty()) {
+    const std::string folder = common::transcripts_folder();
+    const bool is_ours = common::make_private_folder(folder);
+    if (is_ours) {
         const std::string pattern = folder + "/transcript-XXXXXX";
         std::vector<char> name(pattern.begin(), pattern.end());
         name.push_back('\0');
@@ -53,7 +54,7 @@ bool Transcript::open_file() {
     }
     if (file_ < 0) {
         failed_ = true;
-        reason_ = folder.empty() ? "no transcripts folder" : std::strerror(errno);
+        reason_ = !is_ours ? "no transcripts folder" : std::strerror(errno);
     }
     return file_ >= 0;
 }

@@ -1,4 +1,4 @@
-#include "words.h"
+#include "toolhost/words.h"
 
 #include <algorithm>
 #include <array>

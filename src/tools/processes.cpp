@@ -4,11 +4,12 @@
 
 #include "console/output.h"
 #include "core/event_loop.h"
-#include "core/job_scope.h"
-#include "core/job_state.h"
-#include "core/startup.h"
 #include "files/paths.h"
 #include "files/signatures.h"
+#include "state/cursors.h"
+#include "state/job_scope.h"
+#include "state/job_state.h"
+#include "toolbox/codes.h"
 #include "viewers/viewers.h"
 
 namespace quillon {
@@ -212,16 +213,13 @@ int GetApplName(BoundedBuffer &name, std::int16_t *volume, std::int32_t *folder)
 }
 
 void PrintOSType(OSType signature) {
-    ml_printf("Application signature = <%c%c%c%c>.\n", static_cast<char>(signature >> 24),
-              static_cast<char>(signature >> 16), static_cast<char>(signature >> 8),
-              static_cast<char>(signature));
+    ml_printf("Application signature = <%.4s>.\n", code_text(signature).c_str());
 }
 
 void StringToOSType(const char *text, OSType *signature) {
     unsigned char code[4] = {};
     std::memcpy(code, text, strnlen(text, sizeof code));
-    *signature = static_cast<OSType>(code[0]) << 24 | static_cast<OSType>(code[1]) << 16 |
-                 static_cast<OSType>(code[2]) << 8 | code[3];
+    *signature = code_of_bytes(code);
 }
 
 // Redraws, activation and suspend or resume happen during a wait; nothing else does.

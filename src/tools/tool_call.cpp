@@ -5,11 +5,11 @@
 
 #include "console/output.h"
 #include "core/event_loop.h"
-#include "core/job_scope.h"
-#include "core/job_state.h"
 #include "files/paths.h"
 #include "files/signatures.h"
 #include "settings/settings.h"
+#include "state/job_scope.h"
+#include "state/job_state.h"
 #include "tools/processes.h"
 
 namespace quillon {

@@ -2,10 +2,10 @@
 
 #include "console/output.h"
 #include "core/event_loop.h"
-#include "core/job_scope.h"
-#include "core/job_state.h"
-#include "core/startup.h"
 #include "files/signatures.h"
+#include "state/cursors.h"
+#include "state/job_scope.h"
+#include "state/job_state.h"
 #include "tools/processes.h"
 #include "tools/tool_call.h"
 

@@ -4,8 +4,8 @@
 
 #include "console/output.h"
 #include "console/window.h"
-#include "core/job_state.h"
 #include "files/paths.h"
+#include "state/job_state.h"
 #include "toolbox/apple_events.h"
 #include "tools/processes.h"
 #include "tools/shell_commands.h"

@@ -2,12 +2,11 @@
 
 #include "console/output.h"
 #include "core/event_loop.h"
-#include "core/job_state.h"
-#include "core/startup.h"
 #include "files/choosers.h"
 #include "files/paths.h"
 #include "files/signatures.h"
 #include "settings/settings.h"
+#include "state/job_state.h"
 #include "toolbox/apple_events.h"
 #include "tools/processes.h"
 #include "tools/shell_commands.h"

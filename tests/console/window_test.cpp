@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "console/output.h"
-#include "core/job_state.h"
 #include "front/front.h"
 #include "headless/headless.h"
 #include "settings/settings.h"
+#include "state/job_state.h"
 #include "support/temporary_home.h"
 #include "toolbox/files.h"
 

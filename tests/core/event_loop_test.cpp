@@ -4,10 +4,11 @@
 
 #include "console/output.h"
 #include "core/command_table.h"
-#include "core/job_scope.h"
 #include "core/startup.h"
 #include "events/handlers.h"
 #include "menus/menus.h"
+#include "settings/setting_table.h"
+#include "state/job_scope.h"
 #include "support/recording_front.h"
 #include "support/temporary_home.h"
 #include "toolbox/received_events.h"
@@ -268,6 +269,22 @@ TEST(CommandTable, EveryRowHasAMenuAndItsNumberIsItsPlace) {
         menu = row.menu;
         EXPECT_EQ(row.item, item) << "menu " << menu;
     }
+}
+
+TEST(CommandTable, ARowThatChangesASettingNamesOneWithAGlobal) {
+    int rows = 0;
+    for (int i = 0; i < command_count; i++) {
+        const Command &row = command_table[i];
+        if (!row.setting)
+            continue;
+        rows++;
+        const Setting *const setting = find_setting(row.setting);
+        ASSERT_NE(setting, nullptr) << row.setting;
+        EXPECT_TRUE(setting->flag || setting->number) << row.setting;
+        EXPECT_TRUE(setting->kind == setting_flag || setting->kind == setting_choice) << row.setting;
+        EXPECT_FALSE(row.procedure || row.marked) << row.setting;
+    }
+    EXPECT_GE(rows, 8);
 }
 
 TEST(CommandTable, NoCommandKeyStandsTwice) {

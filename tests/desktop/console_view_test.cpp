@@ -10,7 +10,7 @@
 
 #include <string>
 
-#include "core/job_state.h"
+#include "state/job_state.h"
 #include "toolbox/events.h"
 
 namespace quillon::desktop {

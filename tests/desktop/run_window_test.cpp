@@ -1,4 +1,4 @@
-#include "window/run_window.h"
+#include "toolhost/window/run_window.h"
 
 #include <QApplication>
 #include <QKeyEvent>

@@ -8,8 +8,8 @@
 #include <gtest/gtest.h>
 
 #include "desktop/choosers.h"
-#include "desktop/desktop_entries.h"
 #include "desktop/message_windows.h"
+#include "widgets/desktop_entries.h"
 
 namespace quillon::desktop {
 
@@ -87,14 +87,14 @@ TEST(DesktopEntries, ReadsApplicationsAndLeavesOutWhatIsHidden) {
     write_file(path,
                "[Desktop Entry]\nType=Application\nName=Editor\nComment=Edits\nIcon=edit\nExec=true %f\n"
                "[Desktop Action new]\nName=New window\n");
-    const DesktopEntry entry = read_desktop_entry(path);
+    const widgets::DesktopEntry entry = widgets::read_desktop_entry(path);
     EXPECT_EQ(entry.name, QStringLiteral("Editor"));
     EXPECT_EQ(entry.icon, QStringLiteral("edit"));
     EXPECT_EQ(entry.path, path);
     for (const char *const line : {"NoDisplay=true\n", "Hidden=true\n", "TryExec=/no/such/program\n",
                                    "Type=Link\n", "OnlyShowIn=NoSuchDesktop;\n"}) {
         write_file(path, QByteArray("[Desktop Entry]\nType=Application\nName=Editor\nExec=true\n") + line);
-        EXPECT_TRUE(read_desktop_entry(path).path.isEmpty()) << line;
+        EXPECT_TRUE(widgets::read_desktop_entry(path).path.isEmpty()) << line;
     }
 }
 
@@ -111,7 +111,7 @@ TEST(DesktopEntries, UsersOwnEntryHidesTheInstalledOne) {
                "[Desktop Entry]\nType=Application\nName=Mine\nExec=true\n");
     qputenv("XDG_DATA_HOME", data.path().toUtf8());
     qputenv("XDG_DATA_DIRS", system.path().toUtf8());
-    const QList<DesktopEntry> entries = installed_applications();
+    const QList<widgets::DesktopEntry> entries = widgets::installed_applications();
     qputenv("XDG_DATA_HOME", before_home);
     qputenv("XDG_DATA_DIRS", before_dirs);
     ASSERT_EQ(entries.size(), 2);

@@ -6,9 +6,9 @@
 #include <string>
 
 #include "core/event_loop.h"
-#include "core/job_state.h"
 #include "menus/menus.h"
 #include "settings/settings.h"
+#include "state/job_state.h"
 #include "support/recording_front.h"
 #include "support/temporary_home.h"
 #include "toolbox/received_events.h"

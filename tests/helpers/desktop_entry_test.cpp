@@ -2,8 +2,8 @@
 
 #include <fstream>
 
+#include "common/editors_table.h"
 #include "helpers/desktop_entry.h"
-#include "linux/editors_table.h"
 #include "support/temporary_home.h"
 
 using namespace helpers;
@@ -72,8 +72,8 @@ TEST(DesktopEntry, OnlyItsOwnGroupCounts) {
 }
 
 TEST(EditorsTable, RowsCommentsAndLinesThatAreNoRow) {
-    const auto rows = quillon::ParseEditorRows("# kate\n\n  \nonly | two\n a b | org.a |\t--line %l  %f\n"
-                                               "c | | +%l %f | -n %f | terminal\r\nd | | | %f\n");
+    const auto rows = common::ParseEditorRows("# kate\n\n  \nonly | two\n a b | org.a |\t--line %l  %f\n"
+                                              "c | | +%l %f | -n %f | terminal\r\nd | | | %f\n");
     ASSERT_EQ(rows.size(), 2u);
     EXPECT_EQ(rows[0].programs, (Words{"a", "b"}));
     EXPECT_EQ(rows[0].desktop_ids, (Words{"org.a"}));
@@ -86,7 +86,7 @@ TEST(EditorsTable, RowsCommentsAndLinesThatAreNoRow) {
 
 TEST(EditorsTable, EveryRowOfOursPutsTheFileAndTheLineIn) {
     std::ifstream file(QUILLON_SOURCE_FOLDER "/resources/editors.table");
-    const auto rows = quillon::ParseEditorRows(
+    const auto rows = common::ParseEditorRows(
         {std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>())});
     EXPECT_GE(rows.size(), 20u);
     const auto holds = [](const Words &words, const char *code) {
@@ -95,7 +95,7 @@ TEST(EditorsTable, EveryRowOfOursPutsTheFileAndTheLineIn) {
                 return true;
         return false;
     };
-    for (const quillon::EditorRow &row : rows) {
+    for (const common::EditorRow &row : rows) {
         EXPECT_TRUE(holds(row.at_line, "%f") && holds(row.at_line, "%l")) << row.programs[0];
         EXPECT_TRUE(holds(row.plain, "%f") && !holds(row.plain, "%l")) << row.programs[0];
     }
@@ -103,20 +103,20 @@ TEST(EditorsTable, EveryRowOfOursPutsTheFileAndTheLineIn) {
 
 TEST(EditorsTable, AnEditorIsKnownByItsNameByItsEntryAndByWhatItLinksTo) {
     TemporaryHome home;
-    const auto rows = quillon::ParseEditorRows(
-        "kate | org.kde.kate | %l %f\nvim.basic | | %l %f\nx | | a %l %f | %f | x11\n"
-        "x | | b %l %f\n");
-    EXPECT_EQ(quillon::FindEditorRow(rows, "/any/kate"), &rows[0]);
-    EXPECT_EQ(quillon::FindEditorRow(rows, "/usr/share/applications/org.kde.kate.desktop"), &rows[0]);
-    EXPECT_EQ(quillon::FindEditorRow(rows, "/usr/bin/org.kde.kate"), nullptr);
-    EXPECT_EQ(quillon::FindEditorRow(rows, "/usr/share/applications/kate.desktop"), nullptr);
+    const auto rows =
+        common::ParseEditorRows("kate | org.kde.kate | %l %f\nvim.basic | | %l %f\nx | | a %l %f | %f | x11\n"
+                                "x | | b %l %f\n");
+    EXPECT_EQ(common::FindEditorRow(rows, "/any/kate"), &rows[0]);
+    EXPECT_EQ(common::FindEditorRow(rows, "/usr/share/applications/org.kde.kate.desktop"), &rows[0]);
+    EXPECT_EQ(common::FindEditorRow(rows, "/usr/bin/org.kde.kate"), nullptr);
+    EXPECT_EQ(common::FindEditorRow(rows, "/usr/share/applications/kate.desktop"), nullptr);
     std::ofstream(home.root() + "/vim.basic") << "#!/bin/sh\n";
     ASSERT_EQ(symlink("vim.basic", (home.root() + "/vi").c_str()), 0);
-    EXPECT_EQ(quillon::FindEditorRow(rows, home.root() + "/vi"), &rows[1]);
+    EXPECT_EQ(common::FindEditorRow(rows, home.root() + "/vi"), &rows[1]);
     setenv("WAYLAND_DISPLAY", "wayland-0", 1);
-    EXPECT_EQ(quillon::FindEditorRow(rows, "/x"), &rows[3]);
+    EXPECT_EQ(common::FindEditorRow(rows, "/x"), &rows[3]);
     unsetenv("WAYLAND_DISPLAY");
     setenv("DISPLAY", ":0", 1);
-    EXPECT_EQ(quillon::FindEditorRow(rows, "/x"), &rows[2]);
+    EXPECT_EQ(common::FindEditorRow(rows, "/x"), &rows[2]);
     unsetenv("DISPLAY");
 }

@@ -5,9 +5,9 @@
 #include <filesystem>
 
 #include "files/paths.h"
-#include "linux/files_host.h"
-#include "linux/kept_folders.h"
-#include "linux/loop.h"
+#include "linux/events/loop.h"
+#include "linux/files/host.h"
+#include "linux/files/kept_folders.h"
 #include "support/temporary_home.h"
 #include "toolbox/pipes.h"
 

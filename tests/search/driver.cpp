@@ -18,12 +18,12 @@
 #include <utility>
 #include <vector>
 
-#include "core/job_state.h"
 #include "files/paths.h"
 #include "files/search.h"
 #include "kpath/search_paths.h"
 #include "kpath/utilities.h"
 #include "settings/settings.h"
+#include "state/job_state.h"
 #include "toolbox/files.h"
 
 using namespace quillon;

@@ -177,7 +177,7 @@ TEST_F(Settings, FlagsLookAtTheFirstCharacterOnly) {
         const int preset = row.preset[0] == '1';
         const auto with = [&](const std::string &text) {
             home_.preferences(text);
-            return static_cast<int>(read_flag(key.c_str()));
+            return read_setting(row);
         };
         EXPECT_EQ(with(""), preset) << key;
         EXPECT_EQ(with(key + "=1\n"), 1) << key;
@@ -189,11 +189,11 @@ TEST_F(Settings, FlagsLookAtTheFirstCharacterOnly) {
 
 TEST_F(Settings, DebugIsOnUnlessTheValueBeginsWithZero) {
     home_.preferences("DEBUG=no\n");
-    EXPECT_EQ(read_flag("DEBUG"), 1);
+    EXPECT_EQ(read_setting(*find_setting("DEBUG")), 1);
     home_.preferences("DEBUG=0\n");
-    EXPECT_EQ(read_flag("DEBUG"), 0);
+    EXPECT_EQ(read_setting(*find_setting("DEBUG")), 0);
     home_.preferences("");
-    EXPECT_EQ(read_flag("DEBUG"), 1);
+    EXPECT_EQ(read_setting(*find_setting("DEBUG")), 1);
 }
 
 TEST_F(Settings, RowsAreCompleteAndFoundByTheirKeys) {
@@ -202,7 +202,7 @@ TEST_F(Settings, RowsAreCompleteAndFoundByTheirKeys) {
         const Setting &row = setting_table[i];
         EXPECT_TRUE(keys.insert(row.key).second) << row.key;
         EXPECT_TRUE(row.help && *row.help) << row.key;
-        const std::string key = row.kind == setting_numbered ? row.key + std::to_string(row.count) : row.key;
+        const std::string key = row.kind == setting_numbered ? row.key + std::to_string(row.most) : row.key;
         EXPECT_EQ(find_setting(key.c_str()), &row) << key;
     }
     EXPECT_EQ(find_setting("RECENTFILE0"), nullptr);

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "console/window.h"
-#include "core/job_state.h"
+#include "state/job_state.h"
 #include "front/front.h"
 #include "headless/headless.h"
 

@@ -15,7 +15,7 @@
 #include <iterator>
 #include <string>
 
-#include "core/job_state.h"
+#include "state/job_state.h"
 #include "files/search.h"
 #include "kpath/search_paths.h"
 #include "settings/settings.h"

@@ -5,7 +5,7 @@
 #include <string>
 #include <sys/stat.h>
 
-#include "../../src/toolhost/run_parser.h"
+#include "toolhost/run_parser.h"
 
 using toolhost::RunParser;
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <unistd.h>
 
-#include "../../src/toolhost/transcript.h"
+#include "toolhost/transcript.h"
 
 static std::string converted(const std::string &text, std::size_t block) {
     toolhost::LineEnds ends;

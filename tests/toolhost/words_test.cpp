@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "../../src/toolhost/words.h"
+#include "toolhost/words.h"
 
 using toolhost::split_words;
 using Words = std::vector<std::string>;

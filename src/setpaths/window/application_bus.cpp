@@ -1,102 +1,54 @@
 #include "setpaths/window/application_bus.h"
 
-#include <QCoreApplication>
-#include <QDBusArgument>
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusMetaType>
 #include <QTimer>
+#include <unistd.h>
+
+#include "common/event_codec.h"
+#include "common/session_bus.h"
+#include "toolbox/types.h"
 
 namespace setpaths {
 
-namespace {
-
-constexpr int not_handled = -1708;
-
-const QString &application_interface() {
-    static const QString name = QStringLiteral("org.quillon.App1");
-    return name;
+ApplicationBus::ApplicationBus(const std::string &bundle, std::function<void()> quit,
+                               std::function<void()> show)
+    : object_{"SETP", "setpaths", bundle,
+              [this](sd_bus_message *call, sd_bus_error *) { return take_event(call); }},
+      quit_(std::move(quit)), show_(std::move(show)), bus_(common::open_session_bus()) {
+    if (!bus_ || common::serve_application(bus_, &object_) < 0 ||
+        sd_bus_request_name(bus_, common::application_bus_name(getpid()).c_str(), 0) < 0)
+        return;
+    notifier_ = std::make_unique<QSocketNotifier>(sd_bus_get_fd(bus_), QSocketNotifier::Read);
+    QObject::connect(notifier_.get(), &QSocketNotifier::activated, [this] { serve(); });
+    // Calls may have come with the answer to the request.
+    QTimer::singleShot(0, notifier_.get(), [this] { serve(); });
 }
 
-// A reply's parameters, a{s(sv)}, of which this application has none.
-struct Parameter {
-    QString type;
-    QDBusVariant value;
-};
-using Parameters = QMap<QString, Parameter>;
-
-QDBusArgument &operator<<(QDBusArgument &argument, const Parameter &parameter) {
-    argument.beginStructure();
-    argument << parameter.type << parameter.value;
-    argument.endStructure();
-    return argument;
+ApplicationBus::~ApplicationBus() {
+    notifier_.reset();
+    sd_bus_flush_close_unref(bus_);
 }
 
-const QDBusArgument &operator>>(const QDBusArgument &argument, Parameter &parameter) {
-    argument.beginStructure();
-    argument >> parameter.type >> parameter.value;
-    argument.endStructure();
-    return argument;
-}
-
-} // namespace
-
-ApplicationBus::ApplicationBus(const QString &bundle, std::function<void()> quit, std::function<void()> show)
-    : properties_{{QStringLiteral("Signature"), QStringLiteral("SETP")},
-                  {QStringLiteral("Name"), QStringLiteral("setpaths")},
-                  {QStringLiteral("Path"), bundle}},
-      quit_(std::move(quit)), show_(std::move(show)) {
-    qDBusRegisterMetaType<Parameter>();
-    qDBusRegisterMetaType<Parameters>();
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    if (bus.isConnected() && bus.registerVirtualObject(QStringLiteral("/org/quillon/App"), this))
-        bus.registerService(QStringLiteral("org.quillon.App.p%1").arg(QCoreApplication::applicationPid()));
-}
-
-QString ApplicationBus::introspect(const QString &) const {
-    return QStringLiteral(
-        "<interface name=\"org.quillon.App1\">"
-        "<property name=\"Signature\" type=\"s\" access=\"read\"/>"
-        "<property name=\"Name\" type=\"s\" access=\"read\"/>"
-        "<property name=\"Path\" type=\"s\" access=\"read\"/>"
-        "<method name=\"Event\"><arg type=\"s\" direction=\"in\"/><arg type=\"s\" direction=\"in\"/>"
-        "<arg type=\"a{s(sv)}\" direction=\"in\"/><arg type=\"i\" direction=\"out\"/>"
-        "<arg type=\"a{s(sv)}\" direction=\"out\"/></method></interface>");
-}
-
-QDBusMessage ApplicationBus::answer_event(const QDBusMessage &message) {
-    const QString event_class = message.arguments().value(0).toString();
-    const QString id = message.arguments().value(1).toString();
-    int result = not_handled;
-    if (event_class == QLatin1String("aevt") && id == QLatin1String("quit")) {
-        result = 0;
-        QTimer::singleShot(0, quit_);
-    } else if (event_class == QLatin1String("aevt") &&
-               (id == QLatin1String("oapp") || id == QLatin1String("rapp"))) {
-        result = 0;
-        QTimer::singleShot(0, show_);
+void ApplicationBus::serve() {
+    int result;
+    while ((result = sd_bus_process(bus_, nullptr)) > 0) {
     }
-    return message.createReply({result, QVariant::fromValue(Parameters())});
+    sd_bus_flush(bus_);
+    // A bus that has gone stays readable for ever.
+    if (result < 0)
+        notifier_->setEnabled(false);
 }
 
-QDBusMessage ApplicationBus::answer_property(const QDBusMessage &message) const {
-    const QString asked = message.arguments().value(1).toString();
-    if (message.arguments().value(0).toString() != application_interface())
-        return message.createErrorReply(QDBusError::UnknownInterface, asked);
-    if (message.member() == QLatin1String("GetAll"))
-        return message.createReply(QVariant(properties_));
-    if (message.member() == QLatin1String("Get") && properties_.contains(asked))
-        return message.createReply(QVariant::fromValue(QDBusVariant(properties_.value(asked))));
-    return message.createErrorReply(QDBusError::UnknownProperty, asked);
-}
-
-bool ApplicationBus::handleMessage(const QDBusMessage &message, const QDBusConnection &connection) {
-    if (message.interface() == QLatin1String("org.freedesktop.DBus.Properties"))
-        return connection.send(answer_property(message));
-    if (message.member() != QLatin1String("Event") || message.signature() != QLatin1String("ssa{s(sv)}"))
-        return false;
-    const QDBusMessage answer = answer_event(message);
-    return !message.isReplyRequired() || connection.send(answer);
+int ApplicationBus::take_event(sd_bus_message *call) {
+    common::Event event;
+    int result = common::read_event(call, event);
+    if (result < 0)
+        return result;
+    const bool quits = event.event_class == "aevt" && event.id == "quit";
+    const bool shows = event.event_class == "aevt" && (event.id == "oapp" || event.id == "rapp");
+    result = common::answer_event(call, quits || shows ? quillon::noErr : quillon::errAEEventNotHandled, {});
+    if (quits || shows)
+        QTimer::singleShot(0, quits ? quit_ : show_);
+    return result < 0 ? result : 1;
 }
 
 } // namespace setpaths

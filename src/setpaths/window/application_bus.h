@@ -2,26 +2,33 @@
 #ifndef QUILLON_SETPATHS_WINDOW_APPLICATION_BUS_H
 #define QUILLON_SETPATHS_WINDOW_APPLICATION_BUS_H
 
-#include <QDBusVirtualObject>
+#include <QSocketNotifier>
 #include <functional>
+#include <memory>
+#include <string>
+#include <systemd/sd-bus.h>
+
+#include "common/application_object.h"
 
 namespace setpaths {
 
-class ApplicationBus : public QDBusVirtualObject {
+class ApplicationBus {
   public:
     // BUNDLE is the POSIX path of the bundle. QUIT is called for a quit event, SHOW for one that opens the
-    // application; both after it was answered.
-    ApplicationBus(const QString &bundle, std::function<void()> quit, std::function<void()> show);
-
-    QString introspect(const QString &path) const override;
-    bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override;
+    // application; both after it was answered. Without a session bus nothing is served.
+    ApplicationBus(const std::string &bundle, std::function<void()> quit, std::function<void()> show);
+    ~ApplicationBus();
+    ApplicationBus(const ApplicationBus &) = delete;
+    ApplicationBus &operator=(const ApplicationBus &) = delete;
 
   private:
-    QDBusMessage answer_event(const QDBusMessage &message);
-    QDBusMessage answer_property(const QDBusMessage &message) const;
+    int take_event(sd_bus_message *call);
+    void serve();
 
-    QVariantMap properties_;
+    common::ApplicationObject object_;
     std::function<void()> quit_, show_;
+    sd_bus *bus_ = nullptr;
+    std::unique_ptr<QSocketNotifier> notifier_;
 };
 
 } // namespace setpaths

@@ -8,23 +8,32 @@
 #include <QPushButton>
 #include <algorithm>
 
-#include "desktop/desktop_entries.h"
-#include "toolhost/places.h"
+#include "common/host_files.h"
+#include "common/path_forms.h"
+#include "common/places.h"
+#include "common/search_settings.h"
 #include "ui_setup.h"
+#include "widgets/desktop_entries.h"
 
 namespace setpaths {
 
 namespace {
 
-constexpr const char *path_keys[] = {
-    "TEXINPUTS", "TEXFORMATS",   "TEXFONTS",  "VFFONTS",   "TYPE1FONTS", "PKFONTS",
-    "GFFONTS",   "DVIPSHEADERS", "TEXCONFIG", "ENCFOLDER", "DVIPSEPSF",  "BIBINPUTS",
-    "BSTINPUTS", "ISTFILES",     "MPINPUTS",  "MFINPUTS",  "MFBASES",    "AFMFONTS",
-    "TEXPOOL",   "OFMFONTS",     "OCPINPUTS", "OTPINPUTS", "OVFFONTS",   "TEXMFTREES",
-};
 constexpr int folders_column = 1;
 
-// The wait for a program or a disk is seen.
+// The settings of the window's table, in its order: the search paths that it shows, and the distribution's
+// trees.
+std::vector<const char *> path_keys() {
+    std::vector<const char *> keys;
+    for (int row = 1; row <= common::search_setting_count; row++)
+        for (const common::SearchSetting &setting : common::search_settings)
+            if (setting.window_row == row)
+                keys.push_back(setting.key);
+    keys.push_back("TEXMFTREES");
+    return keys;
+}
+
+// Shows the waiting cursor while a program or a disk keeps the window from answering.
 struct Busy {
     Busy() { QGuiApplication::setOverrideCursor(Qt::WaitCursor); }
     ~Busy() { QGuiApplication::restoreOverrideCursor(); }
@@ -39,7 +48,7 @@ SetupDialog::SetupDialog(const SetupWindowHost &host)
     ui_->setupUi(this);
     // Programs that a person named before count more than those along the PATH.
     if (std::string folder; host_.value("TEXBIN", &folder) && !folder.empty())
-        proposal_ = host_.propose(host_.home, toolhost::to_posix_path(folder, proposal_.space));
+        proposal_ = host_.propose(host_.home, common::to_posix_path(folder, proposal_.space));
     add_program("Editor", ui_->editor);
     add_program("PDFVIEW", ui_->pdf_viewer);
     add_program("VIEWPS", ui_->ps_viewer);
@@ -50,12 +59,12 @@ SetupDialog::SetupDialog(const SetupWindowHost &host)
         box->setChecked(on);
         flags_.push_back({key, box, on});
     }
-    for (const char *const key : path_keys)
+    for (const char *const key : path_keys())
         paths_.push_back({key, list_text(value_of(key))});
     fill_paths();
     show_distribution();
     // They are written from what is saved.
-    ui_->write_databases->setEnabled(toolhost::is_regular_file(toolhost::preferences_path()));
+    ui_->write_databases->setEnabled(common::is_regular_file(common::preferences_path()));
     connect(ui_->choose_programs, &QPushButton::clicked, this, [this] { choose_distribution(); });
     connect(ui_->take_paths, &QPushButton::clicked, this, [this] { take_paths(); });
     connect(ui_->write_databases, &QPushButton::clicked, this, [this] { write_databases(); });
@@ -91,12 +100,12 @@ std::string SetupDialog::list_value(const QString &text) const {
 }
 
 void SetupDialog::add_program(const char *key, QComboBox *box) {
-    const std::string path = toolhost::to_posix_path(value_of(key), proposal_.space);
+    const std::string path = common::to_posix_path(value_of(key), proposal_.space);
     const std::size_t number = programs_.size();
     programs_.push_back({key, box, QFile::decodeName(path.c_str()), {}});
     programs_.back().chosen = programs_.back().before;
     box->addItem(tr("None"), QString());
-    for (const quillon::desktop::DesktopEntry &entry : quillon::desktop::installed_applications())
+    for (const widgets::DesktopEntry &entry : widgets::installed_applications())
         box->addItem(QIcon::fromTheme(entry.icon), entry.name, entry.path);
     box->addItem(tr("Other..."));
     show_program(programs_.back());
@@ -187,7 +196,7 @@ Values SetupDialog::changes() const {
         if (program.chosen != program.before)
             values.emplace_back(
                 program.key,
-                toolhost::to_unix_path(QFile::encodeName(program.chosen).toStdString(), proposal_.space));
+                common::to_unix_path(QFile::encodeName(program.chosen).toStdString(), proposal_.space));
     for (const Flag &flag : flags_)
         if (flag.box->isChecked() != flag.before)
             values.emplace_back(flag.key, flag.box->isChecked() ? "1" : "0");
@@ -197,7 +206,7 @@ Values SetupDialog::changes() const {
             values.emplace_back(paths_[row].key, list_value(text));
     }
     if (other_distribution_)
-        values.emplace_back("TEXBIN", toolhost::to_unix_path(proposal_.programs, proposal_.space));
+        values.emplace_back("TEXBIN", common::to_unix_path(proposal_.programs, proposal_.space));
     return values;
 }
 

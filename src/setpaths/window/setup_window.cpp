@@ -1,23 +1,22 @@
 #include "setpaths/window/setup_window.h"
 
 #include <QApplication>
-#include <QFile>
 
-#include "desktop/application.h"
-#include "desktop/icon.h"
 #include "setpaths/window/application_bus.h"
 #include "setpaths/window/setup_dialog.h"
+#include "widgets/application.h"
+#include "widgets/icon.h"
 
 namespace setpaths {
 
 extern "C" __attribute__((visibility("default"))) bool quillon_setup_window(const SetupWindowHost &host,
                                                                             int *status) {
-    if (!quillon::desktop::make_window_application())
+    if (!widgets::make_window_application())
         return false;
-    QApplication::setWindowIcon(quillon::desktop::shell_icon());
+    QApplication::setWindowIcon(widgets::shell_icon());
     SetupDialog dialog(host);
     const ApplicationBus bus(
-        QFile::decodeName((host.home + "/setpaths.app").c_str()), [] { QApplication::closeAllWindows(); },
+        host.home + "/setpaths.app", [] { QApplication::closeAllWindows(); },
         [&dialog] {
             dialog.raise();
             dialog.activateWindow();

@@ -11,7 +11,7 @@ namespace setpaths {
 struct SetupWindowHost {
     std::string home; // the binaries folder
     // As the preferences have it; false when it is not set.
-    bool (*value)(const std::string &key, std::string *value);
+    bool (*value)(const char *key, std::string *value);
     Proposal (*propose)(const std::string &home, const std::string &programs);
     bool (*write_settings)(const Values &changes, const Proposal &proposal);
     bool (*write_databases)(const std::string &home);

@@ -1,4 +1,4 @@
-#include "window/focus.h"
+#include "toolhost/window/focus.h"
 
 #include <QGuiApplication>
 #include <QWidget>

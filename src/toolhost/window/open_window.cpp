@@ -1,15 +1,15 @@
-#include "window/open_window.h"
+#include "toolhost/window/open_window.h"
 
 #include <algorithm>
 #include <cstring>
 #include <dlfcn.h>
 #include <string>
 #include <systemd/sd-event.h>
-#include <unistd.h>
 
-#include "environment.h"
-#include "host.h"
-#include "window/tool_window.h"
+#include "common/places.h"
+#include "toolhost/environment.h"
+#include "toolhost/host.h"
+#include "toolhost/window/tool_window.h"
 
 namespace toolhost {
 
@@ -65,13 +65,8 @@ ToolWindowProc load() {
     static ToolWindowProc window = nullptr;
     if (window)
         return window;
-    char program[4096];
-    const ssize_t length = readlink("/proc/self/exe", program, sizeof program - 1);
-    if (length <= 0)
-        return nullptr;
-    std::string path(program, static_cast<std::size_t>(length));
-    path.resize(path.rfind('/') + 1);
-    void *const library = dlopen((path + "tool-window.so").c_str(), RTLD_NOW | RTLD_LOCAL);
+    const std::string plug_in = common::above_own_program(1) + "/tool-window.so";
+    void *const library = dlopen(plug_in.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library)
         window = reinterpret_cast<ToolWindowProc>(dlsym(library, tool_window_symbol));
     return window;

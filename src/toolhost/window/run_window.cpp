@@ -1,4 +1,4 @@
-#include "window/run_window.h"
+#include "toolhost/window/run_window.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -10,8 +10,8 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
-#include "desktop/icon.h"
-#include "window/focus.h"
+#include "toolhost/window/focus.h"
+#include "widgets/icon.h"
 
 namespace toolhost {
 
@@ -35,7 +35,7 @@ QLabel *quiet_label(QWidget *parent) {
 RunWindow::RunWindow(const ToolWindowHost &host) : host_(host) {
     const QString tool = QString::fromUtf8(host.tool);
     setWindowTitle(tool + QStringLiteral(" – Quillon"));
-    setWindowIcon(quillon::desktop::shell_icon());
+    setWindowIcon(widgets::shell_icon());
     setAttribute(Qt::WA_ShowWithoutActivating);
 
     text_ = new QPlainTextEdit(this);

@@ -9,7 +9,7 @@
 #include <QStringDecoder>
 #include <QWidget>
 
-#include "window/tool_window.h"
+#include "toolhost/window/tool_window.h"
 
 namespace toolhost {
 

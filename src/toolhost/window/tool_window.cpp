@@ -1,12 +1,12 @@
-#include "window/tool_window.h"
+#include "toolhost/window/tool_window.h"
 
 #include <QApplication>
 #include <QEventLoop>
 #include <QSocketNotifier>
 #include <QTimer>
 
-#include "desktop/application.h"
-#include "window/run_window.h"
+#include "toolhost/window/run_window.h"
+#include "widgets/application.h"
 
 namespace {
 
@@ -15,7 +15,7 @@ constexpr int refresh_milliseconds = 50;
 } // namespace
 
 extern "C" __attribute__((visibility("default"))) int quillon_tool_window(const ToolWindowHost *host) {
-    if (!quillon::desktop::make_window_application())
+    if (!widgets::make_window_application())
         return 0;
     QEventLoop loop;
     toolhost::RunWindow window(*host);

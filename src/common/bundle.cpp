@@ -1,0 +1,81 @@
+#include "common/bundle.h"
+
+#include <algorithm>
+#include <string_view>
+#include <sys/auxv.h>
+
+#include "common/host_files.h"
+#include "common/path_forms.h"
+
+namespace common {
+
+namespace {
+
+constexpr std::string_view extension = ".app";
+constexpr std::size_t largest_file = 65536;
+
+std::string trimmed(std::string_view text) {
+    while (!text.empty() && (text.front() == ' ' || text.front() == '\t'))
+        text.remove_prefix(1);
+    while (!text.empty() && (text.back() == ' ' || text.back() == '\t' || text.back() == '\r'))
+        text.remove_suffix(1);
+    return std::string(text);
+}
+
+// The bundle of PROGRAM, which is <bundle>/Contents/Linux/<tool>; empty when it is no such path. The folder
+// is made canonical and the leaf stays as it is.
+std::string bundle_of_program(const std::string &program) {
+    if (program.find('/') == std::string::npos)
+        return {};
+    const std::string folder = canonical_path(program.substr(0, program.rfind('/') + 1));
+    return folder.ends_with(".app/Contents/Linux") ? folder_above(folder, 2) : std::string();
+}
+
+void read_info(const std::string &text, std::map<std::string, std::string> &info) {
+    for (std::size_t start = 0; start < text.size();) {
+        const std::size_t end = std::min(text.find('\n', start), text.size());
+        const std::string_view line = std::string_view(text).substr(start, end - start);
+        const std::size_t equals = line.find('=');
+        if (equals != std::string_view::npos && !line.starts_with('#'))
+            info[trimmed(line.substr(0, equals))] = trimmed(line.substr(equals + 1));
+        start = end + 1;
+    }
+}
+
+} // namespace
+
+std::string Bundle::info_or(const std::string &key, const std::string &fallback) const {
+    const auto found = info.find(key);
+    return found == info.end() || found->second.empty() ? fallback : found->second;
+}
+
+bool find_bundle(const char *argv0, Bundle &bundle) {
+    const auto started_as = reinterpret_cast<const char *>(getauxval(AT_EXECFN));
+    for (const char *name : {started_as, argv0}) {
+        bundle.path = name ? bundle_of_program(name) : std::string();
+        bundle.signature = bundle.path.empty() ? std::string() : signature_of_bundle(bundle.path);
+        if (bundle.signature.empty())
+            continue;
+        bundle.home = folder_above(bundle.path);
+        bundle.tool = leaf_of(name);
+        read_info(read_file(bundle.path + "/Contents/Info", largest_file), bundle.info);
+        return true;
+    }
+    return false;
+}
+
+bool is_bundle_path(const std::string &path) {
+    return path.size() > extension.size() && path.ends_with(extension);
+}
+
+std::string program_of_bundle(const std::string &path) {
+    const std::string leaf = leaf_of(path);
+    return path + "/Contents/Linux/" + leaf.substr(0, leaf.size() - extension.size());
+}
+
+std::string signature_of_bundle(const std::string &path) {
+    const std::string package = read_file(path + "/Contents/PkgInfo", largest_file);
+    return package.size() >= 8 ? package.substr(4, 4) : std::string();
+}
+
+} // namespace common

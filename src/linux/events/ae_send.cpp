@@ -1,0 +1,236 @@
+// Sending events: to applications on the bus, and to plain programs as far as they understand any.
+#include <signal.h>
+#include <spawn.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <string>
+
+#include "common/places.h"
+#include "front/front.h"
+#include "linux/events/ae_codec.h"
+#include "linux/events/ae_data.h"
+#include "linux/events/ae_receive.h"
+#include "linux/events/event_sources.h"
+#include "linux/events/peers.h"
+#include "linux/events/process_table.h"
+#include "toolbox/codes.h"
+#include "toolbox/files.h"
+#include "toolbox/processes.h"
+
+namespace quillon {
+
+// A wait for a reply that a bus callback fills in.
+struct Waiting {
+    bool done = false;
+    OSErr result = noErr;
+    AppleEvent *reply = nullptr;
+};
+
+static OSErr error_code(const sd_bus_error *error) {
+    if (sd_bus_error_has_name(error, SD_BUS_ERROR_TIMEOUT))
+        return errAETimeout;
+    for (const char *const refusal :
+         {SD_BUS_ERROR_UNKNOWN_METHOD, SD_BUS_ERROR_UNKNOWN_OBJECT, SD_BUS_ERROR_UNKNOWN_INTERFACE})
+        if (sd_bus_error_has_name(error, refusal))
+            return errAEEventNotHandled;
+    return connectionInvalid;
+}
+
+static int on_reply(sd_bus_message *message, void *context, sd_bus_error *) {
+    Waiting *const waiting = static_cast<Waiting *>(context);
+    waiting->done = true;
+    WakeUp();
+    if (sd_bus_message_is_method_error(message, nullptr)) {
+        waiting->result = error_code(sd_bus_message_get_error(message));
+        return 0;
+    }
+    ae_make_record(waiting->reply, four("aevt"), four("ansr"));
+    std::int32_t error = 0;
+    common::Parameters parameters;
+    // A reply of another shape counts as one without parameters.
+    if (sd_bus_message_read(message, "i", &error) >= 0 && common::read_parameters(message, parameters) >= 0)
+        take_parameters(parameters, waiting->reply);
+    waiting->result = static_cast<OSErr>(error);
+    return 0;
+}
+
+// Serves events until DONE answers 1: noErr, or -1711 abandoned by IDLE, -1712 after TIMEOUT ticks.
+template <typename Done> static OSErr wait_for(Done done, std::int32_t timeout, AEIdleProc idle) {
+    const std::uint32_t start = TickCount();
+    std::uint32_t sleep = 0;
+    while (!done()) {
+        EventRecord event;
+        // Other programs' events pass while a job holds back those that start work; else they wait for the
+        // loop, which carries out what they ask for.
+        WaitNextEvent(EventsAreGated() ? 0x8140 | highLevelEventMask : 0x8140, &event, sleep);
+        // An event that was taken is handled, also when the wait is over.
+        if (event.what == kHighLevelEvent) {
+            AEProcessAppleEvent(&event);
+            continue;
+        }
+        if (event.what == nullEvent) {
+            if (done())
+                return noErr;
+            front->tool_wait();
+        }
+        if (idle && idle(&event, &sleep))
+            return errAEWaitCanceled;
+        if (timeout >= 0 && TickCount() - start >= static_cast<std::uint32_t>(timeout))
+            return errAETimeout;
+    }
+    return noErr;
+}
+
+static OSErr send_on_bus(const AppleEvent *event, AppleEvent *reply, const std::string &owner, bool wait,
+                         std::int32_t timeout, AEIdleProc idle) {
+    sd_bus *const bus = HostBus();
+    sd_bus_message *message = nullptr;
+    if (!bus)
+        return connectionInvalid;
+    const int result = common::new_event_call(
+        bus, owner,
+        {code_text(event->data->event_class), code_text(event->data->event_id), parameters_of(*event)},
+        &message);
+    OSErr outcome = result < 0 ? static_cast<OSErr>(connectionInvalid) : static_cast<OSErr>(noErr);
+    if (result >= 0 && !wait) {
+        sd_bus_message_set_expect_reply(message, 0);
+        if (sd_bus_send(bus, message, nullptr) < 0)
+            outcome = connectionInvalid;
+    } else if (result >= 0) {
+        Waiting waiting;
+        waiting.reply = reply;
+        sd_bus_slot *slot = nullptr;
+        if (sd_bus_call_async(bus, &slot, message, on_reply, &waiting, UINT64_MAX) < 0) {
+            outcome = connectionInvalid;
+        } else {
+            outcome = wait_for([&] { return waiting.done || !HostBus(); }, timeout, idle);
+            if (outcome == noErr)
+                outcome = waiting.done ? waiting.result : static_cast<OSErr>(connectionInvalid);
+        }
+        sd_bus_slot_unref(slot);
+    }
+    sd_bus_message_unref(message);
+    return outcome;
+}
+
+static OSErr open_document(const std::string &program, const AppleEvent *event) {
+    FSSpec spec;
+    static FSRef reference;
+    AEDescList list;
+    OSErr error = AEGetParamDesc(event, keyDirectObject, typeAEList, &list);
+    if (error == noErr)
+        error = AEGetNthPtr(&list, 1, typeFSS, &spec, sizeof spec, nullptr);
+    AEDisposeDesc(&list);
+    if (error == noErr)
+        error = FSpMakeFSRef(&spec, &reference);
+    if (error != noErr)
+        return error;
+    std::string name = program;
+    char *arguments[] = {name.data(), reference.path, nullptr};
+    posix_spawnattr_t attributes;
+    sigset_t none;
+    sigemptyset(&none);
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setsigmask(&attributes, &none);
+    posix_spawnattr_setflags(&attributes, static_cast<short>(POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSID));
+    pid_t pid = 0;
+    const int failure = posix_spawn(&pid, program.c_str(), nullptr, &attributes, arguments, environ);
+    posix_spawnattr_destroy(&attributes);
+    return failure == 0 ? static_cast<OSErr>(noErr) : static_cast<OSErr>(connectionInvalid);
+}
+
+// A desktop program that is not on the bus: documents and quit requests, nothing else.
+static OSErr send_to_plain(const AppleEvent *event, const ProcessSerialNumber &psn) {
+    if (event->data->event_class != four("aevt"))
+        return errAEEventNotHandled;
+    const pid_t pid = static_cast<pid_t>(psn.lowLongOfPSN);
+    if (event->data->event_id == four("quit"))
+        return kill(pid, SIGTERM) == 0 ? static_cast<OSErr>(noErr) : static_cast<OSErr>(procNotFound);
+    if (event->data->event_id != four("odoc"))
+        return errAEEventNotHandled;
+    const Launched *const program = find_launched(pid);
+    if (program)
+        return open_document(program->path, event);
+    const std::string path = common::program_of_process(pid);
+    return path.empty() ? static_cast<OSErr>(procNotFound) : open_document(path, event);
+}
+
+// Asks a program launched from here that has no name on the bus to end, and what it started with it.
+static OSErr end_program(const Launched &program) {
+    return !program.exited && kill(-program.pid, SIGTERM) == 0 ? static_cast<OSErr>(noErr)
+                                                               : static_cast<OSErr>(procNotFound);
+}
+
+// The process that TARGET names. A quit by signature goes only to a program launched from here.
+static OSErr find_target(const AEDesc &target, bool quits, ProcessSerialNumber *psn) {
+    if (target.descriptorType == typeProcessSerialNumber &&
+        target.data->bytes.size() == sizeof(ProcessSerialNumber)) {
+        std::memcpy(psn, target.data->bytes.data(), sizeof *psn);
+        return noErr;
+    }
+    OSType signature = 0;
+    if (target.descriptorType != typeApplSignature || target.data->bytes.size() != sizeof signature)
+        return paramErr;
+    std::memcpy(&signature, target.data->bytes.data(), sizeof signature);
+    for (const Launched &program : launched_programs)
+        if (program.signature == signature && !program.exited) {
+            *psn = {psn_launched, static_cast<std::uint32_t>(program.pid)};
+            return noErr;
+        }
+    if (!quits)
+        for (const Peer &peer : bus_peers)
+            if (peer.known && peer.signature == signature) {
+                *psn = {psn_bus, static_cast<std::uint32_t>(peer.pid)};
+                return noErr;
+            }
+    return procNotFound;
+}
+
+// What is handled in a wait may forget a program, so each look finds it anew.
+static bool has_ended(pid_t pid) {
+    const Launched *const program = find_launched(pid);
+    return !program || program->exited;
+}
+
+static bool has_settled(pid_t pid) {
+    return has_ended(pid) || !find_launched(pid)->owner.empty() || !HostBus();
+}
+
+OSErr AESend(const AppleEvent *event, AppleEvent *reply, std::int32_t mode, std::int16_t,
+             std::int32_t timeout, AEIdleProc idle) {
+    const bool wait = (mode & 3) == kAEWaitReply;
+    const std::int32_t limit = timeout == kAEDefaultTimeout ? 3600 : timeout;
+    const bool quits = event->data->event_class == four("aevt") && event->data->event_id == four("quit");
+    ProcessSerialNumber psn;
+    const OSErr error = find_target(event->data->target, quits, &psn);
+    if (error != noErr)
+        return error;
+    const pid_t pid = static_cast<pid_t>(psn.lowLongOfPSN);
+    if (pid == getpid())
+        return dispatch_event(event, reply);
+    const Launched *const program = psn.highLongOfPSN == psn_launched ? find_launched(pid) : nullptr;
+    if (psn.highLongOfPSN == psn_plain || (program && !program->is_bundle))
+        return send_to_plain(event, psn);
+    if ((psn.highLongOfPSN == psn_launched && !program) || (psn.highLongOfPSN == psn_bus && !find_peer(pid)))
+        return procNotFound;
+    if (quits && program && (!HostBus() || bus_owner(psn.highLongOfPSN, pid).empty()))
+        return end_program(*program);
+    if (!HostBus())
+        return connectionInvalid;
+
+    tool_waits += wait;
+    OSErr result = noErr;
+    if (program)
+        // The program has only just been launched: its name comes in a moment, or it ends.
+        result = wait_for([pid] { return has_settled(pid); }, limit, idle);
+    const std::string owner = bus_owner(psn.highLongOfPSN, pid);
+    if (result == noErr)
+        result = owner.empty()
+                     ? static_cast<OSErr>(program && has_ended(pid) ? procNotFound : connectionInvalid)
+                     : send_on_bus(event, reply, owner, wait, limit, idle);
+    tool_waits -= wait;
+    return result;
+}
+
+} // namespace quillon

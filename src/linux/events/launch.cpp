@@ -1,0 +1,88 @@
+// Launching bundles and programs.
+#include <fcntl.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "common/argument_list.h"
+#include "common/bundle.h"
+#include "front/front.h"
+#include "linux/events/peers.h"
+#include "linux/events/shell_service.h"
+#include "toolbox/processes.h"
+
+namespace quillon {
+
+// The environment of a tool: the shell's own, and what the tool is to know of the shell.
+static std::vector<std::string> tool_environment() {
+    std::vector<std::string> variables;
+    for (char **variable = environ; *variable; variable++)
+        if (std::strncmp(*variable, "QUILLON_", 8) != 0)
+            variables.emplace_back(*variable);
+    variables.push_back("QUILLON_FRONT=" + std::string(front->name));
+    variables.push_back("QUILLON_SHELL_PID=" + std::to_string(getpid()));
+    if (ConsoleFollowed())
+        variables.emplace_back("QUILLON_FOLLOWED=1");
+    return variables;
+}
+
+static int spawn(const std::string &program, bool is_bundle, pid_t *pid) {
+    posix_spawnattr_t attributes;
+    posix_spawn_file_actions_t actions;
+    sigset_t none, defaults;
+    sigemptyset(&none);
+    sigemptyset(&defaults);
+    sigaddset(&defaults, SIGPIPE);
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setsigmask(&attributes, &none);
+    posix_spawnattr_setsigdefault(&attributes, &defaults);
+    posix_spawnattr_setpgroup(&attributes, 0);
+    posix_spawnattr_setflags(&attributes,
+                             static_cast<short>(POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF |
+                                                (is_bundle ? POSIX_SPAWN_SETPGROUP : POSIX_SPAWN_SETSID)));
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    // Standard output is the console's text in the headless front; what a program says goes to standard
+    // error.
+    posix_spawn_file_actions_adddup2(&actions, STDERR_FILENO, STDOUT_FILENO);
+
+    std::vector<std::string> variables = is_bundle ? tool_environment() : std::vector<std::string>();
+    const std::vector<char *> environment = common::argument_list(variables);
+    std::string name = program;
+    char *arguments[] = {name.data(), nullptr};
+    const int error = posix_spawn(pid, program.c_str(), &actions, &attributes, arguments,
+                                  is_bundle ? environment.data() : environ);
+    posix_spawn_file_actions_destroy(&actions);
+    posix_spawnattr_destroy(&attributes);
+    return error;
+}
+
+OSErr LaunchApplication(LaunchParamBlockRec *block) {
+    static FSRef reference;
+    const OSErr error = FSpMakeFSRef(block->launchAppSpec, &reference);
+    if (error != noErr)
+        return error;
+    Launched program;
+    program.path = reference.path;
+    program.is_bundle = common::is_bundle_path(program.path);
+    program.signature = signature_of(program.path);
+    const int failure = spawn(program.is_bundle ? common::program_of_bundle(program.path) : program.path,
+                              program.is_bundle, &program.pid);
+    if (failure == ENOMEM || failure == EAGAIN)
+        return memFullErr;
+    if (failure != 0)
+        return failure == ENOENT ? static_cast<OSErr>(fnfErr) : static_cast<OSErr>(permErr);
+    program.descriptor = static_cast<int>(syscall(SYS_pidfd_open, program.pid, 0));
+    add_launched(program);
+    block->launchProcessSN = {psn_launched, static_cast<std::uint32_t>(program.pid)};
+    return noErr;
+}
+
+} // namespace quillon

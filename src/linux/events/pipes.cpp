@@ -1,0 +1,66 @@
+#include "toolbox/pipes.h"
+
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "common/places.h"
+#include "linux/files/kept_folders.h"
+
+namespace quillon {
+
+namespace {
+
+void *library = nullptr;
+
+// Contents/Helpers of the shell's bundle; empty where there is none.
+std::string helpers_folder() {
+    const std::string folder = common::above_own_program(2) + "/Helpers";
+    return ::access(folder.c_str(), X_OK) == 0 ? folder : "";
+}
+
+std::string single_quoted(const std::string &text) {
+    std::string quoted = "'";
+    for (const char c : text)
+        quoted += c == '\'' ? "'\\''" : std::string(1, c);
+    return quoted + "'";
+}
+
+// The command finds the helpers first; nothing else of this process sees their folder.
+std::FILE *open_pipe(const char *command, const char *mode) {
+    static const std::string folder = helpers_folder();
+    std::string line;
+    if (!folder.empty())
+        line = "PATH=" + single_quoted(folder) + "${PATH:+:$PATH}; export PATH\n";
+    return ::popen((line + command).c_str(), mode);
+}
+
+// What the command did to folders is seen from here on.
+int close_pipe(std::FILE *pipe) {
+    const int status = ::pclose(pipe);
+    ForgetFolders();
+    return status;
+}
+
+} // namespace
+
+int SystemFrameworkLoad() {
+    if (!library)
+        library = ::dlopen("libc.so.6", RTLD_LAZY);
+    return library != nullptr;
+}
+
+void *SystemFunction(const char *name) {
+    if (!SystemFrameworkLoad())
+        return nullptr;
+    if (std::strcmp(name, "popen") == 0)
+        return reinterpret_cast<void *>(open_pipe);
+    if (std::strcmp(name, "pclose") == 0)
+        return reinterpret_cast<void *>(close_pipe);
+    return ::dlsym(library, name);
+}
+
+} // namespace quillon

@@ -1,0 +1,18 @@
+// The tables behind the process list, for this folder alone.
+#ifndef QUILLON_LINUX_EVENTS_PROCESS_TABLE_H
+#define QUILLON_LINUX_EVENTS_PROCESS_TABLE_H
+
+#include <sys/wait.h>
+
+#include <list>
+
+#include "linux/events/peers.h"
+
+namespace quillon {
+
+extern std::list<Launched> launched_programs;
+extern std::list<Peer> bus_peers;
+
+} // namespace quillon
+
+#endif

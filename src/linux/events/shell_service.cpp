@@ -1,0 +1,265 @@
+#include "linux/events/shell_service.h"
+
+#include <cstring>
+#include <string>
+
+#include "common/activation.h"
+#include "common/path_forms.h"
+#include "common/session_bus.h"
+#include "common/utf8.h"
+#include "front/front.h"
+#include "linux/events/ae_data.h"
+#include "linux/events/ae_receive.h"
+#include "linux/events/event_sources.h"
+#include "toolbox/files.h"
+
+namespace quillon {
+
+static sd_bus_track *followers = nullptr;
+static common::Utf8Feed feed;
+
+int ConsoleFollowed() {
+    return followers && sd_bus_track_count(followers) > 0;
+}
+
+void FeedConsoleText(const char *text, std::size_t length) {
+    sd_bus *const bus = HostBus();
+    const std::string whole = feed.take({text, length});
+    if (bus && !whole.empty())
+        sd_bus_emit_signal(bus, common::shell_path, common::shell_interface, "ConsoleText", "s",
+                           whole.c_str());
+}
+
+// The text under KEYWORD of a reply.
+static std::string reply_text(const AppleEvent *reply, OSType keyword) {
+    std::size_t size = 0;
+    if (AEGetParamPtr(reply, keyword, typeChar, nullptr, 0, &size) != noErr)
+        return "";
+    std::string text(size, '\0');
+    AEGetParamPtr(reply, keyword, typeChar, text.data(), size, nullptr);
+    return text;
+}
+
+static void answer_text(sd_bus_message *call, const std::string &text) {
+    common::Utf8Feed valid;
+    sd_bus_reply_method_return(call, "s", (valid.take(text) + valid.finish()).c_str());
+}
+
+static void answer_exec(sd_bus_message *call, OSErr result, const AppleEvent *reply) {
+    std::int32_t status = 0;
+    const OSType outcome = call_outcome();
+    if (result != noErr ||
+        AEGetParamPtr(reply, keyDirectObject, typeLongInteger, &status, sizeof status, nullptr))
+        sd_bus_reply_method_errorf(call, "org.quillon.Shell1.Error.Busy", "%s",
+                                   reply_text(reply, keyErrorString).c_str());
+    else if (outcome == four("nrun"))
+        sd_bus_reply_method_errorf(call, "org.quillon.Shell1.Error.NotRun", "the tool could not be run");
+    else if (outcome == four("cncl"))
+        sd_bus_reply_method_errorf(call, "org.quillon.Shell1.Error.Cancelled", "the run was cancelled");
+    else if (outcome == four("unkn"))
+        sd_bus_reply_method_errorf(call, "org.quillon.Shell1.Error.UnknownCommand", "no tool has that name");
+    else
+        sd_bus_reply_method_return(call, "i", status);
+}
+
+static void answer_find(sd_bus_message *call, OSErr, const AppleEvent *reply) {
+    answer_text(call, reply_text(reply, keyErrorString));
+}
+
+static void answer_formats(sd_bus_message *call, OSErr, const AppleEvent *reply) {
+    answer_text(call, reply_text(reply, keyDirectObject));
+}
+
+// The reply to 'loca' holds an HFS path.
+static void answer_locate(sd_bus_message *call, OSErr, const AppleEvent *reply) {
+    static FSRef reference;
+    FSSpec spec;
+    const std::string hfs_path = reply_text(reply, keyDirectObject);
+    const bool found = !hfs_path.empty() && FSMakeFSSpec(0, 0, hfs_path.c_str(), &spec) == noErr &&
+                       FSpMakeFSRef(&spec, &reference) == noErr;
+    answer_text(call, found ? reference.path : "");
+}
+
+static void answer_nothing(sd_bus_message *call, OSErr, const AppleEvent *) {
+    sd_bus_reply_method_return(call, "");
+}
+
+static int queue_event(AppleEvent event, sd_bus_message *call, AnswerProcedure answer, sd_bus_error *error) {
+    if (queue_received_event(event, call, answer))
+        return 1;
+    return sd_bus_error_set(error, "org.quillon.Shell1.Error.Busy", "too many events wait");
+}
+
+static int queue_exec(const std::string &command, const std::string &folder, sd_bus_message *call,
+                      sd_bus_error *error) {
+    AppleEvent event;
+    ae_make_record(&event, four("QUIL"), four("exec"));
+    AEPutParamPtr(&event, keyDirectObject, typeChar, command.data(), command.size());
+    FSSpec spec;
+    if (!folder.empty()) {
+        if (FSPathMakeSpec(folder.c_str(), &spec) != noErr) {
+            AEDisposeDesc(&event);
+            return sd_bus_error_setf(error, SD_BUS_ERROR_INVALID_ARGS, "there is no folder %s",
+                                     common::is_utf8(folder) ? folder.c_str() : "of that name");
+        }
+        AEPutParamPtr(&event, four("dest"), typeFSS, &spec, sizeof spec);
+    }
+    return queue_event(event, call, answer_exec, error);
+}
+
+static int method_exec(sd_bus_message *call, void *, sd_bus_error *error) {
+    const char *command = nullptr, *folder = nullptr;
+    const int result = sd_bus_message_read(call, "ss", &command, &folder);
+    return result < 0 ? result : queue_exec(command, folder, call, error);
+}
+
+static std::string read_array(sd_bus_message *call) {
+    const void *data = nullptr;
+    std::size_t size = 0;
+    if (sd_bus_message_read_array(call, 'y', &data, &size) < 0)
+        return "";
+    return std::string(static_cast<const char *>(data), size);
+}
+
+static int method_exec_raw(sd_bus_message *call, void *, sd_bus_error *error) {
+    const std::string command = read_array(call);
+    return queue_exec(command, read_array(call), call, error);
+}
+
+static int queue_text_event(sd_bus_message *call, OSType id, AnswerProcedure answer, sd_bus_error *error) {
+    const char *text = nullptr;
+    const int result = sd_bus_message_read(call, "s", &text);
+    if (result < 0)
+        return result;
+    AppleEvent event;
+    ae_make_record(&event, four("QUIL"), id);
+    AEPutParamPtr(&event, keyDirectObject, typeChar, text, std::strlen(text));
+    return queue_event(event, call, answer, error);
+}
+
+static int method_locate(sd_bus_message *call, void *, sd_bus_error *error) {
+    return queue_text_event(call, four("loca"), answer_locate, error);
+}
+
+static int method_find(sd_bus_message *call, void *, sd_bus_error *error) {
+    return queue_text_event(call, four("find"), answer_find, error);
+}
+
+static int method_formats(sd_bus_message *call, void *, sd_bus_error *error) {
+    AppleEvent event;
+    ae_make_record(&event, four("QUIL"), four("frmt"));
+    return queue_event(event, call, answer_formats, error);
+}
+
+static int queue_open(const std::string &path, sd_bus_message *call, AnswerProcedure answer,
+                      sd_bus_error *error) {
+    FSSpec spec;
+    if (path.empty() || path[0] != '/' || FSPathMakeSpec(path.c_str(), &spec) != noErr)
+        return sd_bus_error_setf(error, SD_BUS_ERROR_INVALID_ARGS, "there is no file %s",
+                                 common::is_utf8(path) ? path.c_str() : "of that name");
+    AppleEvent event;
+    AEDesc item, list;
+    ae_make_record(&event, four("aevt"), four("odoc"));
+    AECreateList(&list);
+    AECreateDesc(typeFSS, &spec, sizeof spec, &item);
+    AEPutDesc(&list, 0, &item);
+    AEPutParamDesc(&event, keyDirectObject, &list);
+    AEDisposeDesc(&item);
+    AEDisposeDesc(&list);
+    return queue_event(event, call, answer, error);
+}
+
+static int method_open(sd_bus_message *call, void *, sd_bus_error *error) {
+    const char *path = nullptr;
+    const int result = sd_bus_message_read(call, "s", &path);
+    return result < 0 ? result : queue_open(path, call, answer_nothing, error);
+}
+
+static int method_open_raw(sd_bus_message *call, void *, sd_bus_error *error) {
+    return queue_open(read_array(call), call, answer_nothing, error);
+}
+
+static int method_cancel(sd_bus_message *call, void *, sd_bus_error *) {
+    RequestCancel();
+    return sd_bus_reply_method_return(call, "");
+}
+
+static int method_quit(sd_bus_message *call, void *, sd_bus_error *) {
+    RequestLeave();
+    return sd_bus_reply_method_return(call, "");
+}
+
+static int method_follow(sd_bus_message *call, void *, sd_bus_error *) {
+    int on = 0;
+    const int result = sd_bus_message_read(call, "b", &on);
+    if (result < 0)
+        return result;
+    if (!followers)
+        sd_bus_track_new(sd_bus_message_get_bus(call), &followers, nullptr, nullptr);
+    if (on)
+        sd_bus_track_add_sender(followers, call);
+    else
+        sd_bus_track_remove_sender(followers, call);
+    return sd_bus_reply_method_return(call, "");
+}
+
+static const sd_bus_vtable shell_table[] = {
+    SD_BUS_VTABLE_START(0),
+    SD_BUS_METHOD("Exec", "ss", "i", method_exec, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("ExecRaw", "ayay", "i", method_exec_raw, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("Locate", "s", "s", method_locate, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("Find", "s", "s", method_find, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("Formats", "", "s", method_formats, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("Open", "s", "", method_open, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("OpenRaw", "ay", "", method_open_raw, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("Cancel", "", "", method_cancel, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("Quit", "", "", method_quit, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("Follow", "b", "", method_follow, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_SIGNAL("ConsoleText", "s", 0),
+    SD_BUS_VTABLE_END,
+};
+
+static int method_activate(sd_bus_message *call, void *, sd_bus_error *error) {
+    const std::string token = common::read_platform_data(call);
+    front->bring_to_front(token.empty() ? nullptr : token.c_str());
+    AppleEvent event;
+    ae_make_record(&event, four("aevt"), four("oapp"));
+    return queue_event(event, call, answer_nothing, error);
+}
+
+static int method_open_uris(sd_bus_message *call, void *, sd_bus_error *error) {
+    int result = sd_bus_message_enter_container(call, 'a', "s");
+    const char *uri = nullptr;
+    while (result >= 0 && (result = sd_bus_message_read(call, "s", &uri)) > 0) {
+        // One document event a file; the call itself is answered below.
+        const int queued = queue_open(common::path_of_uri(uri), nullptr, nullptr, error);
+        if (queued < 0)
+            return queued;
+    }
+    if (result < 0 || (result = sd_bus_message_exit_container(call)) < 0)
+        return result;
+    const std::string token = common::read_platform_data(call);
+    front->bring_to_front(token.empty() ? nullptr : token.c_str());
+    return sd_bus_reply_method_return(call, "");
+}
+
+static int method_activate_action(sd_bus_message *, void *, sd_bus_error *error) {
+    return sd_bus_error_set(error, SD_BUS_ERROR_INVALID_ARGS, "there is no such action");
+}
+
+static const sd_bus_vtable desktop_table[] = {
+    SD_BUS_VTABLE_START(0),
+    SD_BUS_METHOD("Activate", "a{sv}", "", method_activate, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("Open", "asa{sv}", "", method_open_uris, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("ActivateAction", "sava{sv}", "", method_activate_action, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_VTABLE_END,
+};
+
+int offer_shell_service(sd_bus *bus) {
+    sd_bus_add_object_vtable(bus, nullptr, common::shell_path, common::shell_interface, shell_table, nullptr);
+    sd_bus_add_object_vtable(bus, nullptr, common::shell_path, common::desktop_interface, desktop_table,
+                             nullptr);
+    return sd_bus_request_name(bus, common::shell_name, 0) >= 0;
+}
+
+} // namespace quillon

@@ -1,0 +1,47 @@
+#include "state/job_scope.h"
+
+#include "front/front.h"
+#include "toolbox/events.h"
+
+namespace quillon {
+
+JobOutcome job_outcome = job_done;
+
+static int depth = 0;
+
+// What stays in the queue while a job runs: menu choices, command keys, and the events that start work.
+static int admits(const EventRecord &event) {
+    if (event.what == mouseDown)
+        return event.message == 0;
+    if (event.what == keyDown || event.what == autoKey)
+        return !(event.modifiers & cmdKey);
+    if (event.what != kHighLevelEvent)
+        return 1;
+    const OSType id = static_cast<OSType>(static_cast<std::uint16_t>(event.where.v)) << 16 |
+                      static_cast<std::uint16_t>(event.where.h);
+    return !(event.message == four("QUIL") && (id == four("exec") || id == four("find"))) &&
+           !(event.message == four("aevt") && id == four("odoc"));
+}
+
+void checkEvt() {}
+
+void begin_job() {
+    if (depth++ > 0)
+        return;
+    CancelRequested(); // a request from before this job says nothing about it
+    SetEventGate(admits);
+    front->commands_admitted(0);
+}
+
+void end_job() {
+    if (--depth > 0)
+        return;
+    SetEventGate(nullptr);
+    front->commands_admitted(1);
+}
+
+int job_running() {
+    return depth > 0;
+}
+
+} // namespace quillon

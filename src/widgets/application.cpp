@@ -1,0 +1,25 @@
+#include "widgets/application.h"
+
+#include <QApplication>
+
+#include "widgets/display.h"
+
+namespace widgets {
+
+bool make_window_application() {
+    static QApplication *made = nullptr;
+    if (made)
+        return true;
+    if (!display_opens())
+        return false;
+    static int count = 1;
+    static char name[] = "quillon";
+    static char *values[] = {name, nullptr};
+    QGuiApplication::setDesktopFileName(QStringLiteral("org.quillon.Shell"));
+    QApplication::setApplicationName(QStringLiteral("Quillon"));
+    QApplication::setQuitOnLastWindowClosed(false);
+    made = new QApplication(count, values);
+    return true;
+}
+
+} // namespace widgets
