@@ -14,7 +14,6 @@
 #include "client/start.h"
 #include "common/preferences.h"
 #include "common/session_bus.h"
-#include "common/utf8.h"
 
 namespace client {
 
@@ -49,6 +48,13 @@ int on_console(sd_bus_message *message, void *data, sd_bus_error *) {
     const char *text = nullptr;
     if (sd_bus_message_read_basic(message, 's', &text) > 0)
         show(session.output.console_text(text));
+    return 0;
+}
+
+int on_transcript(sd_bus_message *message, void *data, sd_bus_error *) {
+    int begins = 0;
+    if (sd_bus_message_read(message, "b", &begins) > 0)
+        static_cast<Session *>(data)->output.transcript(begins != 0);
     return 0;
 }
 
@@ -139,16 +145,15 @@ void pass_answer(Session &session) {
 
 int send_exec(Session &session, const ExecRequest &request) {
     const std::string line = command_line(request.words, common::space_byte());
-    const bool text = common::is_utf8(line) && common::is_utf8(request.folder);
     sd_bus_message *call = nullptr;
-    int result = sd_bus_message_new_method_call(session.bus, &call, shell_name, shell_path, shell_interface,
-                                                text ? "Exec" : "ExecRaw");
-    for (const std::string *part : {&line, &request.folder}) {
-        if (result < 0)
-            break;
-        result = text ? sd_bus_message_append_basic(call, 's', part->c_str())
-                      : sd_bus_message_append_array(call, 'y', part->data(), part->size());
-    }
+    int result =
+        sd_bus_message_new_method_call(session.bus, &call, shell_name, shell_path, shell_interface, "Run");
+    for (const std::string *part : {&line, &request.folder})
+        if (result >= 0)
+            result = sd_bus_message_append_array(call, 'y', part->data(), part->size());
+    if (result >= 0)
+        result = sd_bus_message_append(call, "a{sv}", 3, "view", "b", 1, "edit", "b", 1, "answer", "b",
+                                       request.follow ? 1 : 0);
     if (result >= 0)
         result = sd_bus_call_async(session.bus, nullptr, call, on_done, &session, UINT64_MAX);
     sd_bus_message_unref(call);
@@ -158,6 +163,8 @@ int send_exec(Session &session, const ExecRequest &request) {
 void listen(Session &session) {
     sd_bus_match_signal(session.bus, nullptr, shell_name, shell_path, shell_interface, "ConsoleText",
                         on_console, &session);
+    sd_bus_match_signal(session.bus, nullptr, shell_name, shell_path, shell_interface, "ConsoleTranscript",
+                        on_transcript, &session);
     if (session.follow) {
         sd_bus_match_signal(session.bus, nullptr, nullptr, common::application_path, common::tool_interface,
                             "Output", on_output, &session);

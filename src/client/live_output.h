@@ -1,4 +1,4 @@
-// What a followed run shows: the tool's output as it comes, and the console's text without its second copy.
+// What a followed run shows: the tool's output as it comes, and the console's text.
 #ifndef QUILLON_CLIENT_LIVE_OUTPUT_H
 #define QUILLON_CLIENT_LIVE_OUTPUT_H
 
@@ -9,19 +9,20 @@ namespace client {
 
 class LiveOutput {
   public:
-    // Text of the tool as it is to be shown: ECHO, what the person typed and the terminal here has shown
-    // already, is left out once.
+    // Returns the tool's text as it is to be shown. What a person typed, which the terminal has shown already
+    // and the tool's own terminal repeats, is left out once.
     std::string tool_text(std::string_view bytes);
     void expect_echo(std::string_view typed) { echo_ += typed; }
-    // Console text as it is to be shown: the transcript of what was shown live is left out. Line ends become
-    // line feeds.
+    // Returns console text as it is to be shown, with line feeds. A transcript of what was shown live is left
+    // out.
     std::string console_text(std::string_view text);
+    // The console's text is a tool's transcript from here on, or is so no longer.
+    void transcript(bool begins) { in_transcript_ = begins; }
 
   private:
-    std::string shown_; // the tool's whole output, line ends as line feeds
     std::string echo_;
-    std::size_t passed_ = 0; // how much of shown_ the console has repeated
-    bool after_return_ = false;
+    bool shown_ = false;
+    bool in_transcript_ = false;
 };
 
 } // namespace client

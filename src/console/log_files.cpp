@@ -33,7 +33,10 @@ static int append_file(const FSSpec *location) {
 }
 
 void ReadLogFile(const FSSpec *location) {
-    if (append_file(location))
+    MarkTranscript(1);
+    const int shown = append_file(location);
+    MarkTranscript(0);
+    if (shown)
         FSpDelete(location);
 }
 

@@ -167,6 +167,23 @@ static void tell_outcome() {
     AESetCallOutcome(outcomes[job_outcome]);
 }
 
+// A wish of the caller's: 1 unless the parameter says 0.
+static std::uint8_t wish(const AppleEvent *event, OSType keyword) {
+    std::int32_t value = 1;
+    return AEGetParamPtr(event, keyword, typeLongInteger, &value, sizeof value, nullptr) != noErr ||
+           value != 0;
+}
+
+// The first error of the run, in the reply to a caller that asked for it.
+static void put_first_error(AppleEvent *reply) {
+    BoundedString<1024> posix_path;
+    if (!expects_reply(reply) || job_error_file.empty())
+        return;
+    put_text(reply, four("errf"), UnixFileToPosixFile(job_error_file.c_str(), posix_path));
+    put_text(reply, four("errm"), job_error_message.c_str());
+    AEPutParamPtr(reply, four("errl"), typeLongInteger, &job_error_line, sizeof job_error_line);
+}
+
 OSErr HandleAppleScript(const AppleEvent *event, AppleEvent *reply, std::int32_t) {
     OSErr error = refuse_when_busy(reply, exec_busy_text);
     if (error != noErr)
@@ -174,12 +191,21 @@ OSErr HandleAppleScript(const AppleEvent *event, AppleEvent *reply, std::int32_t
     read_text(event, mycommand);
     take_folder(event);
     SetCurrDirFromParameter(mycommand);
+    const std::uint8_t views = wish(event, four("view")), edits = wish(event, four("edit"));
+    std::int32_t wants_error = 0;
+    AEGetParamPtr(event, four("rslt"), typeLongInteger, &wants_error, sizeof wants_error, nullptr);
     if ((error = RequiredCheck(event)) != noErr) {
         ml_printf("I missed something.\n");
         return error;
     }
+    job_views = views;
+    job_edits = edits;
+    job_error_file.clear();
     DoAppleScript();
+    job_views = job_edits = 1;
     tell_outcome();
+    if (wants_error)
+        put_first_error(reply);
     if (expects_reply(reply))
         AEPutParamPtr(reply, keyDirectObject, typeLongInteger, &exit_status, sizeof exit_status);
     return noErr;

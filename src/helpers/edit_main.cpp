@@ -60,7 +60,7 @@ int main(int argc, char **argv) {
     launch.words = editor_command(editor, *row, file, std::atol(argv[1] + 1), problem);
     if (launch.words.empty())
         return fail(problem);
-    take_mark(file);
+    take_over(file);
     const int error = start_detached(launch);
     return error == 0 ? 0 : fail("I can't start " + launch.words[0] + ": " + std::strerror(error));
 }

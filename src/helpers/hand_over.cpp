@@ -1,9 +1,12 @@
 #include "helpers/hand_over.h"
 
 #include <cerrno>
-#include <ctime>
+#include <dirent.h>
 #include <fcntl.h>
 #include <functional>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include "common/places.h"
@@ -12,42 +15,82 @@ namespace helpers {
 
 namespace {
 
-constexpr int steps = 50;
-constexpr long step_nanoseconds = 20'000'000;
+constexpr int patience = 1000; // milliseconds
 
-std::string mark_path(const std::string &document) {
+// What the names of the sockets for DOCUMENT begin with; the process that waits follows.
+std::string name_prefix(const std::string &document) {
+    return "opening-" + std::to_string(std::hash<std::string>{}(document)) + "-";
+}
+
+// The address of the socket NAME in the folder open as FOLDER. The folder's own path may be longer than an
+// address can hold, so its descriptor stands for it.
+sockaddr_un address_of(int folder, const std::string &name) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const std::string path = "/proc/self/fd/" + std::to_string(folder) + "/" + name;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    return address;
+}
+
+int open_folder() {
     const std::string folder = common::temporary_folder();
-    if (!common::make_private_folder(folder))
-        return "";
-    return folder + "/opening-" + std::to_string(std::hash<std::string>{}(document));
+    return common::make_private_folder(folder) ? open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)
+                                               : -1;
 }
 
 } // namespace
 
-std::string leave_mark(const std::string &document) {
-    const std::string path = mark_path(document);
-    if (path.empty())
-        return "";
-    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
-    if (file < 0)
-        return "";
-    close(file);
-    return path;
-}
-
-bool mark_is_left(const std::string &mark) {
-    for (int step = 0; step < steps; step++) {
-        if (access(mark.c_str(), F_OK) != 0)
-            return false;
-        const timespec moment = {0, step_nanoseconds};
-        nanosleep(&moment, nullptr);
+WaitingPlace wait_for(const std::string &document) {
+    WaitingPlace place;
+    const int folder = open_folder();
+    if (folder < 0)
+        return place;
+    const std::string name = name_prefix(document) + std::to_string(getpid());
+    const sockaddr_un address = address_of(folder, name);
+    const int descriptor = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    if (descriptor >= 0 &&
+        bind(descriptor, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0) {
+        place.socket = descriptor;
+        place.path = common::temporary_folder() + "/" + name;
+    } else if (descriptor >= 0) {
+        close(descriptor);
     }
-    return unlink(mark.c_str()) == 0;
+    close(folder);
+    return place;
 }
 
-bool take_mark(const std::string &document) {
-    const std::string path = mark_path(document);
-    return !path.empty() && unlink(path.c_str()) == 0;
+bool is_taken_over(const WaitingPlace &place) {
+    pollfd source = {place.socket, POLLIN, 0};
+    while (poll(&source, 1, patience) < 0 && errno == EINTR) {
+    }
+    // Nobody finds the place from here on; what was sent before is still there.
+    unlink(place.path.c_str());
+    char word;
+    return recv(place.socket, &word, sizeof word, MSG_DONTWAIT) > 0;
+}
+
+void take_over(const std::string &document) {
+    const int folder = open_folder();
+    DIR *const entries = folder >= 0 ? fdopendir(folder) : nullptr;
+    if (!entries) {
+        close(folder);
+        return;
+    }
+    const std::string prefix = name_prefix(document);
+    const int sender = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    while (const dirent *const entry = readdir(entries)) {
+        const std::string name = entry->d_name;
+        if (!name.starts_with(prefix))
+            continue;
+        const sockaddr_un address = address_of(folder, name);
+        // A place whose owner was killed refuses; it goes.
+        if (sendto(sender, "1", 1, MSG_DONTWAIT, reinterpret_cast<const sockaddr *>(&address),
+                   sizeof address) < 0 &&
+            errno == ECONNREFUSED)
+            unlinkat(folder, name.c_str(), 0);
+    }
+    close(sender);
+    closedir(entries);
 }
 
 } // namespace helpers

@@ -1,5 +1,5 @@
 // A file that is opened and then shown at a line is opened once: the start of the first command waits a
-// moment for the second, which takes it over.
+// moment for the second, which takes the file over.
 #ifndef QUILLON_HELPERS_HAND_OVER_H
 #define QUILLON_HELPERS_HAND_OVER_H
 
@@ -7,13 +7,18 @@
 
 namespace helpers {
 
-// Says that DOCUMENT is about to be opened: a mark in the temporary folder; empty when it cannot be made.
-std::string leave_mark(const std::string &document);
-// Waits for somebody to take the mark: false when it was taken, true when the time is up and it is ours
-// again.
-bool mark_is_left(const std::string &mark);
-// 1 when DOCUMENT was about to be opened: whoever waited leaves it now.
-bool take_mark(const std::string &document);
+// A socket in the temporary folder, on which whoever takes a document over says so.
+struct WaitingPlace {
+    int socket = -1; // the caller's to close; -1 when there is none
+    std::string path;
+};
+
+// Makes a place that waits for DOCUMENT (an absolute POSIX path). Its socket is -1 when none can be made.
+WaitingPlace wait_for(const std::string &document);
+// Waits at most a second and gives the place up. True when DOCUMENT was taken over in that time.
+bool is_taken_over(const WaitingPlace &place);
+// Tells everybody who waits for DOCUMENT that the caller takes it over.
+void take_over(const std::string &document);
 
 } // namespace helpers
 

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "common/argument_list.h"
+#include "common/descriptors.h"
 #include "common/host_files.h"
 #include "common/path_forms.h"
 #include "common/places.h"
@@ -44,14 +45,12 @@ void forget_signals() {
     sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
-// Nothing of the caller's stays open but REPORT.
-void forget_files(int report) {
+// Nothing of the caller's stays open but REPORT and KEPT.
+void forget_files(int report, int kept) {
     const int nothing = open("/dev/null", O_RDWR);
     for (int standard = 0; standard <= 2; standard++)
         dup2(nothing, standard);
-    if (report > 3)
-        close_range(3, static_cast<unsigned>(report) - 1, 0);
-    close_range(static_cast<unsigned>(report) + 1, ~0U, 0);
+    common::close_others({report, kept});
 }
 
 void tell(int report, int error) {
@@ -79,7 +78,7 @@ void tell(int report, int error) {
 [[noreturn]] void middle_process(const Launch &launch, const std::string &program, int report) {
     setsid();
     forget_signals();
-    forget_files(report);
+    forget_files(report, launch.kept);
     const pid_t pid = fork();
     if (pid == 0)
         become_program(launch, program, report);

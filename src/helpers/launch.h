@@ -15,6 +15,7 @@ struct Launch {
     // Called in the process that will be the program; false leaves the start out. The caller does not wait
     // for it, and is not told what comes of the start.
     std::function<bool()> before;
+    int kept = -1; // a descriptor that stays open for BEFORE
     // Called, beside the program, once it runs; its process ends afterwards.
     std::function<void(pid_t program)> after;
 };

@@ -36,9 +36,12 @@ int open_in_editor(const Application &editor, const common::EditorRow &row, cons
     launch.words = editor_command(editor, row, document, 0, problem);
     if (launch.words.empty())
         return fail(problem);
-    const std::string mark = line_follows(document) ? leave_mark(document) : "";
-    if (!mark.empty() && !program_path(launch.words[0]).empty())
-        launch.before = [mark] { return mark_is_left(mark); };
+    const bool waits = line_follows(document) && !program_path(launch.words[0]).empty();
+    const WaitingPlace place = waits ? wait_for(document) : WaitingPlace();
+    if (place.socket >= 0) {
+        launch.kept = place.socket;
+        launch.before = [place] { return !is_taken_over(place); };
+    }
     const int error = start_detached(launch);
     return error == 0 ? 0 : fail("I can't start " + launch.words[0] + ": " + std::strerror(error));
 }

@@ -105,9 +105,12 @@ void CallTheEditor() {
 static void after_run() {
     restore();
     set_str_resource("TEXDIR", curr_dir.c_str());
-    if (tex_error == 0 && doView == 1)
+    if (tex_error == 0 && doView == 1 && job_views)
         SetViewFile();
-    CallTheEditor();
+    if (job_edits)
+        CallTheEditor();
+    else
+        calleditor = 0;
 }
 
 void doAfterTeX() {

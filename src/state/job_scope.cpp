@@ -6,6 +6,10 @@
 namespace quillon {
 
 JobOutcome job_outcome = job_done;
+std::uint8_t job_views = 1, job_edits = 1;
+BoundedString<256> job_error_file;
+std::int32_t job_error_line = 0;
+BoundedString<1024> job_error_message;
 
 static int depth = 0;
 

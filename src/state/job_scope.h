@@ -2,11 +2,24 @@
 #ifndef QUILLON_STATE_JOB_SCOPE_H
 #define QUILLON_STATE_JOB_SCOPE_H
 
+#include <cstdint>
+
+#include "toolbox/bounded.h"
+
 namespace quillon {
 
 // How the last command given to the dispatcher ended, for a caller on the bus.
 enum JobOutcome { job_done, job_not_run, job_cancelled, job_unknown };
 extern JobOutcome job_outcome;
+
+// What may follow the job that runs, as whoever asked for it wishes: the viewer after a clean run, the editor
+// after an error. 1 unless the caller said otherwise.
+extern std::uint8_t job_views, job_edits;
+// The first error of the last run, as its tool told it: the file (a Unix path), the line, and what the engine
+// said. An empty file for none.
+extern BoundedString<256> job_error_file;
+extern std::int32_t job_error_line;
+extern BoundedString<1024> job_error_message;
 
 // A point where events could be polled; does nothing.
 void checkEvt();

@@ -1,6 +1,5 @@
 #include "toolhost/guard.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -19,6 +18,7 @@
 #include <unistd.h>
 
 #include "common/argument_list.h"
+#include "common/descriptors.h"
 
 namespace toolhost {
 
@@ -130,21 +130,6 @@ int moved_up(int descriptor) {
     return descriptor < 0 ? -1 : fcntl(descriptor, F_DUPFD_CLOEXEC, 20);
 }
 
-// Closes every descriptor from 3 up that is not among KEPT.
-void close_others(std::vector<int> kept) {
-    std::sort(kept.begin(), kept.end());
-    unsigned first = 3;
-    for (const int descriptor : kept) {
-        if (descriptor < 3)
-            continue;
-        const auto number = static_cast<unsigned>(descriptor);
-        if (number > first)
-            close_range(first, number - 1, 0);
-        first = number + 1;
-    }
-    close_range(first, ~0U, 0);
-}
-
 char *title = nullptr;
 std::size_t title_room = 0;
 
@@ -179,7 +164,7 @@ void write_title() {
         _exit(1);
     const int failure_in = moved_up(failure[0]);
     const int failure_out = moved_up(failure[1]);
-    close_others({link, mine.terminal, mine.record, children, failure_in, failure_out});
+    common::close_others({link, mine.terminal, mine.record, children, failure_in, failure_out});
 
     const std::vector<char *> words = common::argument_list(mine.words);
     const std::vector<char *> environment = common::argument_list(mine.environment);

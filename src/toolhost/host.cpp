@@ -8,7 +8,6 @@
 #include <sys/signalfd.h>
 #include <unistd.h>
 
-#include "common/clock.h"
 #include "common/session_bus.h"
 #include "toolbox/types.h"
 #include "toolhost/window/open_window.h"
@@ -22,12 +21,16 @@ using common::tool_interface;
 namespace {
 
 constexpr std::size_t window_text_limit = 262144;
-constexpr std::uint64_t window_delay = 500000;
-constexpr std::uint64_t follower_look_delay = 100000;
-constexpr std::uint64_t follower_grace = 2000000;
+constexpr std::uint64_t window_delay = 500000; // microseconds
+// A program that asks again and again at the end of its input is ended.
+constexpr int most_ends_of_input = 100;
 
 int on_answer(sd_bus_message *message, void *self, sd_bus_error *) {
     return static_cast<Host *>(self)->answer(message);
+}
+
+int on_follow(sd_bus_message *call, void *self, sd_bus_error *) {
+    return static_cast<Host *>(self)->follow(call);
 }
 
 int get_waiting(sd_bus *, const char *, const char *, const char *, sd_bus_message *reply, void *self,
@@ -39,6 +42,7 @@ const sd_bus_vtable tool_vtable[] = {
     SD_BUS_VTABLE_START(0),
     SD_BUS_PROPERTY("Waiting", "b", get_waiting, 0, SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),
     SD_BUS_METHOD("Answer", "ay", "", on_answer, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("Follow", "b", "", on_follow, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_SIGNAL("Output", "ay", 0),
     SD_BUS_VTABLE_END,
 };
@@ -54,17 +58,15 @@ bool front_is_desktop() {
 Host::Host(const common::Bundle &bundle)
     : bundle_(bundle), object_{bundle.signature, bundle.tool, bundle.path,
                                [this](sd_bus_message *call, sd_bus_error *) { return event(call); }},
-      desktop_(front_is_desktop()) {
-    const char *const followed = std::getenv("QUILLON_FOLLOWED");
-    told_followed_ = followed && *followed == '1';
-}
+      desktop_(front_is_desktop()) {}
 
 Host::~Host() {
     run_.reset();
     sd_bus_message_unref(command_);
     sd_event_source_disable_unref(window_timer_);
     sd_bus_slot_unref(shell_slot_);
-    sd_bus_slot_unref(matches_slot_);
+    sd_bus_slot_unref(question_);
+    sd_bus_track_unref(followers_);
     sd_bus_flush_close_unref(bus_);
     sd_event_unref(event_);
 }
@@ -100,7 +102,12 @@ int Host::connect() {
     if (result < 0 || (result = sd_bus_open_user(&bus_)) < 0)
         return result;
     sd_bus_set_exit_on_disconnect(bus_, 1);
-    if ((result = common::serve_application(bus_, &object_)) < 0 ||
+    const auto all_have_gone = [](sd_bus_track *, void *self) {
+        static_cast<Host *>(self)->decide_prompt();
+        return 0;
+    };
+    if ((result = sd_bus_track_new(bus_, &followers_, all_have_gone, this)) < 0 ||
+        (result = common::serve_application(bus_, &object_)) < 0 ||
         (result = sd_bus_add_object_vtable(bus_, nullptr, application_path, tool_interface, tool_vtable,
                                            this)) < 0)
         return result;
@@ -120,8 +127,8 @@ int Host::loop() {
             continue;
         window_wanted_ = false;
         window_failed_ = !open_window(*this);
-        if (window_failed_ && run_ && run_->waiting())
-            look_for_followers();
+        if (window_failed_)
+            decide_prompt();
     }
     return 0;
 }
@@ -171,23 +178,22 @@ int Host::start_run(sd_bus_message *call, const common::Parameters &parameters) 
     sd_bus_message_unref(command_);
     command_ = sd_bus_message_ref(call);
     window_text_.clear();
-    rules_seen_ = false;
-    rules_known_ = false;
+    held_output_.clear();
+    asked_at_prompt_ = false;
+    ask_shell();
     run_ = std::make_unique<Run>(event_, bundle_, *this);
     run_->start(command->bytes, folder->bytes);
     if (run_->ended())
         return 1;
     window_timer_ = sd_event_source_disable_unref(window_timer_);
-    sd_event_add_time_relative(
-        event_, &window_timer_, CLOCK_MONOTONIC, desktop_ ? window_delay : follower_look_delay, 1000,
-        [](sd_event_source *, std::uint64_t, void *self) {
-            auto *const host = static_cast<Host *>(self);
-            if (host->desktop_)
-                host->want_window();
-            host->look_for_followers();
-            return 0;
-        },
-        this);
+    if (desktop_)
+        sd_event_add_time_relative(
+            event_, &window_timer_, CLOCK_MONOTONIC, window_delay, 1000,
+            [](sd_event_source *, std::uint64_t, void *self) {
+                static_cast<Host *>(self)->want_window();
+                return 0;
+            },
+            this);
     return 1;
 }
 
@@ -205,6 +211,8 @@ common::Parameters Host::outcome_parameters(const Outcome &outcome) const {
         parameters.push_back(common::path_parameter("logf", outcome.transcript));
     parameters.push_back(common::number_parameter("iden", common::code_number(bundle_.signature)));
     parameters.push_back(common::number_parameter("edit", outcome.edit ? 1 : 0));
+    if (!outcome.message.empty())
+        parameters.push_back(common::text_parameter("mesg", outcome.message));
     return parameters;
 }
 
@@ -260,13 +268,16 @@ int Host::answer(sd_bus_message *message) {
         return result;
     if (!run_ || run_->ended())
         return sd_bus_reply_method_errorf(message, "org.quillon.Error.NotRun", "Nothing runs.");
-    answerers_.insert(sd_bus_message_get_sender(message));
+    // Whoever answers once may do so again.
+    sd_bus_track_add_sender(followers_, message);
     run_->answer({static_cast<const char *>(bytes), size});
     return sd_bus_reply_method_return(message, "");
 }
 
 void Host::run_printed(std::string_view bytes) {
-    if (told_followed_ || rules_seen_ || !answerers_.empty())
+    if (question_)
+        held_output_ += bytes;
+    else if (is_followed())
         signal_output(bytes);
     if (!desktop_ || window_failed_)
         return;
@@ -292,16 +303,15 @@ void Host::signal_output(std::string_view bytes) {
 }
 
 void Host::run_waits(bool waits) {
-    const bool again = waits && prompt_since_ != 0;
-    if (!again) {
-        prompt_since_ = waits ? common::now_microseconds() : 0;
-        sd_bus_emit_properties_changed(bus_, application_path, tool_interface, "Waiting", nullptr);
-    }
+    sd_bus_emit_properties_changed(bus_, application_path, tool_interface, "Waiting", nullptr);
     if (!waits)
         return;
     if (desktop_ && !window_failed_)
         want_window();
-    look_for_followers();
+    if (!asked_at_prompt_)
+        ask_shell();
+    asked_at_prompt_ = true;
+    decide_prompt();
 }
 
 void Host::want_window() {
@@ -309,57 +319,61 @@ void Host::want_window() {
         window_wanted_ = true;
 }
 
-// Asks the bus who listens to this tool.
-void Host::look_for_followers() {
-    if (matches_slot_ || !run_ || run_->ended())
+int Host::follow(sd_bus_message *call) {
+    int on = 0;
+    const int result = sd_bus_message_read(call, "b", &on);
+    if (result < 0)
+        return result;
+    if (on)
+        sd_bus_track_add_sender(followers_, call);
+    else
+        sd_bus_track_remove_sender(followers_, call);
+    decide_prompt();
+    return sd_bus_reply_method_return(call, "");
+}
+
+bool Host::is_followed() const {
+    return sd_bus_track_count(followers_) > 0;
+}
+
+// Asks the shell who can answer this tool. What is printed until it says so is held, so that nothing of a run
+// is missed by whoever follows it.
+void Host::ask_shell() {
+    if (question_)
         return;
-    const int result = sd_bus_call_method_async(
-        bus_, &matches_slot_, "org.freedesktop.DBus", "/org/freedesktop/DBus",
-        "org.freedesktop.DBus.Debug.Stats", "GetAllMatchRules",
-        [](sd_bus_message *message, void *self, sd_bus_error *) {
-            return static_cast<Host *>(self)->matches(message);
+    sd_bus_call_method_async(
+        bus_, &question_, shell_.c_str(), common::shell_path, common::shell_interface, "Answerers",
+        [](sd_bus_message *reply, void *self, sd_bus_error *) {
+            static_cast<Host *>(self)->take_answerers(reply);
+            return 0;
         },
         this, "");
-    if (result < 0)
-        decide_prompt();
 }
 
-int Host::matches(sd_bus_message *message) {
-    matches_slot_ = sd_bus_slot_unref(matches_slot_);
-    rules_known_ = !sd_bus_message_is_method_error(message, nullptr);
-    rules_seen_ = false;
-    std::set<std::string> present;
-    const char *own = nullptr;
-    sd_bus_get_unique_name(bus_, &own);
-    if (rules_known_ && sd_bus_message_enter_container(message, 'a', "{sas}") > 0) {
-        const char *owner = nullptr;
-        while (sd_bus_message_enter_container(message, 'e', "sas") > 0) {
-            sd_bus_message_read_basic(message, 's', &owner);
-            present.insert(owner);
-            const char *rule = nullptr;
-            sd_bus_message_enter_container(message, 'a', "s");
-            while (sd_bus_message_read_basic(message, 's', &rule) > 0)
-                if (std::strstr(rule, tool_interface) && (!own || std::strcmp(owner, own) != 0))
-                    rules_seen_ = true;
-            sd_bus_message_exit_container(message);
-            sd_bus_message_exit_container(message);
-        }
+// A shell that cannot say it has nobody.
+void Host::take_answerers(sd_bus_message *reply) {
+    question_ = sd_bus_slot_unref(question_);
+    int person = 0;
+    const char *name = nullptr;
+    if (!sd_bus_message_is_method_error(reply, nullptr) && sd_bus_message_read(reply, "b", &person) > 0 &&
+        sd_bus_message_enter_container(reply, 'a', "s") > 0) {
+        // Where a person sits, the tool's window asks.
+        desktop_ = person != 0;
+        while (sd_bus_message_read_basic(reply, 's', &name) > 0)
+            sd_bus_track_add_name(followers_, name);
     }
-    if (rules_known_)
-        std::erase_if(answerers_, [&present](const std::string &name) { return !present.contains(name); });
+    if (is_followed() && !held_output_.empty())
+        signal_output(held_output_);
+    held_output_.clear();
     decide_prompt();
-    return 0;
 }
 
-// Without a window, somebody else has to answer; where nobody can, the program's input is at its end.
+// At a prompt that no window shows, somebody else has to answer; where nobody can, the program's input is at
+// its end.
 void Host::decide_prompt() {
-    if (!run_ || !run_->waiting() || (desktop_ && !window_failed_))
+    if (!run_ || !run_->waiting() || question_ || (desktop_ && !window_failed_) || is_followed())
         return;
-    if (rules_seen_ || !answerers_.empty())
-        return;
-    if (told_followed_ && (!rules_known_ || common::now_microseconds() - prompt_since_ < follower_grace))
-        return;
-    if (++ends_of_input_ > 100)
+    if (++ends_of_input_ > most_ends_of_input)
         run_->cancel(true);
     else
         run_->end_input();

@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <set>
 #include <string>
 #include <systemd/sd-bus.h>
 #include <systemd/sd-event.h>
@@ -33,6 +32,7 @@ class Host : public RunOwner {
     // Events and calls from the bus.
     int event(sd_bus_message *call);
     int answer(sd_bus_message *message);
+    int follow(sd_bus_message *call);
     int get_waiting(sd_bus_message *reply) const;
 
     // For the window.
@@ -53,8 +53,9 @@ class Host : public RunOwner {
     common::Parameters outcome_parameters(const Outcome &outcome) const;
     void watch_shell(const char *sender);
     void shell_gone();
-    void look_for_followers();
-    int matches(sd_bus_message *message);
+    void ask_shell();
+    void take_answerers(sd_bus_message *reply);
+    bool is_followed() const;
     void decide_prompt();
     void signal_output(std::string_view bytes);
     void want_window();
@@ -66,19 +67,17 @@ class Host : public RunOwner {
     sd_event *event_ = nullptr;
     sd_bus *bus_ = nullptr;
     sd_bus_slot *shell_slot_ = nullptr;
-    sd_bus_slot *matches_slot_ = nullptr;
+    sd_bus_slot *question_ = nullptr;   // to the shell: who can answer
+    sd_bus_track *followers_ = nullptr; // those who can: the bus drops a name that leaves it
     sd_event_source *window_timer_ = nullptr;
     std::unique_ptr<Run> run_;
     sd_bus_message *command_ = nullptr; // the call that the run will answer
     std::string shell_;
-    std::set<std::string> answerers_;
     std::string window_text_;
-    std::uint64_t prompt_since_ = 0;
+    std::string held_output_; // printed before the shell said who follows
     int ends_of_input_ = 0;
     bool desktop_ = false;
-    bool told_followed_ = false;
-    bool rules_seen_ = false;
-    bool rules_known_ = false;
+    bool asked_at_prompt_ = false;
     bool window_wanted_ = false;
     bool window_failed_ = false;
     bool leaving_ = false;

@@ -306,13 +306,10 @@ void Run::look_for_prompt() {
 }
 
 void Run::set_waiting(bool waiting) {
-    if (waiting_ == waiting && !waiting)
+    if (waiting_ == waiting)
         return;
-    const bool again = waiting_ == waiting;
     waiting_ = waiting;
-    // A prompt that goes on is told again, so that the host can look anew whether anybody is there to answer.
-    if (!again || prompt_pause_ >= longest_pause)
-        owner_.run_waits(waiting);
+    owner_.run_waits(waiting);
 }
 
 void Run::answer(std::string_view bytes) {
@@ -437,6 +434,8 @@ void Run::finish() {
     outcome.cancelled = cancelled_;
     outcome.exit_code = WIFEXITED(status_) ? WEXITSTATUS(status_) : 128 + WTERMSIG(status_);
     const ErrorPlace place = error_place(&outcome.edit);
+    if (outcome.edit)
+        outcome.message = place.message;
     if (parser_) {
         const bool wrote = outcome.exit_code != 127 || parser_->output_name().size() > 0;
         write_results(engine_, is_engine_,

@@ -21,6 +21,7 @@ struct Outcome {
     std::int32_t exit_code = 0;
     std::string transcript; // empty when nothing was printed
     bool edit = false;
+    std::string message; // of the error that the editor is to show
     bool cancelled = false;
 };
 

@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::size_t longest_line = std::size_t{1} << 20;
 constexpr int most_looks = 50000;
+constexpr std::size_t longest_message = 1000;
 constexpr std::size_t deepest = 2000;
 
 bool digit(char c) {
@@ -127,6 +128,7 @@ bool RunParser::report(std::string_view text) {
 bool RunParser::error_line(std::string_view text) {
     if (text.starts_with("! ")) {
         in_error_ = !text.starts_with("!  ==> ");
+        error_text_ = text.substr(2, longest_message);
         return true;
     }
     if (!in_error_ || !text.starts_with("l."))
@@ -135,7 +137,7 @@ bool RunParser::error_line(std::string_view text) {
     const long number = number_at(text.substr(2), length);
     if (number == 0)
         return false;
-    note_error(current_file(), number);
+    note_error(current_file(), number, error_text_);
     in_error_ = false;
     passed_over_ = 1;
     return true;
@@ -153,15 +155,15 @@ bool RunParser::file_line_error(std::string_view text) {
         const std::string file = common::absolute_path(folder_, unquoted(text.substr(0, colon)));
         if (!common::is_regular_file(file))
             continue;
-        note_error(file, number);
+        note_error(file, number, after.substr(2, longest_message));
         in_error_ = !after.starts_with(":  ==> ");
         return true;
     }
     return false;
 }
 
-void RunParser::note_error(const std::string &file, long number) {
-    last_error_ = {file, number};
+void RunParser::note_error(const std::string &file, long number, std::string_view message) {
+    last_error_ = {file, number, std::string(message)};
     if (!first_error_.known())
         first_error_ = last_error_;
 }

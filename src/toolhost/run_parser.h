@@ -11,6 +11,7 @@ namespace toolhost {
 struct ErrorPlace {
     std::string file; // absolute
     long line = 0;
+    std::string message; // what the engine said, without "! "
     bool known() const { return line > 0 && !file.empty(); }
 };
 
@@ -42,7 +43,7 @@ class RunParser {
     bool report(std::string_view text);
     bool error_line(std::string_view text);
     bool file_line_error(std::string_view text);
-    void note_error(const std::string &file, long number);
+    void note_error(const std::string &file, long number, std::string_view message);
     void scan_files(std::string_view text);
     std::size_t open_file(std::string_view text);
 
@@ -60,7 +61,8 @@ class RunParser {
     int looks_ = 0;
     bool said_no_output_ = false;
     bool in_error_ = false;
-    int passed_over_ = 0; // lines of quoted text still to come
+    std::string error_text_; // the "! " line of the error that goes on
+    int passed_over_ = 0;    // lines of quoted text still to come
 };
 
 } // namespace toolhost

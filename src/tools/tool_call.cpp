@@ -115,10 +115,29 @@ static int asks_for_editor(const AppleEvent *event) {
     return get_long(event, four("edit"), &asked) && asked != 0;
 }
 
+// The first error of the run, for whoever asked for it.
+static void take_first_error(const AppleEvent *reply) {
+    std::size_t size = 0;
+    job_error_message.clear();
+    job_error_file.clear();
+    job_error_line = 0;
+    if (!asks_for_editor(reply))
+        return;
+    const char *const file = get_str_resource("FILENAME");
+    if (!file || !job_error_file.copy(file))
+        return;
+    const char *const line = get_str_resource("LINENUMBER");
+    job_error_line = line ? static_cast<std::int32_t>(std::atol(line)) : 0;
+    char message[1024];
+    if (AEGetParamPtr(reply, four("mesg"), typeChar, message, sizeof message, &size) == noErr)
+        job_error_message.copy_cut({message, size < sizeof message ? size : sizeof message});
+}
+
 void ProcessReply(const AppleEvent *reply) {
     take_exit_code(reply);
     show_log(reply);
     take_identity(reply);
+    take_first_error(reply);
     if (asks_for_editor(reply))
         calleditor = 1;
 }

@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "console/window.h"
-#include "state/job_state.h"
 #include "front/front.h"
 #include "headless/headless.h"
+#include "state/job_state.h"
 
 namespace quillon::test {
 

@@ -15,10 +15,10 @@
 #include <iterator>
 #include <string>
 
-#include "state/job_state.h"
 #include "files/search.h"
 #include "kpath/search_paths.h"
 #include "settings/settings.h"
+#include "state/job_state.h"
 
 namespace quillon::test {
 

@@ -30,6 +30,11 @@ static std::map<std::uint32_t, Received> received_events;
 static std::uint32_t last_serial = 0;
 static std::map<std::pair<OSType, OSType>, Handler> handlers;
 static OSType outcome = four("none");
+static std::string client_that_answers;
+
+const std::string &answering_client() {
+    return client_that_answers;
+}
 
 OSErr AEInstallEventHandler(OSType event_class, OSType event_id, AEEventHandler handler,
                             std::int32_t refcon) {
@@ -106,7 +111,14 @@ OSErr AEProcessAppleEvent(const EventRecord *record) {
         if (HostBus())
             sd_bus_flush(HostBus());
     }
+    std::int32_t answers = 0;
+    AEGetParamPtr(&received.event, four("answ"), typeLongInteger, &answers, sizeof answers, nullptr);
+    const bool is_command = record->message == four("QUIL") && high_level_event_id(*record) == four("exec");
+    if (is_command)
+        client_that_answers = answers ? received.sender : "";
     const OSErr result = dispatch_event(&received.event, &reply);
+    if (is_command)
+        client_that_answers.clear();
     if (!leaves && received.answer)
         received.answer(received.call, result, &reply);
     AEDisposeDesc(&reply);

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <string>
 
 #include "toolbox/apple_events.h"
 
@@ -20,6 +21,9 @@ int receive_application_event(sd_bus_message *call, sd_bus_error *error);
 // full.
 using AnswerProcedure = std::function<void(sd_bus_message *call, OSErr result, const AppleEvent *reply)>;
 int queue_received_event(AppleEvent event, sd_bus_message *call, AnswerProcedure answer);
+
+// The bus name of the client whose command runs now, where that client can answer the tool; empty for none.
+const std::string &answering_client();
 
 // Hands EVENT to its handler at once, as an event from this program itself.
 OSErr dispatch_event(const AppleEvent *event, AppleEvent *reply);

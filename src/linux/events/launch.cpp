@@ -15,7 +15,6 @@
 #include "common/bundle.h"
 #include "front/front.h"
 #include "linux/events/peers.h"
-#include "linux/events/shell_service.h"
 #include "toolbox/processes.h"
 
 namespace quillon {
@@ -28,8 +27,6 @@ static std::vector<std::string> tool_environment() {
             variables.emplace_back(*variable);
     variables.push_back("QUILLON_FRONT=" + std::string(front->name));
     variables.push_back("QUILLON_SHELL_PID=" + std::to_string(getpid()));
-    if (ConsoleFollowed())
-        variables.emplace_back("QUILLON_FOLLOWED=1");
     return variables;
 }
 

@@ -30,6 +30,17 @@ void FeedConsoleText(const char *text, std::size_t length) {
                            whole.c_str());
 }
 
+void MarkTranscript(int begins) {
+    sd_bus *const bus = HostBus();
+    if (bus && ConsoleFollowed())
+        sd_bus_emit_signal(bus, common::shell_path, common::shell_interface, "ConsoleTranscript", "b",
+                           begins);
+}
+
+static void put_number(AppleEvent *event, OSType keyword, std::int32_t value) {
+    AEPutParamPtr(event, keyword, typeLongInteger, &value, sizeof value);
+}
+
 // The text under KEYWORD of a reply.
 static std::string reply_text(const AppleEvent *reply, OSType keyword) {
     std::size_t size = 0;
@@ -45,11 +56,11 @@ static void answer_text(sd_bus_message *call, const std::string &text) {
     sd_bus_reply_method_return(call, "s", (valid.take(text) + valid.finish()).c_str());
 }
 
-static void answer_exec(sd_bus_message *call, OSErr result, const AppleEvent *reply) {
-    std::int32_t status = 0;
+// Answers with the error that kept a command from being run. 0, and the run's status, when it was run.
+static int answer_failure(sd_bus_message *call, OSErr result, const AppleEvent *reply, std::int32_t *status) {
     const OSType outcome = call_outcome();
     if (result != noErr ||
-        AEGetParamPtr(reply, keyDirectObject, typeLongInteger, &status, sizeof status, nullptr))
+        AEGetParamPtr(reply, keyDirectObject, typeLongInteger, status, sizeof *status, nullptr))
         sd_bus_reply_method_errorf(call, "org.quillon.Shell1.Error.Busy", "%s",
                                    reply_text(reply, keyErrorString).c_str());
     else if (outcome == four("nrun"))
@@ -59,7 +70,49 @@ static void answer_exec(sd_bus_message *call, OSErr result, const AppleEvent *re
     else if (outcome == four("unkn"))
         sd_bus_reply_method_errorf(call, "org.quillon.Shell1.Error.UnknownCommand", "no tool has that name");
     else
+        return 0;
+    return 1;
+}
+
+static void answer_exec(sd_bus_message *call, OSErr result, const AppleEvent *reply) {
+    std::int32_t status = 0;
+    if (!answer_failure(call, result, reply, &status))
         sd_bus_reply_method_return(call, "i", status);
+}
+
+static int append_bytes_entry(sd_bus_message *message, const char *name, const std::string &bytes) {
+    int result = sd_bus_message_open_container(message, 'e', "sv");
+    if (result >= 0)
+        result = sd_bus_message_append(message, "s", name);
+    if (result >= 0)
+        result = sd_bus_message_open_container(message, 'v', "ay");
+    if (result >= 0)
+        result = sd_bus_message_append_array(message, 'y', bytes.data(), bytes.size());
+    if (result >= 0)
+        result = sd_bus_message_close_container(message);
+    return result < 0 ? result : sd_bus_message_close_container(message);
+}
+
+// The status of the run, and where its first error is.
+static void answer_run(sd_bus_message *call, OSErr result, const AppleEvent *reply) {
+    std::int32_t status = 0, line = 0;
+    sd_bus_message *answer = nullptr;
+    if (answer_failure(call, result, reply, &status) || sd_bus_message_new_method_return(call, &answer) < 0)
+        return;
+    const std::string file = reply_text(reply, four("errf"));
+    common::Utf8Feed valid;
+    const std::string message = valid.take(reply_text(reply, four("errm"))) + valid.finish();
+    AEGetParamPtr(reply, four("errl"), typeLongInteger, &line, sizeof line, nullptr);
+    sd_bus_message_append(answer, "i", status);
+    sd_bus_message_open_container(answer, 'a', "{sv}");
+    if (!file.empty()) {
+        append_bytes_entry(answer, "file", file);
+        sd_bus_message_append(answer, "{sv}", "line", "i", line);
+        sd_bus_message_append(answer, "{sv}", "message", "s", message.c_str());
+    }
+    sd_bus_message_close_container(answer);
+    sd_bus_send(sd_bus_message_get_bus(call), answer, nullptr);
+    sd_bus_message_unref(answer);
 }
 
 static void answer_find(sd_bus_message *call, OSErr, const AppleEvent *reply) {
@@ -90,10 +143,22 @@ static int queue_event(AppleEvent event, sd_bus_message *call, AnswerProcedure a
     return sd_bus_error_set(error, "org.quillon.Shell1.Error.Busy", "too many events wait");
 }
 
-static int queue_exec(const std::string &command, const std::string &folder, sd_bus_message *call,
-                      sd_bus_error *error) {
+// What Run was asked for beyond the command.
+struct RunOptions {
+    int view = 0, edit = 0, answer = 0;
+};
+
+// OPTIONS are null for a command without any.
+static int queue_exec(const std::string &command, const std::string &folder, const RunOptions *options,
+                      sd_bus_message *call, sd_bus_error *error) {
     AppleEvent event;
     ae_make_record(&event, four("QUIL"), four("exec"));
+    if (options) {
+        put_number(&event, four("view"), options->view);
+        put_number(&event, four("edit"), options->edit);
+        put_number(&event, four("answ"), options->answer);
+        put_number(&event, four("rslt"), 1);
+    }
     AEPutParamPtr(&event, keyDirectObject, typeChar, command.data(), command.size());
     FSSpec spec;
     if (!folder.empty()) {
@@ -104,13 +169,13 @@ static int queue_exec(const std::string &command, const std::string &folder, sd_
         }
         AEPutParamPtr(&event, four("dest"), typeFSS, &spec, sizeof spec);
     }
-    return queue_event(event, call, answer_exec, error);
+    return queue_event(event, call, options ? answer_run : answer_exec, error);
 }
 
 static int method_exec(sd_bus_message *call, void *, sd_bus_error *error) {
     const char *command = nullptr, *folder = nullptr;
     const int result = sd_bus_message_read(call, "ss", &command, &folder);
-    return result < 0 ? result : queue_exec(command, folder, call, error);
+    return result < 0 ? result : queue_exec(command, folder, nullptr, call, error);
 }
 
 static std::string read_array(sd_bus_message *call) {
@@ -123,7 +188,35 @@ static std::string read_array(sd_bus_message *call) {
 
 static int method_exec_raw(sd_bus_message *call, void *, sd_bus_error *error) {
     const std::string command = read_array(call);
-    return queue_exec(command, read_array(call), call, error);
+    return queue_exec(command, read_array(call), nullptr, call, error);
+}
+
+static int method_run(sd_bus_message *call, void *, sd_bus_error *error) {
+    const std::string command = read_array(call), folder = read_array(call);
+    RunOptions options;
+    int result = sd_bus_message_enter_container(call, 'a', "{sv}");
+    while (result >= 0 && (result = sd_bus_message_enter_container(call, 'e', "sv")) > 0) {
+        const char *name = nullptr;
+        sd_bus_message_read(call, "s", &name);
+        const std::string_view option = name;
+        int *const value = option == "view"     ? &options.view
+                           : option == "edit"   ? &options.edit
+                           : option == "answer" ? &options.answer
+                                                : nullptr;
+        if (!value)
+            return sd_bus_error_setf(error, SD_BUS_ERROR_INVALID_ARGS, "there is no option %s", name);
+        if ((result = sd_bus_message_read(call, "v", "b", value)) < 0)
+            return sd_bus_error_setf(error, SD_BUS_ERROR_INVALID_ARGS, "option %s is a boolean", name);
+        result = sd_bus_message_exit_container(call);
+    }
+    return result < 0 ? result : queue_exec(command, folder, &options, call, error);
+}
+
+static int method_answerers(sd_bus_message *call, void *, sd_bus_error *) {
+    const std::string &client = answering_client();
+    const int person = std::strcmp(front->name, "desktop") == 0;
+    return client.empty() ? sd_bus_reply_method_return(call, "bas", person, 0)
+                          : sd_bus_reply_method_return(call, "bas", person, 1, client.c_str());
 }
 
 static int queue_text_event(sd_bus_message *call, OSType id, AnswerProcedure answer, sd_bus_error *error) {
@@ -207,6 +300,8 @@ static const sd_bus_vtable shell_table[] = {
     SD_BUS_VTABLE_START(0),
     SD_BUS_METHOD("Exec", "ss", "i", method_exec, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD("ExecRaw", "ayay", "i", method_exec_raw, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("Run", "ayaya{sv}", "ia{sv}", method_run, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("Answerers", "", "bas", method_answerers, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD("Locate", "s", "s", method_locate, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD("Find", "s", "s", method_find, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD("Formats", "", "s", method_formats, SD_BUS_VTABLE_UNPRIVILEGED),
@@ -216,6 +311,7 @@ static const sd_bus_vtable shell_table[] = {
     SD_BUS_METHOD("Quit", "", "", method_quit, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD("Follow", "b", "", method_follow, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_SIGNAL("ConsoleText", "s", 0),
+    SD_BUS_SIGNAL("ConsoleTranscript", "b", 0),
     SD_BUS_VTABLE_END,
 };
 
