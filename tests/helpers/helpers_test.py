@@ -2,9 +2,9 @@
 
 import glob
 import os
+import select
 import shutil
 import sys
-import time
 import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
@@ -97,13 +97,12 @@ class Programs(Applications, HomeTest):
     def test_what_is_started_holds_no_pipe_and_lives_on_in_a_session_of_its_own(self):
         viewer = self.recorder("viewer")
         read_end, write_end = os.pipe()
-        begun = time.monotonic()
         # The caller's pipes end although the viewer lives on.
         done = self.helper("open", "-a", viewer, pass_fds=[write_end])
         os.close(write_end)
         self.assertEqual(done.returncode, 0)
+        self.assertTrue(select.select([read_end], [], [], 60)[0], "the viewer holds the pipe")
         self.assertEqual(os.read(read_end, 1), b"")
-        self.assertLess(time.monotonic() - begun, 15)
         os.close(read_end)
         self.started("viewer")
         # While one process becomes another, two have the name.

