@@ -1,27 +1,21 @@
 """The quillon command against a shell played by this script, and against the real one where it was built."""
 
 import os
-import shutil
 import signal
 import subprocess
 import sys
-import tempfile
-import time
 import unittest
 
 import dbus
-import dbus.mainloop.glib
 import dbus.service
-from gi.repository import GLib
 
-BUILD = os.environ["QUILLON_BUILD_FOLDER"]
-QUILLON = os.path.join(BUILD, "bin/quillon")
-REAL_SHELL = os.path.join(BUILD, "lib/quillon/Quillon.app/Contents/Linux/quillon-shell")
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
+from harness import BUILD, MAIN_LOOP, ServiceTest, stop, wait_until  # noqa: E402
+
+QUILLON = os.path.join(BUILD, "bin", "quillon")
 NAME = "org.quillon.Shell"
 PATH = "/org/quillon/Shell"
 SHELL = "org.quillon.Shell1"
-
-dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
 
 
 class ShellError(dbus.DBusException):
@@ -32,8 +26,8 @@ class ShellError(dbus.DBusException):
 class FakeShell(dbus.service.Object):
     """Records what it is asked; answers what the test has set."""
 
-    def __init__(self):
-        self.bus = dbus.bus.BusConnection(os.environ["DBUS_SESSION_BUS_ADDRESS"])
+    def __init__(self, bus):
+        self.bus = bus
         self.bus.request_name(NAME)
         super().__init__(self.bus, PATH)
         self.calls = []
@@ -45,15 +39,11 @@ class FakeShell(dbus.service.Object):
         self.bus.release_name(NAME)
         self.bus.close()
 
-    @dbus.service.method(SHELL, "ss", "i", async_callbacks=("reply", "error"))
-    def Exec(self, command, folder, reply, error):
-        self.calls.append(("Exec", str(command), str(folder)))
-        self.answer(reply, error)
-
-    @dbus.service.method(SHELL, "ayay", "i", async_callbacks=("reply", "error"))
-    def ExecRaw(self, command, folder, reply, error):
-        self.calls.append(("ExecRaw", bytes(bytearray(command)), bytes(bytearray(folder))))
-        self.answer(reply, error)
+    @dbus.service.method(SHELL, "ayaya{sv}", "ia{sv}", async_callbacks=("reply", "error"))
+    def Run(self, command, folder, options, reply, error):
+        self.calls.append(("Run", bytes(bytearray(command)), bytes(bytearray(folder))))
+        self.options = {str(name): bool(value) for name, value in options.items()}
+        self.answer(lambda status: reply(status, {}), error)
 
     @dbus.service.method(SHELL, "s", "s")
     def Locate(self, name):
@@ -93,6 +83,10 @@ class FakeShell(dbus.service.Object):
     def ConsoleText(self, text):
         pass
 
+    @dbus.service.signal(SHELL, "b")
+    def ConsoleTranscript(self, begins):
+        pass
+
     @dbus.service.method("org.freedesktop.Application", "a{sv}")
     def Activate(self, data):
         self.calls.append(("Activate", {str(k): str(v) for k, v in data.items()}))
@@ -116,36 +110,19 @@ class FakeTool(dbus.service.Object):
         self.answers.append(bytes(bytearray(data)))
 
 
-def pump(condition, limit=20):
-    end = time.monotonic() + limit
-    wake = GLib.timeout_add(5, lambda: True)
-    try:
-        while not condition():
-            if time.monotonic() > end:
-                raise AssertionError("waited in vain")
-            GLib.MainContext.default().iteration(True)
-    finally:
-        GLib.source_remove(wake)
-
-
-class ClientTest(unittest.TestCase):
+class ClientTest(ServiceTest):
     def setUp(self):
-        self.root = tempfile.mkdtemp(prefix="quillon-client-")
-        self.addCleanup(shutil.rmtree, self.root, True)
-        os.makedirs(self.root + "/config")
-        with open(self.root + "/config/Quillon Preferences", "w") as file:
-            file.write("SPACECHAR=31\n")
-        self.environment = dict(os.environ, XDG_CONFIG_HOME=self.root + "/config", XDG_DATA_HOME=self.root + "/data",
-                                XDG_CACHE_HOME=self.root + "/cache")
-        for name in ("DISPLAY", "WAYLAND_DISPLAY", "XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID", "QUILLON_OWN_BUS"):
-            self.environment.pop(name, None)
+        super().setUp()
+        self.write_preferences("SPACECHAR=31\n")
 
     def start(self, *words, stdin=subprocess.DEVNULL, **environment):
-        return subprocess.Popen([QUILLON, *words], stdin=stdin, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                                cwd=self.root, env=dict(self.environment, **environment))
+        process = subprocess.Popen([QUILLON, *words], stdin=stdin, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                                   cwd=self.work, env=dict(self.environment, **environment))
+        self.addCleanup(stop, process)
+        return process
 
     def finish(self, process):
-        pump(lambda: process.poll() is not None)
+        wait_until(lambda: process.poll() is not None)
         out, error = process.communicate()
         return process.returncode, out.decode("utf-8", "replace"), error.decode()
 
@@ -176,21 +153,21 @@ class WithoutShell(ClientTest):
 class WithShell(ClientTest):
     def setUp(self):
         super().setUp()
-        self.shell = FakeShell()
+        self.shell = FakeShell(self.bus(MAIN_LOOP))
         self.addCleanup(self.shell.close)
 
     def test_files_are_opened_one_by_one_and_the_shell_comes_forward(self):
         for name in ("a.tex", "b c.tex", "é.tex"):
-            open(os.path.join(self.root, name), "w").close()
-        os.makedirs(self.root + "/sub")
-        raw = os.fsencode(self.root) + b"/\xff.tex"
+            open(os.path.join(self.work, name), "w").close()
+        os.makedirs(self.work + "/sub")
+        raw = os.fsencode(self.work) + b"/\xff.tex"
         open(raw, "w").close()
         status, _, error = self.quillon("a.tex", "./b c.tex", "sub/../é.tex", os.fsdecode(raw),
                                         XDG_ACTIVATION_TOKEN="token")
-        pump(lambda: len(self.shell.calls) == 5)
+        wait_until(lambda: len(self.shell.calls) == 5)
         self.assertEqual(status, 0, error)
         self.assertEqual(self.shell.calls, [
-            ("Open", self.root + "/a.tex"), ("Open", self.root + "/b c.tex"), ("Open", self.root + "/sub/../é.tex"),
+            ("Open", self.work + "/a.tex"), ("Open", self.work + "/b c.tex"), ("Open", self.work + "/sub/../é.tex"),
             ("OpenRaw", raw), ("Activate", {"activation-token": "token", "desktop-startup-id": "token"})])
 
     def test_a_missing_file_is_said(self):
@@ -199,7 +176,7 @@ class WithShell(ClientTest):
 
     def test_no_file_brings_the_shell_forward(self):
         self.assertEqual(self.quillon()[0], 0)
-        pump(lambda: self.shell.calls)
+        wait_until(lambda: self.shell.calls)
         self.assertEqual(self.shell.calls, [("Activate", {})])
 
     def test_texts(self):
@@ -221,16 +198,16 @@ class WithShell(ClientTest):
         self.shell.answer = answer
         status, out, _ = self.quillon("exec", "pdftex", "a b.tex", "")
         self.assertEqual((status, out), (1, "Processing\ndone é\n"))
-        self.assertEqual(self.shell.calls, [("Follow", True), ("Exec", 'pdftex a\x1fb.tex ""', self.root)])
+        self.assertEqual(self.shell.calls, [("Follow", True), ("Run", b'pdftex a\x1fb.tex ""', self.work.encode())])
 
     def test_exec_in_another_folder(self):
-        os.makedirs(self.root + "/sub")
+        os.makedirs(self.work + "/sub")
         self.assertEqual(self.quillon("exec", "-C", "sub/", "bibtex", "x")[0], 0)
-        self.assertEqual(self.shell.calls[1], ("Exec", "bibtex x", self.root + "/sub"))
+        self.assertEqual(self.shell.calls[1], ("Run", b"bibtex x", self.work.encode() + b"/sub"))
 
     def test_exec_of_bytes(self):
         self.assertEqual(self.quillon("exec", "tex", os.fsdecode(b"\xff.tex"))[0], 0)
-        self.assertEqual(self.shell.calls[1], ("ExecRaw", b"tex \xff.tex", self.root.encode()))
+        self.assertEqual(self.shell.calls[1], ("Run", b"tex \xff.tex", self.work.encode()))
 
     def test_exec_errors(self):
         for name, wanted in (("NotRun", 127), ("UnknownCommand", 127), ("Busy", 75), ("Cancelled", 130)):
@@ -244,7 +221,7 @@ class WithShell(ClientTest):
 
         self.shell.answer = answer
         process = self.start("exec", "x")
-        pump(lambda: self.shell.pending)
+        wait_until(lambda: self.shell.pending)
         process.send_signal(signal.SIGINT)
         self.assertEqual(self.finish(process)[0], 130)
         self.assertIn(("Cancel",), self.shell.calls)
@@ -268,43 +245,56 @@ class WithShell(ClientTest):
 
         self.shell.answer = answer
         process = self.start("exec", "-f", "x", stdin=subprocess.PIPE)
-        pump(lambda: finish)
+        wait_until(lambda: finish)
         process.stdin.write(b"h\n")
         process.stdin.flush()
-        pump(lambda: tool.answers)
+        wait_until(lambda: tool.answers)
         self.assertEqual(tool.answers, [b"h\n"])
         tool.Output(dbus.Array(b"h\r\nhelp\n", signature="y"))
         tool.PropertiesChanged("org.quillon.Tool1", {"Waiting": True}, [])
         process.stdin.close()
-        pump(lambda: len(tool.answers) == 2)
+        wait_until(lambda: len(tool.answers) == 2)
         self.assertEqual(tool.answers[1], b"\4")
+        self.shell.ConsoleTranscript(True)
         self.shell.ConsoleText("This is it\r? h\rhe")
-        self.shell.ConsoleText("lp\rOutput shown\r")
+        self.shell.ConsoleText("lp\r")
+        self.shell.ConsoleTranscript(False)
+        self.shell.ConsoleText("Output shown\r")
         finish[0](0)
-        pump(lambda: process.poll() is not None)
+        wait_until(lambda: process.poll() is not None)
         out = process.stdout.read().decode()
         process.stdout.close()
         process.stderr.close()
         self.assertEqual(out, "Processing\nThis is it\r\n? h\r\nhelp\nOutput shown\n")
+        self.assertTrue(self.shell.options["answer"])
+
+    def test_a_transcript_that_was_not_shown_live_is_shown(self):
+        def answer(reply, error):
+            self.shell.ConsoleTranscript(True)
+            self.shell.ConsoleText("said\r")
+            self.shell.ConsoleTranscript(False)
+            reply(0)
+
+        self.shell.answer = answer
+        self.assertEqual(self.quillon("exec", "x")[1], "said\n")
+        self.assertFalse(self.shell.options["answer"])
+        self.assertEqual(self.quillon("exec", "-f", "x")[1], "said\n")
 
 
-@unittest.skipUnless(os.access(REAL_SHELL, os.X_OK), "the shell was not built")
 class RealShell(ClientTest):
     def setUp(self):
         super().setUp()
-        os.remove(self.root + "/config/Quillon Preferences")
-        with open(self.root + "/my file.tex", "w") as file:
-            file.write("Hi\\bye\n")
-        with open(self.root + "/err.tex", "w") as file:
-            file.write("\\wrong\n\\bye\n")
+        os.remove(self.preferences_path)
+        self.file("my file.tex", "Hi\\bye\n")
+        self.file("err.tex", "\\wrong\n\\bye\n")
 
     def test_exec_starts_a_headless_shell_and_ends_it(self):
         status, out, error = self.quillon("exec", "pdftex", "my file.tex")
         self.assertEqual(status, 0, out + error)
         self.assertIn('Output written on "my file.pdf" (1 page', out)
-        self.assertTrue(os.path.exists(self.root + "/my file.pdf"))
-        self.assertTrue(os.path.exists(self.root + "/config/Quillon Preferences"))
-        self.assertFalse(dbus.SessionBus().name_has_owner(NAME))
+        self.assertTrue(os.path.exists(self.work + "/my file.pdf"))
+        self.assertTrue(os.path.exists(self.preferences_path))
+        self.assertFalse(self.bus().name_has_owner(NAME))
 
     def test_exec_without_a_bus(self):
         status, out, error = self.quillon("exec", "pdftex", "my file.tex",
@@ -328,8 +318,7 @@ class RealShell(ClientTest):
         self.assertEqual(out.count("! Undefined control sequence."), 1, out)
 
     def test_an_interrupt_leaves_nothing(self):
-        with open(self.root + "/loop.tex", "w") as file:
-            file.write("\\immediate\\write16{looping}\\def\\x{\\x}\\x\n")
+        self.file("loop.tex", "\\immediate\\write16{looping}\\def\\x{\\x}\\x\n")
         process = self.start("exec", "-f", "pdftex", "loop.tex")
         seen = b""
         while b"looping" not in seen:
@@ -339,8 +328,8 @@ class RealShell(ClientTest):
         process.send_signal(signal.SIGINT)
         status, out, error = self.finish(process)
         self.assertEqual(status, 130, out + error)
-        self.assertFalse(dbus.SessionBus().name_has_owner(NAME))
+        self.assertFalse(self.bus().name_has_owner(NAME))
 
 
 if __name__ == "__main__":
-    unittest.main(verbosity=2)
+    unittest.main()

@@ -68,6 +68,13 @@ void append(TextStore &store, std::string &model, const std::string &text) {
 
 } // namespace
 
+// COUNT bytes, and TAIL behind them.
+static std::string filled(std::size_t count, char byte, const char *tail) {
+    std::string text(count, byte);
+    text += tail;
+    return text;
+}
+
 TEST(TextStore, EmptyTextIsOneEmptySegmentAndNoLine) {
     const TextStore store;
     EXPECT_EQ(store.segments(), 1u);
@@ -161,7 +168,7 @@ TEST(TextStore, KeepsAtMostOneAndAHalfBytesAByte) {
 TEST(TextStore, EraseTakesBackLineEndsSplitsAndBlocks) {
     TextStore store;
     std::string model;
-    append(store, model, std::string(TextStore::block_size - 2, 'x') + "\r\ry");
+    append(store, model, filled(TextStore::block_size - 2, 'x', "\r\ry"));
     append(store, model, std::string(TextStore::segment_limit + 1, 'z'));
     const std::size_t generation = store.generation();
     for (int i = 0; i < 9000; ++i) {
@@ -188,7 +195,7 @@ TEST(TextStore, EraseOfEmptyTextFails) {
 
 TEST(TextStore, CopyKeepsToItsRoomAndToTheText) {
     TextStore store;
-    const std::string text = std::string(TextStore::block_size - 3, 'a') + "bcdefg";
+    const std::string text = filled(TextStore::block_size - 3, 'a', "bcdefg");
     store.append(text.data(), text.size());
     char room[8] = {};
     EXPECT_EQ(store.copy(TextStore::block_size - 4, store.size() + 9, room, 5), 5u);
@@ -201,7 +208,7 @@ TEST(TextStore, CopyKeepsToItsRoomAndToTheText) {
 TEST(TextStore, ClearForgetsEverything) {
     TextStore store;
     std::string model;
-    append(store, model, std::string(200000, 'x') + "\r");
+    append(store, model, filled(200000, 'x', "\r"));
     store.segment(3);
     store.clear();
     expect_same(store, "");

@@ -40,8 +40,7 @@ class Golden(HomeTest):
                 path = self.file(name + ".fmt", file.read(), folder)
             os.setxattr(path, "user.quillon.creator", creator.encode())
             if self.setting("TEXFORMATS") is None:
-                with open(self.preferences_path, "a", encoding="utf-8") as file:
-                    file.write(f"TEXFORMATS={folder}\n")
+                self.add_preferences(f"TEXFORMATS={folder}\n")
         elif word == "remove":
             os.unlink(os.path.join(self.copy_binaries(), rest))
         elif word == "options":

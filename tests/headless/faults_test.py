@@ -18,14 +18,6 @@ class Faults(HomeTest):
         self.file("x.tex", PLAIN)
         self.run_x = f"event QUIL exec ---- TEXT pdftex x.tex dest fss {self.work}\n"
 
-    def write_preferences(self, content):
-        with open(self.preferences_path, "wb") as file:
-            file.write(content)
-
-    def preferences_bytes(self):
-        with open(self.preferences_path, "rb") as file:
-            return file.read()
-
     def assert_runs(self):
         output = self.shell(self.run_x)
         self.assertIn("Output written on x.pdf", output)
@@ -40,8 +32,7 @@ class Faults(HomeTest):
         junk = bytes(range(256)) * 40
         self.write_preferences(junk + b"\nSPACECHAR=31\n")
         self.assert_runs()
-        with open(self.preferences_path, "rb") as file:
-            self.assertTrue(file.read().startswith(junk))
+        self.assertTrue(self.preferences_bytes().startswith(junk))
 
     def test_preferences_of_20_megabytes(self):
         self.write_preferences(b"SPACECHAR=31\n" + b"# a line that stays\n" * 1000000)

@@ -59,8 +59,7 @@ class Runs(HomeTest):
         self.assertEqual(os.system(f"mkdir -p '{folder}' && cp /var/lib/texmf/web2c/pdftex/pdftex.fmt "
                                    f"'{folder}/{name}.fmt'"), 0)
         os.setxattr(os.path.join(folder, name + ".fmt"), "user.quillon.creator", creator.encode())
-        with open(self.preferences_path, "a", encoding="utf-8") as file:
-            file.write(f"TEXFORMATS={folder}\n")
+        self.add_preferences(f"TEXFORMATS={folder}\n")
 
     def test_with_no_flags_and_no_format(self):
         self.preferences(USEPDFTEX="0")

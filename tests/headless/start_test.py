@@ -1,7 +1,6 @@
 """Start-up: the flags and their defaults, and what happens without preferences."""
 
 import os
-import subprocess
 import sys
 import unittest
 
@@ -75,10 +74,9 @@ class Start(HomeTest):
 
     def script_file(self, script):
         """Runs a shell on a script that it can read before it starts: standard output, standard error, status."""
-        done = subprocess.run(["dbus-run-session", "--", self.shell_program(), "--headless", "--script",
-                               self.file("steps", script)], env=self.environment, cwd=self.work, timeout=60,
-                              stdin=subprocess.DEVNULL, capture_output=True, check=False)
-        return done.stdout.decode(), done.stderr.decode(), done.returncode
+        done = self.run_program("dbus-run-session", "--", self.shell_program(), "--headless", "--script",
+                                self.file("steps", script))
+        return done.stdout, done.stderr, done.returncode
 
     def test_without_preferences_in_the_background_it_waits_to_be_in_front(self):
         notice = 'There is no preferences file "Quillon Preferences".'
@@ -96,9 +94,8 @@ class Start(HomeTest):
         self.assertIn("inBackground=1\ninBackground=0\n", output)
 
     def test_without_preferences_files_to_open_change_nothing(self):
-        done = subprocess.run(["dbus-run-session", "--", self.shell_program(), "--headless", "x.tex"],
-                              env=self.environment, cwd=self.work, timeout=60, capture_output=True, check=False)
-        self.assertEqual((done.stdout, done.returncode), (b"", 0))
+        done = self.run_program("dbus-run-session", "--", self.shell_program(), "--headless", "x.tex")
+        self.assertEqual((done.stdout, done.returncode), ("", 0))
 
     def test_every_job_state_variable_can_be_printed(self):
         names = """progname appvol appdir home contentsFolder shortroot prefsFolder supportFolder curr_dir texexe etexexe

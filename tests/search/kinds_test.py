@@ -7,10 +7,10 @@ import sys
 import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
-from harness import BINARIES, BUILD, HomeTest  # noqa: E402
+from harness import BINARIES, BUILD, HomeTest, program_of  # noqa: E402
 
 DRIVER = os.path.join(BUILD, "bin", "tests", "search-driver")
-SETPATHS = os.path.join(BINARIES, "setpaths.app", "Contents", "Linux", "setpaths")
+SETPATHS = program_of(os.path.join(BINARIES, "setpaths.app"))
 
 # Kind: the variable of its list, the suffix that it adds, its database, and kpsewhich's name of the kind.
 KINDS = {
@@ -126,7 +126,7 @@ class WholeTree(Kinds):
         print(f"names by kind: {checked}", file=sys.stderr)
 
     def set_up(self):
-        subprocess.run([SETPATHS, "--defaults"], env=self.environment, check=True)
+        self.assertEqual(self.run_program(SETPATHS, "--defaults").returncode, 0)
 
     def test_with_databases(self):
         self.set_up()
@@ -134,10 +134,7 @@ class WholeTree(Kinds):
 
     def test_along_the_lists(self):
         self.set_up()
-        with open(self.preferences_path, encoding="utf-8") as file:
-            text = file.read()
-        with open(self.preferences_path, "w", encoding="utf-8") as file:
-            file.write(text.replace("DATABASE=1\n", "DATABASE=0\n"))
+        self.write_preferences(self.preferences_bytes().replace(b"DATABASE=1\n", b"DATABASE=0\n"))
         self.walk()
 
     def test_what_a_stock_installation_is_asked_for(self):

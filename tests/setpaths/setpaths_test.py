@@ -1,32 +1,30 @@
 """The set-up: a fresh user, a user with values of their own, the databases."""
 
 import os
-import shutil
-import subprocess
-import tempfile
+import sys
 import unittest
 
-PROGRAM = os.path.join(os.environ["QUILLON_BUILD_FOLDER"], "lib/quillon/setpaths.app/Contents/Linux/setpaths")
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
+from harness import BINARIES, HomeTest, program_of  # noqa: E402
+
+PROGRAM = program_of(os.path.join(BINARIES, "setpaths.app"))
 
 
-class SetpathsTest(unittest.TestCase):
+class SetpathsTest(HomeTest):
+    home_name = "quillon setpaths "
+
     def setUp(self):
-        self.root = tempfile.mkdtemp(prefix="quillon setpaths ")
-        self.addCleanup(shutil.rmtree, self.root, True)
-        self.environment = dict(os.environ, XDG_CONFIG_HOME=self.root + "/config dir", HOME=self.root,
-                                XDG_DATA_HOME=self.root + "/data", XDG_DATA_DIRS=self.root + "/share",
-                                XDG_CONFIG_DIRS=self.root + "/etc")
-        self.preferences = self.root + "/config dir/Quillon Preferences"
-        self.support = self.root + "/data/Quillon"
+        super().setUp()
+        # A fresh user has neither folder.
+        os.rmdir(os.path.dirname(self.preferences_path))
+        os.rmdir(os.path.dirname(self.support))
+        self.preferences_path = self.home + "/config dir/Quillon Preferences"
+        self.environment.update(XDG_CONFIG_HOME=self.home + "/config dir", XDG_DATA_DIRS=self.home + "/share",
+                                XDG_CONFIG_DIRS=self.home + "/etc")
 
     def run_it(self, *words, **environment):
-        result = subprocess.run([PROGRAM, *words], env=dict(self.environment, **environment), capture_output=True,
-                                text=True, timeout=60)
-        return result.returncode, result.stdout, result.stderr
-
-    def settings(self):
-        with open(self.preferences) as file:
-            return dict(line.rstrip("\n").split("=", 1) for line in file if "=" in line)
+        done = self.run_program(PROGRAM, *words, **environment)
+        return done.returncode, done.stdout, done.stderr
 
     def unix(self, path):
         return path.replace(" ", "\\x1f")
@@ -42,7 +40,7 @@ class SetpathsTest(unittest.TestCase):
         self.assertTrue(any(os.path.exists(folder + "/pdflatex.fmt") for folder in formats))
         for key, value in settings.items():
             self.assertNotRegex(value, r"[{}!$ ]", key)
-        self.assertEqual(os.listdir(self.root + "/config dir"), ["Quillon Preferences"])
+        self.assertEqual(os.listdir(self.home + "/config dir"), ["Quillon Preferences"])
 
     def test_every_default_lies_in_the_recorded_trees(self):
         self.run_it("--defaults")
@@ -62,10 +60,7 @@ class SetpathsTest(unittest.TestCase):
             self.assertTrue(all(line.startswith("%") for line in lines))
 
     def test_programs_that_only_a_terminal_finds_are_recorded(self):
-        own = self.root + "/texbin"
-        os.mkdir(own)
-        for name in ("pdftex", "kpsewhich"):
-            os.symlink(shutil.which(name), own + "/" + name)
+        own = self.program_folder(self.home + "/texbin")
         self.run_it("--defaults", PATH=own + ":" + os.environ["PATH"])
         self.assertEqual(self.settings()["TEXBIN"], self.unix(own))
 
@@ -73,13 +68,10 @@ class SetpathsTest(unittest.TestCase):
         if os.path.exists("/usr/local/texlive") or os.path.exists("/opt/texlive"):
             self.skipTest("this host has a distribution in a place that comes first")
         for release in ("2025", "2026"):
-            folder = f"{self.root}/texlive/{release}/bin/x86_64-linux"
-            os.makedirs(folder)
-            for name in ("pdftex", "kpsewhich"):
-                os.symlink(shutil.which(name), folder + "/" + name)
+            self.program_folder(f"{self.home}/texlive/{release}/bin/x86_64-linux")
         self.assertEqual(self.run_it("--defaults", PATH="/nowhere"), (0, "", ""))
         settings = self.settings()
-        self.assertEqual(settings["TEXBIN"], self.unix(self.root + "/texlive/2026/bin/x86_64-linux"))
+        self.assertEqual(settings["TEXBIN"], self.unix(self.home + "/texlive/2026/bin/x86_64-linux"))
         self.assertIn("TEXINPUTS", settings)
 
     def test_programs_that_every_session_finds_are_not_recorded(self):
@@ -87,9 +79,7 @@ class SetpathsTest(unittest.TestCase):
         self.assertNotIn("TEXBIN", self.settings())
 
     def test_nothing_that_is_set_is_overwritten(self):
-        os.makedirs(self.root + "/config dir")
-        with open(self.preferences, "w") as file:
-            file.write("# mine\nUSEPDFTEX=0\nTEXINPUTS=/own\nAUTOVIEW=\n")
+        self.write_preferences("# mine\nUSEPDFTEX=0\nTEXINPUTS=/own\nAUTOVIEW=\n")
         os.makedirs(self.support + "/formats")
         with open(self.support + "/formats/tex.cnf", "w") as file:
             file.write("mine\n")
@@ -98,16 +88,15 @@ class SetpathsTest(unittest.TestCase):
         self.assertEqual((settings["USEPDFTEX"], settings["TEXINPUTS"], settings["AUTOVIEW"]), ("0", "/own", ""))
         self.assertEqual(settings["DATABASE"], "1")
         self.assertNotIn("SPACECHAR", settings)
-        with open(self.preferences) as file:
-            self.assertTrue(file.read().startswith("# mine\n"))
+        self.assertTrue(self.preferences_bytes().startswith(b"# mine\n"))
         with open(self.support + "/formats/tex.cnf") as file:
             self.assertEqual(file.read(), "mine\n")
 
     def test_a_second_time_changes_nothing(self):
         self.run_it("--defaults")
-        before = os.stat(self.preferences)
+        before = os.stat(self.preferences_path)
         self.run_it("--defaults")
-        self.assertEqual(os.stat(self.preferences), before)
+        self.assertEqual(os.stat(self.preferences_path), before)
 
     def test_the_databases(self):
         self.run_it("--defaults")
@@ -129,14 +118,12 @@ class SetpathsTest(unittest.TestCase):
                 self.assertTrue(os.path.exists(found), (name, wanted, found))
 
     def test_databases_of_own_folders(self):
-        tree = self.root + "/own tree"
+        tree = self.home + "/own tree"
         for name in ("a/x.tex", "a/b/y z.tex", "a/b/0skip.tex", ".hidden/h.tex", "é.tex"):
             os.makedirs(os.path.dirname(os.path.join(tree, name)), exist_ok=True)
             open(os.path.join(tree, name), "w").close()
         os.symlink(tree, tree + "/a/loop")
-        os.makedirs(self.root + "/config dir")
-        with open(self.preferences, "w") as file:
-            file.write("SPACECHAR=31\nTEXINPUTS=.:%s//\nVFFONTS=%s/a\n" % (self.unix(tree), self.unix(tree)))
+        self.write_preferences("SPACECHAR=31\nTEXINPUTS=.:%s//\nVFFONTS=%s/a\n" % (self.unix(tree), self.unix(tree)))
         self.assertEqual(self.run_it("--databases"), (0, "", "") if os.path.isdir(self.support) else
                          (1, "", self.run_it("--databases")[2]))
         os.makedirs(self.support, exist_ok=True)
@@ -151,18 +138,18 @@ class SetpathsTest(unittest.TestCase):
 
     def test_the_desktops_choice_is_proposed(self):
         for name in ("view.desktop", "old.desktop", "write.desktop"):
-            os.makedirs(self.root + "/share/applications", exist_ok=True)
-            open(self.root + "/share/applications/" + name, "w").close()
-        os.makedirs(self.root + "/config dir")
-        with open(self.root + "/config dir/mimeapps.list", "w") as file:
+            os.makedirs(self.home + "/share/applications", exist_ok=True)
+            open(self.home + "/share/applications/" + name, "w").close()
+        os.makedirs(self.home + "/config dir")
+        with open(self.home + "/config dir/mimeapps.list", "w") as file:
             file.write("[Added Associations]\napplication/pdf=old.desktop;\n[Default Applications]\n"
                        "application/pdf=none.desktop;view.desktop;\n")
-        with open(self.root + "/share/applications/mimeinfo.cache", "w") as file:
+        with open(self.home + "/share/applications/mimeinfo.cache", "w") as file:
             file.write("[MIME Cache]\ntext/plain=write.desktop;\n")
         self.run_it("--defaults")
         settings = self.settings()
-        self.assertEqual(settings["PDFVIEW"], self.unix(self.root + "/share/applications/view.desktop"))
-        self.assertEqual(settings["Editor"], self.unix(self.root + "/share/applications/write.desktop"))
+        self.assertEqual(settings["PDFVIEW"], self.unix(self.home + "/share/applications/view.desktop"))
+        self.assertEqual(settings["Editor"], self.unix(self.home + "/share/applications/write.desktop"))
         self.assertNotIn("VIEWPS", settings)
 
     def test_without_a_distribution(self):
@@ -176,8 +163,8 @@ class SetpathsTest(unittest.TestCase):
 
     def test_a_wrong_word(self):
         self.assertEqual(self.run_it("--what")[0], 64)
-        self.assertFalse(os.path.exists(self.preferences))
+        self.assertFalse(os.path.exists(self.preferences_path))
 
 
 if __name__ == "__main__":
-    unittest.main(verbosity=2)
+    unittest.main()

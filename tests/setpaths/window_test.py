@@ -2,17 +2,16 @@
 
 import os
 import shutil
-import subprocess
 import sys
 import unittest
 
 import dbus
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
-from harness import BINARIES, DesktopTest, stop, wait_until  # noqa: E402
+from harness import BINARIES, DesktopTest, program_of, wait_until  # noqa: E402
 
 TITLE = "^Set Up Quillon$"
-PROGRAM = os.path.join(BINARIES, "setpaths.app", "Contents", "Linux", "setpaths")
+PROGRAM = program_of(os.path.join(BINARIES, "setpaths.app"))
 DATABASES = ("TEXINPUTS", "DVIPSHEADERS", "TYPE1FONTS", "TEXFONTS", "VFFONTS")
 
 
@@ -21,7 +20,6 @@ class SetupWindow(DesktopTest):
         super().setUp()
         self.environment.update(XDG_DATA_DIRS=os.path.join(self.home, "share"),
                                 XDG_CONFIG_DIRS=os.path.join(self.home, "etc"))
-        self.support = os.path.join(self.home, "data", "Quillon")
 
     def entry(self, name, title, folder="share/applications"):
         return self.file(name, f"[Desktop Entry]\nType=Application\nName={title}\nExec=true\nMimeType=application/pdf;\n",
@@ -29,24 +27,13 @@ class SetupWindow(DesktopTest):
 
     def program_folders(self, name):
         """An empty folder, and one of that name with the TeX programs in it."""
-        empty, programs = os.path.join(self.home, "empty"), os.path.join(self.home, name)
+        empty = os.path.join(self.home, "empty")
         os.mkdir(empty)
-        os.mkdir(programs)
-        for program in ("pdftex", "kpsewhich"):
-            os.symlink(shutil.which(program), os.path.join(programs, program))
-        return empty, programs
+        return empty, self.program_folder(os.path.join(self.home, name))
 
     def start(self, **environment):
         """Starts the set-up and waits until its window takes keys."""
-        self.output_path = os.path.join(self.home, "output")
-        with open(self.output_path, "wb") as output:
-            self.running = subprocess.Popen([PROGRAM], stdin=subprocess.DEVNULL, stdout=output, stderr=output,
-                                            env=dict(self.environment, **environment), cwd=self.work)
-        self.addCleanup(stop, self.running)
-        found = []
-        wait_until(lambda: found.extend(self.windows(TITLE)) or found or self.running.poll() is not None)
-        self.assertIsNone(self.running.poll(), self.output())
-        self.window = found[0]
+        self.start_window(TITLE, PROGRAM, **environment)
         self.activate(self.window)
         wait_until(self.takes_keys)
 
@@ -60,11 +47,7 @@ class SetupWindow(DesktopTest):
 
     def leave(self, key="Return"):
         self.keys(key)
-        self.assertEqual(self.running.wait(30), 0, self.output())
-
-    def settings(self):
-        with open(self.preferences_path, encoding="utf-8") as file:
-            return dict(line.rstrip("\n").split("=", 1) for line in file if "=" in line)
+        self.assertEqual(self.running.wait(60), 0, self.output())
 
     def application(self):
         return self.bus().get_object(f"org.quillon.App.p{self.running.pid}", "/org/quillon/App")
@@ -83,7 +66,7 @@ class SetupWindow(DesktopTest):
         for name in DATABASES:
             self.assertTrue(os.path.exists(os.path.join(self.support, name)), name)
         os.unlink(self.preferences_path)
-        subprocess.run([PROGRAM, "--defaults"], env=self.environment, check=True, timeout=60)
+        self.assertEqual(self.run_program(PROGRAM, "--defaults").returncode, 0)
         self.assertEqual(saved, self.settings())
 
     def test_cancel_writes_nothing(self):
@@ -94,14 +77,11 @@ class SetupWindow(DesktopTest):
 
     def test_what_a_person_set_stays_byte_for_byte(self):
         self.preferences(Editor="/no such\x1feditor", PDFVIEW="", DATABASE="0", TEXINPUTS=".:/a\x1fb//")
-        with open(self.preferences_path, "ab") as file:
-            file.write(b"TEXFONTS=/caf\xe9/:\nan odd line\n")
-        with open(self.preferences_path, "rb") as file:
-            before = file.read().split(b"\n")
+        self.add_preferences(b"TEXFONTS=/caf\xe9/:\nan odd line\n")
+        before = self.preferences_bytes().split(b"\n")
         self.start()
         self.leave()
-        with open(self.preferences_path, "rb") as file:
-            after = file.read().split(b"\n")
+        after = self.preferences_bytes().split(b"\n")
         self.assertEqual(after[:len(before) - 1], before[:-1])
         self.assertIn(b"VFFONTS", b"\n".join(after))
 
@@ -184,7 +164,7 @@ class SetupWindow(DesktopTest):
         self.assertEqual(self.event("QUIL", "exec"), -1708)
         self.assertEqual(self.event("aevt", "oapp"), 0)
         self.assertEqual(self.event("aevt", "quit"), 0)
-        self.assertEqual(self.running.wait(30), 0)
+        self.assertEqual(self.running.wait(60), 0)
         self.assertFalse(os.path.exists(self.preferences_path))
 
     def test_preferences_that_cannot_be_written_keep_the_window_open(self):
@@ -195,7 +175,7 @@ class SetupWindow(DesktopTest):
         wait_until(lambda: "I can't write" in self.output())
         self.assertIsNone(self.running.poll())
         self.keys("Escape")
-        self.assertEqual(self.running.wait(30), 1)
+        self.assertEqual(self.running.wait(60), 1)
 
     def test_databases_that_cannot_be_written_keep_the_window_open(self):
         blocked = os.path.join(self.support, "TEXINPUTS")
@@ -211,11 +191,11 @@ class SetupWindow(DesktopTest):
 
     def test_no_display_asks_nothing(self):
         del self.environment["DISPLAY"]
-        subprocess.run([PROGRAM], env=self.environment, check=True, timeout=60)
+        self.assertEqual(self.run_program(PROGRAM).returncode, 0)
         self.assertEqual(self.setting("DATABASE"), "1")
         os.unlink(self.preferences_path)
         self.environment["DISPLAY"] = ":12345"
-        subprocess.run([PROGRAM], env=self.environment, check=True, timeout=60)
+        self.assertEqual(self.run_program(PROGRAM).returncode, 0)
         self.assertEqual(self.setting("DATABASE"), "1")
 
 

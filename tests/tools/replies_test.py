@@ -6,15 +6,9 @@ import sys
 import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
-from harness import HomeTest, wait_until  # noqa: E402
+from harness import HomeTest, code, program_of, wait_until  # noqa: E402
 
 LONG = "long"
-
-
-def code(text):
-    """A four-character signature as the number that goes on the wire."""
-    value = int.from_bytes(text.encode("latin-1"), "big")
-    return value - (1 << 32) if value >= 1 << 31 else value
 
 
 class Replies(HomeTest):
@@ -104,11 +98,8 @@ class Replies(HomeTest):
         wait_until(lambda: not self.processes_of(self.binaries))
 
     def test_a_tool_that_never_comes_to_the_bus_is_cancelled_and_gone(self):
-        self.copy_binaries()
-        program = os.path.join(self.binaries, "pdftex.app", "Contents", "Linux", "pdftex")
-        os.unlink(program)
-        self.file("pdftex", "#!/bin/sh\nsleep 1000 &\nwait\n", os.path.dirname(program))
-        os.chmod(program, 0o755)
+        program = program_of(os.path.join(self.copy_binaries(), "pdftex.app"))
+        self.replace(program, "#!/bin/sh\nsleep 1000 &\nwait\n", 0o755)
         self.shell(self.exec() + "# comments do not hide the step\n\nkey .\n")
         wait_until(lambda: not self.processes_of(self.binaries))
 
@@ -131,8 +122,7 @@ class Replies(HomeTest):
         self.assertIn("I can't find mpost. It should be in the binaries folder.\n", self.shell(self.exec("mpost x")))
 
     def test_a_bundle_that_cannot_be_launched(self):
-        self.copy_binaries()
-        os.unlink(os.path.join(self.binaries, "pdftex.app", "Contents", "Linux", "pdftex"))
+        os.unlink(program_of(os.path.join(self.copy_binaries(), "pdftex.app")))
         output = self.shell(self.exec())
         self.assertIn(f"Oops!!\nUnable to launch <{self.binaries}/pdftex.app>!\n", output)
 

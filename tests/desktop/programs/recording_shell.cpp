@@ -5,23 +5,19 @@
 
 #include "toolbox/events.h"
 
-int real_wait(std::uint16_t mask, quillon::EventRecord *event,
-              std::uint32_t sleep) asm("__real__ZN7quillon13WaitNextEventEtPNS_11EventRecordEj");
-int recording_wait(std::uint16_t mask, quillon::EventRecord *event,
-                   std::uint32_t sleep) asm("__wrap__ZN7quillon13WaitNextEventEtPNS_11EventRecordEj");
+namespace quillon {
 
-namespace {
+// The shell's own wait, which this program's build gave another name.
+int WaitInQueue(std::uint16_t mask, EventRecord *event, std::uint32_t sleep);
 
-bool is_command(const quillon::EventRecord &event) {
-    return (event.what == quillon::mouseDown && event.message != 0) ||
-           (event.what == quillon::keyDown && event.modifiers & quillon::cmdKey);
+static bool is_command(const EventRecord &event) {
+    return (event.what == mouseDown && event.message != 0) ||
+           (event.what == keyDown && event.modifiers & cmdKey);
 }
 
-} // namespace
-
-int recording_wait(std::uint16_t mask, quillon::EventRecord *event, std::uint32_t sleep) {
+int WaitNextEvent(std::uint16_t mask, EventRecord *event, std::uint32_t sleep) {
     static std::FILE *const records = std::fopen(std::getenv("RECORDS"), "w");
-    if (!real_wait(mask, event, sleep))
+    if (!WaitInQueue(mask, event, sleep))
         return 0;
     if (!is_command(*event))
         return 1;
@@ -29,6 +25,8 @@ int recording_wait(std::uint16_t mask, quillon::EventRecord *event, std::uint32_
     std::fflush(records);
     if (!std::getenv("SWALLOW"))
         return 1;
-    event->what = quillon::nullEvent;
+    event->what = nullEvent;
     return 0;
 }
+
+} // namespace quillon

@@ -1,0 +1,148 @@
+"""Nothing of a run is left when it is cancelled, killed, or has ended."""
+
+import os
+import signal
+import sys
+import unittest
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
+from harness import BINARIES, HostTest, code, log_of, wait_until  # noqa: E402
+
+
+class Stopping(HostTest):
+    STUBBORN = "trap '' INT TERM HUP; echo $$ > leader; (trap '' INT TERM HUP; sh -c 'echo $$ > child; " \
+               "while :; do sleep 0.1; done') & while :; do sleep 0.1; done\n"
+
+    def exit_event(self):
+        events = self.receiver.events
+        wait_until(lambda: events, "the exit event")
+        event_class, event_id, parameters = events[0]
+        self.assertEqual((event_class, event_id), ("QUIL", "exit"))
+        return parameters
+
+    def test_cancel_goes_up_to_kill(self):
+        tool = self.shell_tool(self.STUBBORN)
+        tool.send("x")
+        pids = [self.pid("leader"), self.pid("child")]
+        self.assertEqual(tool.event("aevt", "quit")[0], 0)
+        parameters = self.exit_event()
+        self.assertEqual(parameters["----"], 128 + signal.SIGKILL)
+        self.assertEqual(parameters["iden"], code("TEST"))
+        wait_until(tool.gone, "the host's end")
+        self.assert_gone(*pids)
+
+    def test_an_interrupt_is_enough_for_most(self):
+        tool = self.shell_tool("echo begun; echo $$ > leader; exec sleep 100\n")
+        tool.send("x")
+        self.pid("leader")
+        tool.event("aevt", "quit")
+        parameters = self.exit_event()
+        self.assertEqual(parameters["----"], 128 + signal.SIGINT)
+        self.assertEqual(log_of(parameters), b"begun\r")
+        self.assertEqual(parameters["edit"], 0)
+
+    def test_tex_in_a_loop_is_cancelled_by_the_interrupt(self):
+        self.file("loop.tex", "\\immediate\\write16{on}\\def\\x{\\x}\\x\n")
+        tool = self.launch("pdftex", QUILLON_FOLLOWED="1")
+        tool.follow()
+        tool.send("pdftex loop.tex")
+        wait_until(lambda: b"on" in tool.output, "the loop")
+        tool.event("aevt", "quit")
+        # The interrupt is the first attempt; no later one was needed.
+        self.assertEqual(self.exit_event()["----"], 128 + signal.SIGINT)
+        wait_until(tool.gone, "the host's end")
+
+    def test_tex_at_its_prompt_is_cancelled(self):
+        self.file("err.tex", "\\wrong\n\\bye\n")
+        tool = self.launch("pdftex", QUILLON_FOLLOWED="1")
+        tool.follow()
+        tool.send("pdftex err.tex")
+        wait_until(tool.waiting, "the prompt")
+        tool.event("aevt", "quit")
+        self.assertEqual(self.exit_event()["edit"], 0)
+
+    def test_a_terminated_host_cancels(self):
+        tool = self.shell_tool("echo $$ > leader; exec sleep 100\n")
+        tool.send("x")
+        leader = self.pid("leader")
+        tool.kill(signal.SIGTERM)
+        self.exit_event()
+        self.assert_gone(leader)
+
+    OUTLIVING = "trap '' HUP; echo $$ > leader\n" \
+                "(trap '' HUP; sh -c 'echo $$ > hangup; exec sleep 1000') &\n" \
+                "setsid sh -c 'echo $$ > session; exec sleep 1000' &\n" \
+                "(setsid sh -c '(echo; exec sh -c \"echo \\$\\$ > daemon; exec sleep 1000\") & exit 0' &)\n" \
+                "while :; do sleep 0.1; done\n"
+
+    def outliving(self, **environment):
+        tool = self.shell_tool(self.OUTLIVING, **environment)
+        tool.send("x")
+        return tool, [self.pid(name) for name in ("leader", "hangup", "session", "daemon")]
+
+    def test_a_killed_host_leaves_nothing(self):
+        tool, pids = self.outliving()
+        tool.kill()
+        self.assert_gone(*pids)
+
+    def test_a_killed_guard_leaves_nothing(self):
+        tool, pids = self.outliving()
+        with open("/proc/%d/stat" % pids[0]) as file:
+            guard = int(file.read().rpartition(")")[2].split()[1])
+        with open("/proc/%d/comm" % guard) as file:
+            self.assertEqual(file.read(), "quillon-guard\n")
+        os.kill(guard, signal.SIGKILL)
+        reply = tool.reply()
+        self.assertEqual(reply["----"], 128 + signal.SIGKILL)
+        self.assert_gone(*pids)
+
+    def test_a_cancelled_run_leaves_nothing(self):
+        tool, pids = self.outliving()
+        tool.event("aevt", "quit")
+        self.exit_event()
+        self.assert_gone(*pids)
+
+    def test_a_run_that_ended_leaves_nothing(self):
+        tool = self.shell_tool("setsid sh -c 'trap \"\" HUP TERM; echo $$ > daemon; while :; do sleep 0.1; "
+                                     "done' & while [ ! -s daemon ]; do sleep 0.02; done\n")
+        self.assertEqual(tool.run("x")["----"], 0)
+        self.assert_gone(self.pid("daemon"))
+
+    def test_background_children_of_tex_end_with_it(self):
+        self.file("x.tex", "\\immediate\\write18{(sh -c 'echo $PPID >p; echo $$ >daemon; exec sleep 1000') "
+                                  "</dev/null >/dev/null 2>&1 &}"
+                                  "\\immediate\\write18{while [ ! -s daemon ]; do sleep 0.02; done}Hi\\bye\n")
+        reply = self.launch("pdftex").run("pdftex -shell-escape x.tex")
+        self.assertEqual(reply["----"], 0, log_of(reply))
+        self.assert_gone(self.pid("daemon"))
+
+    def test_the_shells_end_is_the_runs_end(self):
+        tool, pids = self.outliving()
+        self.connection.close()
+        self.assert_gone(tool.process.pid, *pids)
+        self.assertEqual(os.listdir(self.home + "/cache/quillon") if
+                         os.path.isdir(self.home + "/cache/quillon") else [], [])
+
+    def test_a_shell_that_is_killed_takes_an_idle_tool_with_it(self):
+        bundle = os.path.join(BINARIES, "pdftex.app/Contents/Linux/pdftex")
+        report = self.work + "/tool"
+        parent = os.fork()
+        if parent == 0:
+            try:
+                child = os.fork()
+                if child == 0:
+                    os.execve(bundle, [bundle], dict(self.environment, QUILLON_SHELL_PID=str(os.getppid())))
+                with open(report, "w") as file:
+                    file.write("%d\n" % child)
+                signal.pause()
+            finally:
+                os._exit(0)
+        tool = self.pid("tool")
+        wait_until(lambda: self.connection.name_has_owner("org.quillon.App.p%d" % tool), "the tool")
+        os.kill(parent, signal.SIGKILL)
+        os.waitpid(parent, 0)
+        self.assert_gone(tool)
+
+
+if __name__ == "__main__":
+    unittest.main()
