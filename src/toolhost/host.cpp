@@ -102,16 +102,16 @@ int Host::connect() {
     if (result < 0 || (result = sd_bus_open_user(&bus_)) < 0)
         return result;
     sd_bus_set_exit_on_disconnect(bus_, 1);
+    if ((result = common::serve_application(bus_, &object_)) < 0 ||
+        (result = sd_bus_add_object_vtable(bus_, nullptr, application_path, tool_interface, tool_vtable,
+                                           this)) < 0 ||
+        (result = sd_bus_request_name(bus_, common::application_bus_name(getpid()).c_str(), 0)) < 0)
+        return result;
     const auto all_have_gone = [](sd_bus_track *, void *self) {
         static_cast<Host *>(self)->decide_prompt();
-        return 0;
+        return 1; // once is enough
     };
-    if ((result = sd_bus_track_new(bus_, &followers_, all_have_gone, this)) < 0 ||
-        (result = common::serve_application(bus_, &object_)) < 0 ||
-        (result = sd_bus_add_object_vtable(bus_, nullptr, application_path, tool_interface, tool_vtable,
-                                           this)) < 0)
-        return result;
-    if ((result = sd_bus_request_name(bus_, common::application_bus_name(getpid()).c_str(), 0)) < 0)
+    if ((result = sd_bus_track_new(bus_, &followers_, all_have_gone, this)) < 0)
         return result;
     sd_event_add_signal(event_, nullptr, SIGTERM, on_signal, this);
     sd_event_add_signal(event_, nullptr, SIGHUP, on_signal, this);
