@@ -421,7 +421,7 @@ TEST_F(Commands, ASecondChoiceOfASwitchTurnsItOffAgain) {
 }
 
 TEST_F(Commands, AChoiceOutsideTheRecentFilesMenuChangesNothing) {
-    for (const int item : {-1, 0, file_count + 4, 100}) {
+    for (const int item : {-1, 0, file_count + 1, file_count + 4, 100}) {
         choose_recent(static_cast<std::int16_t>(item));
         EXPECT_EQ(CountMenuItems(recentMenu), file_count + 3) << item;
     }
@@ -456,6 +456,16 @@ TEST_F(Commands, AnotherFontTakesTheMarkFromTheOneBefore) {
         choose(menu_font, 2),
         (Effects{
             {"oldItem", "2"}, {"setting FONTNAME", "Helvetica"}, {"mark 139 1", ""}, {"mark 139 2", "on"}}));
+}
+
+TEST_F(Commands, ARowWithoutAProcedureIsNeverEnabled) {
+    for (int i = 0; i < command_count; i++) {
+        const Command &row = command_table[i];
+        if (!row.procedure && !row.submenu) {
+            EXPECT_EQ(IsMenuItemEnabled(GetMenuHandle(row.menu), row.item), 0) << row.menu << " " << row.item;
+        }
+    }
+    EXPECT_EQ(IsMenuItemEnabled(fileMenu, 10), 1);
 }
 
 TEST_F(Commands, ARowWithoutAProcedureDoesNothing) {
