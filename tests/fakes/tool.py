@@ -5,7 +5,8 @@ Keys: "crash" ("launch", "before reply", "after reply"), "never" (no answer at a
 value]), "log" (text of a transcript), "outside log" (a path named as the transcript as it is), "record" (a file that
 gets the command line and the folder), "documents" (a file that gets the path of each document, ended by a NUL), "child"
 (starts a child that ignores hang-ups in a session of its own), "heir" (forks a child that keeps the connection; a
-file gets its process id), "report" (an 'ansr' event with these parameters before the reply).
+file gets its process id), "report" (an 'ansr' event with these parameters before the reply), "error" (the error
+number of the reply).
 """
 
 import json
@@ -97,7 +98,7 @@ class Tool(dbus.service.Object):
             values["logf"] = typed("fss ", path)
         if "outside log" in does:
             values["logf"] = typed("fss ", does["outside log"])
-        reply(0, dbus.Dictionary(values, signature="s(sv)"))
+        reply(does.get("error", 0), dbus.Dictionary(values, signature="s(sv)"))
         if does.get("crash") == "after reply":
             self.bus.flush()
             os.kill(os.getpid(), signal.SIGKILL)

@@ -121,6 +121,13 @@ class Replies(HomeTest):
         os.unlink(os.path.join(self.binaries, "mpost.app", "Contents", "PkgInfo"))
         self.assertIn("I can't find mpost. It should be in the binaries folder.\n", self.shell(self.exec("mpost x")))
 
+    def test_a_tool_that_says_it_timed_out(self):
+        output = self.run_fake(error=-1712)
+        self.assertIn(f"\nTime out error on <{self.binaries}/pdftex.app>!\n", output)
+
+    def test_another_error_of_a_tool_is_not_a_timeout(self):
+        self.assertNotIn("Time out", self.run_fake(error=-1700))
+
     def test_a_bundle_that_cannot_be_launched(self):
         os.unlink(program_of(os.path.join(self.copy_binaries(), "pdftex.app")))
         output = self.shell(self.exec())

@@ -1,0 +1,110 @@
+// What requests do once they are accepted: the search, the documents, the list of formats.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+#include "core/event_loop.h"
+#include "events/handlers.h"
+#include "menus/menus.h"
+#include "support/recording_front.h"
+#include "support/temporary_home.h"
+#include "toolbox/received_events.h"
+
+namespace quillon {
+namespace {
+
+std::string direct_text;
+int answers = 0;
+
+class Requests : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        home_.preferences("SPACECHAR=31\nDEBUG=0\n");
+        space_char = 31;
+        usePdfTeX = useETeX = 0;
+        format_name.clear();
+        pdfexe.format("%s/none.app", home_.root().c_str());
+        SetUpMenus();
+        DoAEInstallation();
+    }
+    void TearDown() override {
+        usePdfTeX = 0;
+        odocfile.clear();
+    }
+
+    void send(const char (&id)[5], const std::string &text) {
+        AppleEvent event;
+        MakeReceivedEvent(four("QUIL"), four(id), &event);
+        if (!text.empty())
+            AEPutParamPtr(&event, keyDirectObject, typeChar, text.data(), text.size());
+        answers = 0;
+        direct_text.clear();
+        QueueReceivedEvent(&event, [](OSErr, const AppleEvent *reply) {
+            answers++;
+            WalkParameters(
+                reply,
+                [](OSType keyword, OSType, const void *data, std::size_t size, void *) {
+                    if (keyword == keyDirectObject)
+                        direct_text.assign(static_cast<const char *>(data), size);
+                },
+                nullptr);
+        });
+        for (int i = 0; i < 10 && answers == 0; i++)
+            main_event(mask_every_event);
+        ASSERT_EQ(answers, 1);
+    }
+    std::string opened(const std::string &name) {
+        front_->printed.clear();
+        odocfile.copy(home_.path("work/" + name));
+        doOpenDoc();
+        return front_->printed;
+    }
+
+    test::TemporaryHome home_;
+    test::RecordingFront front_;
+};
+
+TEST_F(Requests, AFindIsCarriedOutAfterItsAnswer) {
+    send("find", "nosuchfile");
+    EXPECT_EQ(front_->printed, "\nLooking for file <nosuchfile>.\nInput file not found.\n");
+}
+
+TEST_F(Requests, ATextThatJustFitsIsTakenWithoutAWord) {
+    send("loca", std::string(255, 'x'));
+    EXPECT_EQ(front_->printed, "");
+    send("loca", std::string(256, 'x'));
+    EXPECT_EQ(front_->printed, "A text of 256 characters was received; only its first 255 are used.\n");
+}
+
+TEST_F(Requests, FormatsAreTheItemsFromTheThirdWithBlanksBetween) {
+    for (const char *const format : {"one", "two", "three"})
+        AppendMenuItemText(formatMenu, format);
+    send("frmt", "");
+    EXPECT_EQ(direct_text, "three");
+    AppendMenuItemText(formatMenu, "four");
+    send("frmt", "");
+    EXPECT_EQ(direct_text, "three four");
+}
+
+TEST_F(Requests, WhatACompanionMakesIsNotOpened) {
+    for (const char *const extension : {".dvi", ".aux", ".ps", ".idx", ".glo", ".mp"})
+        EXPECT_EQ(opened(std::string("x") + extension),
+                  "Quillon cannot open " + std::string(extension) + " files from outside.\n");
+}
+
+TEST_F(Requests, ADocumentIsTypesetByTheJobThatIsOn) {
+    EXPECT_TRUE(opened("x.gls").starts_with("\nProcessing -- pdftex -output-format=dvi x.gls \n"));
+    usePdfTeX = 1;
+    EXPECT_TRUE(opened("x.tex").starts_with("\nProcessing -- pdftex x.tex \n"));
+}
+
+TEST_F(Requests, ANameOf30BytesIsTooLong) {
+    const std::string longest(25, 'n'), longer(26, 'n');
+    EXPECT_TRUE(opened(longest + ".tex").starts_with("\nProcessing -- "));
+    EXPECT_EQ(opened(longer + ".tex"), "Filename \"" + longer + ".tex\" is too long for Quillon.\n");
+    EXPECT_TRUE(odocfile.empty());
+}
+
+} // namespace
+} // namespace quillon
