@@ -381,7 +381,7 @@ std::vector<Choice> every_choice() {
         const std::int16_t last = row.item                  ? row.item
                                   : row.menu == menu_recent ? std::int16_t{file_count + 4}
                                                             : std::int16_t{2};
-        for (std::int16_t item = first; row.procedure && item <= last; item++)
+        for (std::int16_t item = first; has_effect(row) && item <= last; item++)
             for (const int pdftex : {0, 1})
                 all.emplace_back(row.menu, item, pdftex);
     }
@@ -461,7 +461,7 @@ TEST_F(Commands, AnotherFontTakesTheMarkFromTheOneBefore) {
 TEST_F(Commands, ARowWithoutAProcedureIsNeverEnabled) {
     for (int i = 0; i < command_count; i++) {
         const Command &row = command_table[i];
-        if (!row.procedure && !row.submenu) {
+        if (!has_effect(row) && !row.submenu) {
             EXPECT_EQ(IsMenuItemEnabled(GetMenuHandle(row.menu), row.item), 0) << row.menu << " " << row.item;
         }
     }
@@ -470,7 +470,7 @@ TEST_F(Commands, ARowWithoutAProcedureIsNeverEnabled) {
 
 TEST_F(Commands, ARowWithoutAProcedureDoesNothing) {
     for (int i = 0; i < command_count; i++)
-        if (!command_table[i].procedure) {
+        if (!has_effect(command_table[i])) {
             EXPECT_EQ(choose(command_table[i].menu, command_table[i].item), Effects{});
         }
 }

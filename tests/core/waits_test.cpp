@@ -5,11 +5,11 @@
 
 #include "console/window.h"
 #include "core/event_loop.h"
-#include "core/job_scope.h"
 #include "core/startup.h"
 #include "events/handlers.h"
 #include "menus/menus.h"
 #include "menus/recent_files.h"
+#include "state/job_scope.h"
 #include "support/recording_front.h"
 #include "support/temporary_home.h"
 #include "toolbox/received_events.h"

@@ -8,9 +8,9 @@
 
 #include "console/window.h"
 #include "core/event_loop.h"
-#include "core/job_scope.h"
-#include "core/job_state.h"
 #include "files/paths.h"
+#include "state/job_scope.h"
+#include "state/job_state.h"
 #include "support/recording_front.h"
 #include "support/temporary_home.h"
 #include "toolbox/received_events.h"

@@ -7,10 +7,10 @@
 #include <cstdio>
 #include <string>
 
-#include "core/job_scope.h"
-#include "core/job_state.h"
 #include "jobs/after_run.h"
 #include "settings/settings.h"
+#include "state/job_scope.h"
+#include "state/job_state.h"
 #include "support/recording_front.h"
 #include "support/temporary_home.h"
 #include "toolbox/processes.h"
