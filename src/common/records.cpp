@@ -411,12 +411,11 @@ int RecordWrite(const char *path, const RecordChange *changes, int count) {
     struct stat old;
     if (!collect_changes(changes, count, wanted))
         return 0;
+    // A preferences file that is a symbolic link is locked and rewritten where it points, so that whoever
+    // reaches it by another name meets the same lock.
     Descriptor lock(-1);
-    if (::access(path, W_OK) != 0 || !take_lock(beside(path, ".lock"), lock))
-        return 0;
-    // A preferences file that is a symbolic link is rewritten where it points.
     char target[PATH_MAX];
-    if (!::realpath(path, target))
+    if (::access(path, W_OK) != 0 || !::realpath(path, target) || !take_lock(beside(target, ".lock"), lock))
         return 0;
     const Descriptor file(open_regular(target, O_RDWR, &old));
     if (file.get() < 0)

@@ -17,6 +17,7 @@ static char text_buffer[2048]; // text_printf
 static std::uint32_t lines = 0;
 
 static const char cut_notice[] = "\r[The rest of this message does not fit.]\r";
+static const char file_cut_notice[] = "\n[The rest of this message does not fit.]\n";
 
 // The one way into the console's text, its log file and the programs that follow it.
 static void append(const char *bytes, std::size_t length) {
@@ -100,6 +101,8 @@ int ml_fprintf(std::FILE *stream, const char *format, ...) {
     } else {
         length = std::vsnprintf(buff, sizeof buff, format, values);
         std::fputs(buff, stream);
+        if (length >= static_cast<int>(sizeof buff))
+            std::fputs(file_cut_notice, stream);
     }
     va_end(values);
     return length;

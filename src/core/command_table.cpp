@@ -29,7 +29,7 @@ const MenuRow menu_rows[] = {
 const int menu_row_count = sizeof menu_rows / sizeof menu_rows[0];
 
 static constexpr Command separator(std::int16_t menu, std::int16_t item) {
-    return {menu, item, "(-", 0};
+    return {menu, item, separator_title, 0};
 }
 
 static constexpr Command submenu(std::int16_t menu, std::int16_t item, const char *title,

@@ -97,6 +97,8 @@ enum : std::int16_t {
     transfer_add = 1,
 };
 
+inline constexpr const char *separator_title = "(-";
+
 struct MenuRow {
     std::int16_t id;
     const char *title;
@@ -108,7 +110,7 @@ struct MenuRow {
 struct Command {
     std::int16_t menu;
     std::int16_t item; // 0: every item of a menu whose items are made while the shell runs
-    const char *title; // null for item 0; "(-" for a separator
+    const char *title; // null for item 0; the text of separator_title for a separator
     char key;          // command key, 0 for none
     std::int16_t submenu = 0;
     void (*procedure)(std::int16_t item) = nullptr;

@@ -150,11 +150,6 @@ void do_menus(std::int32_t choice) {
         choose(*command, item);
 }
 
-static void lock_down(MenuHandle menu) {
-    for (std::int16_t item = 1; item <= CountMenuItems(menu); item++)
-        DisableMenuItem(menu, item);
-}
-
 void ChangeMenus() {
     OldTeXFile();
     for (int i = 0; i < command_count; i++) {
@@ -168,9 +163,9 @@ void ChangeMenus() {
     }
     if (!forceQuit)
         return;
-    lock_down(optionsMenu);
-    lock_down(transferMenu);
-    lock_down(fileMenu);
+    disable_menu(optionsMenu);
+    disable_menu(transferMenu);
+    disable_menu(fileMenu);
     if (!haveosx)
         EnableMenuItem(fileMenu, file_quit);
 }

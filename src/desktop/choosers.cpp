@@ -65,14 +65,16 @@ void prepare_file_dialog(QFileDialog &dialog, const NavRequest &request) {
         dialog.selectFile(QFile::decodeName(request.start_name));
     if (request.shows)
         dialog.setProxyModel(new ShownFiles(request.shows, &dialog));
-    QObject::connect(&dialog, &QFileDialog::filterSelected, &dialog,
-                     [&dialog, &request, filters](const QString &name) {
-                         const qsizetype index = filters.indexOf(name);
-                         if (index >= 0 && request.filter_picked)
-                             request.filter_picked(&request.filters[index]);
-                         if (auto *const shown = dynamic_cast<ShownFiles *>(dialog.proxyModel()))
-                             shown->filter_changed();
-                     });
+    QObject::connect(
+        &dialog, &QFileDialog::filterSelected, &dialog, [&dialog, &request, filters](const QString &name) {
+            // The pop-up's text leaves the pattern out.
+            for (int i = 0; i < request.filter_count; ++i)
+                if (request.filter_picked &&
+                    (name == filters[i] || name == QString::fromUtf8(request.filters[i].text.c_str())))
+                    request.filter_picked(&request.filters[i]);
+            if (auto *const shown = dynamic_cast<ShownFiles *>(dialog.proxyModel()))
+                shown->filter_changed();
+        });
 }
 
 int run_chooser(const NavRequest &request, QWidget *parent, BoundedBuffer &posix_path) {

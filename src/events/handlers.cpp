@@ -167,11 +167,12 @@ static void tell_outcome() {
     AESetCallOutcome(outcomes[job_outcome]);
 }
 
-// A wish of the caller's: 1 unless the parameter says 0.
-static std::uint8_t wish(const AppleEvent *event, OSType keyword) {
-    std::int32_t value = 1;
-    return AEGetParamPtr(event, keyword, typeLongInteger, &value, sizeof value, nullptr) != noErr ||
-           value != 0;
+// A wish of the caller's; OTHERWISE when it says nothing.
+static std::uint8_t wish(const AppleEvent *event, OSType keyword, std::uint8_t otherwise) {
+    std::int32_t value = 0;
+    if (AEGetParamPtr(event, keyword, typeLongInteger, &value, sizeof value, nullptr) != noErr)
+        return otherwise;
+    return value != 0;
 }
 
 // The first error of the run, in the reply to a caller that asked for it.
@@ -191,7 +192,8 @@ OSErr HandleAppleScript(const AppleEvent *event, AppleEvent *reply, std::int32_t
     read_text(event, mycommand);
     take_folder(event);
     SetCurrDirFromParameter(mycommand);
-    const std::uint8_t views = wish(event, four("view")), edits = wish(event, four("edit"));
+    const std::uint8_t views = wish(event, four("view"), !nobody_answers),
+                       edits = wish(event, four("edit"), 1);
     std::int32_t wants_error = 0;
     AEGetParamPtr(event, four("rslt"), typeLongInteger, &wants_error, sizeof wants_error, nullptr);
     if ((error = RequiredCheck(event)) != noErr) {
@@ -202,7 +204,8 @@ OSErr HandleAppleScript(const AppleEvent *event, AppleEvent *reply, std::int32_t
     job_edits = edits;
     job_error_file.clear();
     DoAppleScript();
-    job_views = job_edits = 1;
+    job_views = !nobody_answers;
+    job_edits = 1;
     tell_outcome();
     if (wants_error)
         put_first_error(reply);

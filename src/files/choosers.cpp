@@ -22,13 +22,12 @@ int get_short_file(BoundedBuffer &name, std::int16_t *vref, std::int32_t *dir_id
     return 0;
 }
 
-// The Unix path of leaf NAME in the folder; empty, with a message, when it cannot be built.
+// Builds the Unix path of leaf NAME in the folder. 0, and an empty PATH, when it cannot be built.
 int build_path(BoundedBuffer &path, std::int16_t vref, std::int32_t dir_id, const BoundedBuffer &name) {
     BoundedString<1024> whole;
     if (get_unixpath_by_dirid(vref, dir_id, whole) && whole.append("/") && whole.append(name.view()) &&
         path.copy(whole.view()))
         return 1;
-    ml_printf("IO Error on file %s\n", name.c_str());
     path.clear();
     return 0;
 }
@@ -58,7 +57,10 @@ int get_input_file(BoundedBuffer &path, const char *ext1, const char *ext2, int 
         path.clear();
         return 0;
     }
-    return build_path(path, vref, dir_id, name);
+    if (build_path(path, vref, dir_id, name))
+        return 1;
+    ml_printf("IO Error on file %s\n", name.c_str());
+    return 0;
 }
 
 int put_output_file(BoundedBuffer &path, const char *prompt) {

@@ -352,7 +352,7 @@ int CanIWrite(const char *mac_path) {
 int UnixPathToFolder(const char *path, FSSpec *spec) {
     BoundedString<conversion_size> mac_path;
     std::memset(spec, 0, sizeof *spec);
-    if (!convert_path(path, mac_path) || (!ends_with_colon(mac_path) && !mac_path.append(":")))
+    if (!convert_path(path, mac_path) || !mac_path.append(":"))
         return 0;
     std::int32_t dir_id;
     return FSMakeFSSpec(0, 0, mac_path.c_str(), spec) == noErr && folder_id(spec, &dir_id);

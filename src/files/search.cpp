@@ -88,6 +88,11 @@ char *find_input(BoundedBuffer &name) {
 
 } // namespace
 
+// A path that its buffer cannot hold is refused, and named.
+static void say_too_long(const char *path) {
+    ml_printf("The path \"%s\" is too long for Quillon.\n", path);
+}
+
 void DoFindFile(BoundedBuffer &name) {
     ml_printf("\nLooking for file <%s>.\n", name.c_str());
     char *const found = find_input(name);
@@ -96,7 +101,13 @@ void DoFindFile(BoundedBuffer &name) {
         ml_printf("Input file not found.\n");
         return;
     }
-    add_current_dir(name, found);
+    BoundedString<1024> absolute;
+    add_current_dir(absolute, found);
+    if (absolute.empty() || !name.copy(absolute.view())) {
+        say_too_long(absolute.empty() ? found : absolute.c_str());
+        std::free(found);
+        return;
+    }
     std::free(found);
     ml_printf("Found file <%s>.\n", name.c_str());
     DoTransfer(editor);
@@ -108,7 +119,12 @@ int DoSearchFile(BoundedBuffer &name) {
     if (!found)
         return 0;
     BoundedString<1024> absolute;
-    const int converted = convert_path(add_current_dir(absolute, found), name);
+    add_current_dir(absolute, found);
+    const int converted = !absolute.empty() && convert_path(absolute.c_str(), name);
+    if (!converted) {
+        say_too_long(absolute.empty() ? found : absolute.c_str());
+        name.clear();
+    }
     std::free(found);
     return converted;
 }

@@ -198,9 +198,12 @@ int find_in_list(const Database *database, const char *name, BoundedBuffer &path
     const std::uint32_t hash = hash_of({name, std::strlen(name)});
     for (std::uint32_t i = database->first[hash & database->mask]; i != no_node; i = database->chain[i]) {
         const HashNode *const node = &database->list->nodes[i];
-        if (std::strcmp(name_of(database->list, node), name) == 0 &&
-            path.copy(directory_of(database->list, node)) && path.append(name) &&
-            access(path.c_str(), 4) == 0)
+        if (std::strcmp(name_of(database->list, node), name) != 0)
+            continue;
+        const char *const folder = directory_of(database->list, node);
+        if (!path.copy(folder) || !path.append(name))
+            ml_printf("The path of file <%s%s> is too long.\n", folder, name);
+        else if (access(path.c_str(), 4) == 0)
             return 1;
     }
     return 0;

@@ -127,7 +127,9 @@ void mac_expand_subdir(char ***list, std::size_t *count, const char *folder) {
         ml_printf("The path of folder <%s> is too long.\n", folder);
         return;
     }
-    if (UnixPathToFolder(folder, &spec) && folder_id(&spec, &id))
+    BoundedString<1024> bare;
+    bare.copy(expansion.path.view().substr(0, expansion.path.length() - 1));
+    if (UnixPathToFolder(bare.c_str(), &spec) && folder_id(&spec, &id))
         expand_folder(expansion, {spec.vRefNum, id, nullptr});
     std::free(targets.all);
 }

@@ -69,12 +69,13 @@ static MenuItem *item_of(MenuHandle menu, std::int16_t item) {
                : nullptr;
 }
 
-static MenuItem item_with(const char *text) {
-    MenuItem item;
-    item.separator = text[0] == '-' ? text[1] == '\0' : text[0] == '(' && text[1] == '-';
-    item.text = item.separator ? "-" : text;
-    item.enabled = !item.separator;
-    return item;
+static void insert_item(MenuHandle menu, const MenuItem &item, std::int16_t after) {
+    if (!menu || CountMenuItems(menu) == INT16_MAX)
+        return;
+    changes++;
+    const std::int16_t count = CountMenuItems(menu);
+    const std::int16_t place = after < 0 ? static_cast<std::int16_t>(0) : after > count ? count : after;
+    menu->items.insert(menu->items.begin() + place, item);
 }
 
 void AppendMenuItemText(MenuHandle menu, const char *text) {
@@ -82,12 +83,17 @@ void AppendMenuItemText(MenuHandle menu, const char *text) {
 }
 
 void InsertMenuItemText(MenuHandle menu, const char *text, std::int16_t after) {
-    if (!menu || CountMenuItems(menu) == INT16_MAX)
-        return;
-    changes++;
-    const std::int16_t count = CountMenuItems(menu);
-    const std::int16_t place = after < 0 ? static_cast<std::int16_t>(0) : after > count ? count : after;
-    menu->items.insert(menu->items.begin() + place, item_with(text));
+    MenuItem item;
+    item.text = text;
+    insert_item(menu, item, after);
+}
+
+void InsertMenuSeparator(MenuHandle menu, std::int16_t after) {
+    MenuItem item;
+    item.text = "-";
+    item.separator = true;
+    item.enabled = false;
+    insert_item(menu, item, after);
 }
 
 void DeleteMenuItem(MenuHandle menu, std::int16_t item) {

@@ -67,22 +67,28 @@ static void say_where() {
     ml_printf("at line number %ld.\n", static_cast<long>(editlinenumber));
 }
 
-static void take_error_place() {
-    const char *const file = get_str_resource("FILENAME");
-    if (file)
-        editfile.copy(file);
+// 0 when the file's path does not fit; it is then named.
+static int take_error_place() {
+    char *const file = myget_string("FILENAME");
+    const int fits = !file || editfile.copy(file);
+    if (!fits)
+        ml_printf("The path \"%s\" is too long for Quillon.\n", file);
+    std::free(file);
     const char *const line = get_str_resource("LINENUMBER");
     if (line) {
         editlinenumber = static_cast<std::int32_t>(std::atol(line));
         write_error_line();
     }
+    return fits;
 }
 
 void CallTheEditor() {
     if (calleditor != 1)
         return;
-    take_error_place();
+    const int fits = take_error_place();
     calleditor = 0;
+    if (!fits)
+        return;
     if (!IsApp(editor)) {
         if (!find_application(&editor, "Editor", "Find the text editor")) {
             say_where();

@@ -1,5 +1,6 @@
 #include "menus/menus.h"
 
+#include <cstring>
 #include <strings.h>
 
 #include "core/command_table.h"
@@ -41,6 +42,10 @@ static void make_items() {
         if (row.item == 0)
             continue;
         const MenuHandle menu = GetMenuHandle(row.menu);
+        if (std::strcmp(row.title, separator_title) == 0) {
+            InsertMenuSeparator(menu, CountMenuItems(menu));
+            continue;
+        }
         AppendMenuItemText(menu, row.title);
         if (row.key)
             SetItemCmd(menu, row.item, row.key);
@@ -73,6 +78,16 @@ static void fill_font_menu(MenuHandle menu) {
     for (int index = 0; GetFontFamily(index, family); index++)
         AppendMenuItemText(menu, family.c_str());
     CheckFontMenu();
+}
+
+void enable_menu(MenuHandle menu) {
+    for (std::int16_t item = 1; item <= CountMenuItems(menu); item++)
+        EnableMenuItem(menu, item);
+}
+
+void disable_menu(MenuHandle menu) {
+    for (std::int16_t item = 1; item <= CountMenuItems(menu); item++)
+        DisableMenuItem(menu, item);
 }
 
 void SetUpMenus() {

@@ -14,6 +14,9 @@ extern std::int32_t oldItem; // the checked item of the Font menu, 0 for none
 
 // Builds the menu bar from the command table.
 void SetUpMenus();
+// Enable or disable every item of a menu, in order; an empty menu is left alone.
+void enable_menu(MenuHandle menu);
+void disable_menu(MenuHandle menu);
 
 } // namespace quillon
 

@@ -49,7 +49,7 @@ void Add3Items() {
     const std::int16_t count = CountMenuItems(recentMenu);
     if (count < 1)
         return;
-    InsertMenuItemText(recentMenu, "(-", count);
+    InsertMenuSeparator(recentMenu, count);
     InsertMenuItemText(recentMenu, switch_text(), static_cast<std::int16_t>(count + 1));
     InsertMenuItemText(recentMenu, "Remove all items", static_cast<std::int16_t>(count + 2));
 }

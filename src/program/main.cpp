@@ -13,6 +13,7 @@
 #include "headless/headless.h"
 #include "linux/events/event_sources.h"
 #include "settings/settings.h"
+#include "state/job_scope.h"
 #include "state/job_state.h"
 #include "toolbox/apple_events.h"
 #include "toolbox/files.h"
@@ -27,7 +28,9 @@ struct Arguments {
     int first_file = 0;
 };
 
-static constexpr int exit_usage = 64, exit_no_display = 69, exit_second_shell = 75;
+static constexpr int exit_usage = 64, exit_no_display = 69, exit_second_shell = 75, exit_configuration = 78;
+// What the shell keeps the path of the binaries folder in.
+static constexpr std::size_t longest_folder = 255;
 
 static bool parse(int argc, char **argv, Arguments *arguments) {
     int i = 1;
@@ -90,6 +93,10 @@ static bool start_headless(const Arguments &arguments, bool has_files) {
         std::fprintf(stderr, "quillon: I can't open the script %s\n", arguments.script);
         return false;
     }
+    if (!arguments.script) {
+        nobody_answers = 1;
+        job_views = 0;
+    }
     if (has_files && !arguments.script) {
         OpenScript("/dev/null");
         exit_status = 1;
@@ -104,6 +111,11 @@ int main(int argc, char **argv) {
         std::fputs("usage: quillon-shell [--headless [--script FILE|-] [--service] [--system 9]] [FILE...]\n",
                    stderr);
         return exit_usage;
+    }
+    if (const std::string folder = common::above_own_program(4); folder.size() > longest_folder) {
+        std::fprintf(stderr, "quillon: the path of the programs' folder is too long (%zu bytes of %zu): %s\n",
+                     folder.size(), longest_folder, folder.c_str());
+        return exit_configuration;
     }
     HostLoop();
     if (arguments.headless) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -103,9 +104,23 @@ bool write_values(const std::string &path, const Values &chosen, const Values &v
     return changes.empty() || common::write_preferences(path, changes);
 }
 
+// Where a file at PATH would be made: where PATH leads, when it is a symbolic link to nothing. Links are
+// followed as far as the system follows them.
+std::string place_of(std::string path) {
+    char target[PATH_MAX];
+    for (int links = 0; links < 40; links++) {
+        const ssize_t length = readlink(path.c_str(), target, sizeof target);
+        if (length <= 0)
+            break;
+        path = common::absolute_path(common::folder_above(path), {target, static_cast<std::size_t>(length)});
+    }
+    return path;
+}
+
 // The whole file is written beside its place and linked there, so that it never shows half made; one that
 // somebody else made meanwhile stays.
-bool create(const std::string &path, const Values &chosen, const Values &values) {
+bool create(const std::string &wanted, const Values &chosen, const Values &values) {
+    const std::string path = place_of(wanted);
     const std::string folder = path.substr(0, path.rfind('/'));
     if (!common::make_folders(folder, 0755))
         return false;
@@ -142,6 +157,7 @@ Proposal propose(const std::string &home, const std::string &programs) {
         proposal.values.emplace_back("SPACECHAR", common::fresh_space);
     for (const char *key : {"USEPDFTEX", "AUTOVIEW", "DATABASE"})
         proposal.values.emplace_back(key, "1");
+    proposal.values.emplace_back("DEBUG", "0");
     const Distribution found = find_distribution(programs);
     proposal.programs = found.programs;
     if (!found.programs.empty())
@@ -157,7 +173,7 @@ bool write_settings(const Values &changes, const Proposal &proposal) {
     if (access(path.c_str(), F_OK) == 0 ? write_values(path, changes, proposal.values)
                                         : create(path, changes, proposal.values))
         return true;
-    std::fprintf(stderr, "setpaths: I can't write %s\n", path.c_str());
+    std::fprintf(stderr, "setpaths: I can't write %s: %s\n", place_of(path).c_str(), std::strerror(errno));
     return false;
 }
 

@@ -7,18 +7,20 @@ namespace quillon {
 
 JobOutcome job_outcome = job_done;
 std::uint8_t job_views = 1, job_edits = 1;
+std::uint8_t nobody_answers = 0;
 BoundedString<256> job_error_file;
 std::int32_t job_error_line = 0;
 BoundedString<1024> job_error_message;
 
 static int depth = 0;
 
-// What stays in the queue while a job runs: menu choices, command keys, and the events that start work.
+// What stays in the queue while a job runs: menu choices, command keys (Command-period cancels, and passes),
+// and the events that start work.
 static int admits(const EventRecord &event) {
     if (event.what == mouseDown)
         return event.message == 0;
     if (event.what == keyDown || event.what == autoKey)
-        return !(event.modifiers & cmdKey);
+        return !(event.modifiers & cmdKey) || (event.what == keyDown && event.message == '.');
     if (event.what != kHighLevelEvent)
         return 1;
     const OSType id = static_cast<OSType>(static_cast<std::uint16_t>(event.where.v)) << 16 |

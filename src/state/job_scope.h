@@ -15,6 +15,10 @@ extern JobOutcome job_outcome;
 // What may follow the job that runs, as whoever asked for it wishes: the viewer after a clean run, the editor
 // after an error. 1 unless the caller said otherwise.
 extern std::uint8_t job_views, job_edits;
+// 1 where nobody can answer a question of the shell's: a shell without a display and without a script. No
+// viewer opens by itself there unless the caller asked for it, and a missing application is named, not asked
+// for.
+extern std::uint8_t nobody_answers;
 // The first error of the last run, as its tool told it: the file (a Unix path), the line, and what the engine
 // said. An empty file for none.
 extern BoundedString<256> job_error_file;

@@ -22,10 +22,12 @@ MenuHandle GetMenuOfBar(int index);
 std::int16_t GetMenuID(MenuHandle menu);
 const char *GetMenuTitle(MenuHandle menu);
 
-// Items count from 1. "(-" or "-" makes a separator.
+// Items count from 1. A text is shown as it stands, whatever its characters.
 std::int16_t CountMenuItems(MenuHandle menu);
 void AppendMenuItemText(MenuHandle menu, const char *text);
 void InsertMenuItemText(MenuHandle menu, const char *text, std::int16_t after);
+// A line between items, which stands for no choice; its text is "-".
+void InsertMenuSeparator(MenuHandle menu, std::int16_t after);
 void DeleteMenuItem(MenuHandle menu, std::int16_t item);
 void SetMenuItemText(MenuHandle menu, std::int16_t item, const char *text);
 // Empty for an item that does not exist. 0 when the text does not fit.

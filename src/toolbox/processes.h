@@ -62,6 +62,9 @@ OSErr SetFrontProcess(const ProcessSerialNumber *psn);
 // Starts the bundle or program at launchAppSpec. memFullErr when the host has no room for a process, another
 // code when it cannot be started.
 OSErr LaunchApplication(LaunchParamBlockRec *block);
+// Ends a program launched from here at once, with every process of its group. procNotFound for any other
+// process.
+OSErr EndProcess(const ProcessSerialNumber *psn);
 // Whether the process is the program at SPEC: a plain program is known by its canonical path, since many
 // share a signature.
 int ProcessIsProgram(const ProcessSerialNumber *psn, const FSSpec *spec);

@@ -6,6 +6,7 @@
 #include "core/event_loop.h"
 #include "files/paths.h"
 #include "files/signatures.h"
+#include "front/front.h"
 #include "state/cursors.h"
 #include "state/job_scope.h"
 #include "state/job_state.h"
@@ -161,8 +162,13 @@ int KillApp(const char *app) {
     if (!IsSigRunning(signature, &psn))
         return procNotFound;
     SendQuit(app);
-    while (IsSigRunning(signature, &psn))
-        main_event(everyEvent);
+    while (IsSigRunning(signature, &psn)) {
+        // A tool that does not go is ended by whoever has waited long enough.
+        if (CheckEventQueueForUserCancel())
+            EndProcess(&psn);
+        if (!main_event(everyEvent))
+            front->tool_wait();
+    }
     return procNotFound;
 }
 

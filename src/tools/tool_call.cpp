@@ -48,6 +48,11 @@ int CallTool(const char *tool, const char *command_line, const char *folder) {
         ml_printf("I can't find %s. It should be in the binaries foldeer.\n", tool);
         return 0;
     }
+    if (FSSpec spec = {}; !UnixPathToFolder(folder, &spec)) {
+        exit_status = 1;
+        ml_printf("I can't find the folder %s.\n", folder);
+        return 0;
+    }
     if (!DoMyLaunch(tool, &psn, 1)) {
         ml_printf("Unable to launch <%s>!\n", tool);
         return 0;

@@ -6,6 +6,7 @@
 #include "files/paths.h"
 #include "files/signatures.h"
 #include "settings/settings.h"
+#include "state/job_scope.h"
 #include "state/job_state.h"
 #include "toolbox/apple_events.h"
 #include "tools/processes.h"
@@ -123,6 +124,10 @@ void AutoViewDviFile() {
 int find_application(const char **viewer, const char *key, const char *prompt) {
     if (IsApp(*viewer))
         return 1;
+    if (nobody_answers) {
+        ml_printf("Application %s has not been set.\n", key);
+        return 0;
+    }
     wait_for_front();
     const char *const chosen = GetAppByDialog(prompt, typeWildCard, 0);
     if (!chosen)

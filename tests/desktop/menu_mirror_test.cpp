@@ -17,7 +17,7 @@ class Mirror : public testing::Test {
     void SetUp() override {
         menu_ = NewMenu(bar_menu, "R&D");
         AppendMenuItemText(menu_, "Fish && \xFF chips");
-        AppendMenuItemText(menu_, "(-");
+        InsertMenuSeparator(menu_, CountMenuItems(menu_));
         AppendMenuItemText(menu_, "Sub");
         SetItemCmd(menu_, 1, 't');
         SetMenuItemHierarchicalID(menu_, 3, sub_menu);

@@ -21,7 +21,8 @@ def stock_folder():
 
 
 STOCK = stock_folder()
-STOCK_NAMES = sorted((name[:-4] for name in os.listdir(STOCK) if name.endswith(".fmt")), key=str.lower)
+# The folder is read by the names of its files, so "latex-dev.fmt" comes ahead of "latex.fmt".
+STOCK_NAMES = [name[:-4] for name in sorted(os.listdir(STOCK), key=lambda name: (name.lower(), name)) if name.endswith(".fmt")]
 
 
 class Formats(HomeTest):
@@ -53,6 +54,12 @@ class Formats(HomeTest):
     def test_the_formats_made_by_pdftex_are_listed_by_name(self):
         self.assertIn("pdflatex", STOCK_NAMES)
         self.assertEqual(self.golden("print menu 130\n", STOCK), self.lines(STOCK_NAMES))
+
+    def test_the_order_is_that_of_the_files_names(self):
+        for name in ("latex.fmt", "latex-dev.fmt", "pdflatex.efmt", "Pdf.fmt"):
+            self.stamped(name, "QXET")
+        self.assertEqual(self.golden("print menu 130\n", self.own),
+                         self.lines(["latex-dev", "latex", "Pdf", "pdflatex"]))
 
     def test_those_of_other_engines_are_not(self):
         parent = os.path.dirname(STOCK)

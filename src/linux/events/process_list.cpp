@@ -1,5 +1,6 @@
 // The process list: programs launched from here, applications on the bus, the user's other processes.
 #include <dirent.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -169,6 +170,14 @@ OSErr SetFrontProcess(const ProcessSerialNumber *psn) {
     if (owner.empty() || !bus)
         return noErr; // a tool that has no window yet has nothing to show
     common::send_activate(bus, owner, common::application_path);
+    return noErr;
+}
+
+OSErr EndProcess(const ProcessSerialNumber *psn) {
+    const pid_t pid = static_cast<pid_t>(psn->lowLongOfPSN);
+    const Launched *const program = psn->highLongOfPSN == psn_launched ? find_launched(pid) : nullptr;
+    if (!program || program->exited || kill(-pid, SIGKILL) != 0)
+        return procNotFound;
     return noErr;
 }
 
