@@ -177,6 +177,36 @@ TEST_F(Resources, SymbolicLinkIsRewrittenWhereItPoints) {
     EXPECT_EQ(home_.read("work/real"), "A=2\n");
 }
 
+TEST_F(Resources, TwoNamesOfOneFileMeetTheSameLock) {
+    const std::string real = home_.file("work/real", "A=1\n");
+    std::filesystem::remove(path_);
+    std::filesystem::create_symlink(real, path_);
+    // Each of two writers reaches the file by its own name; no record of either is lost.
+    constexpr int rounds = 200;
+    const pid_t other = ::fork();
+    if (other == 0) {
+        for (int i = 1; i <= rounds; i++) {
+            const std::string value = std::to_string(i);
+            const RecordChange change = {"OTHER", value.c_str()};
+            if (!RecordWrite(real.c_str(), &change, 1))
+                ::_exit(1);
+        }
+        ::_exit(0);
+    }
+    for (int i = 1; i <= rounds; i++) {
+        const std::string value = std::to_string(i);
+        const RecordChange change = {"OWN", value.c_str()};
+        ASSERT_EQ(RecordWrite(path_.c_str(), &change, 1), 1);
+        ASSERT_EQ(get("OWN"), value);
+    }
+    int status = 0;
+    ::waitpid(other, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    EXPECT_EQ(get("OWN"), "200");
+    EXPECT_EQ(get("OTHER"), "200");
+    EXPECT_FALSE(std::filesystem::exists(home_.path("config/.Quillon Preferences.lock")));
+}
+
 TEST_F(Resources, DanglingLinkAndFolderAndPipeAreNoFile) {
     std::filesystem::create_symlink(home_.path("work/none"), path_);
     EXPECT_EQ(set("A", "2"), 0);

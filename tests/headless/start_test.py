@@ -1,6 +1,7 @@
 """Start-up: the flags and their defaults, and what happens without preferences."""
 
 import os
+import subprocess
 import sys
 import unittest
 
@@ -48,6 +49,44 @@ class Start(HomeTest):
         self.assertEqual(self.state("useETeX"), "0")
         self.assertEqual(self.state("parseFirstLine"), "0")
         self.assertEqual(self.state("doAlias"), "0")
+
+    def test_a_folder_of_programs_with_too_long_a_path_is_refused(self):
+        self.preferences()
+        self.copy_binaries()
+        deep = self.home
+        while len(deep) < 240:
+            deep = os.path.join(deep, "d" * 40)
+        os.makedirs(deep)
+        moved = os.path.join(deep, "quillon")
+        os.rename(self.binaries, moved)
+        self.binaries = moved
+        self.shell("print state home\n")
+        self.assertEqual(self.status, 78)
+        self.assertIn(f"the path of the programs' folder is too long ({len(moved)} bytes of 255): {moved}\n", self.errors)
+
+    def test_without_a_script_nothing_opens_and_nothing_is_asked(self):
+        mark = os.path.join(self.work, "opened")
+        viewer = self.file("viewer", f"#!/bin/sh\ntouch '{mark}'\n", mode=0o755)
+        tex = self.file("paper.tex", "Hello.\n\\bye\n")
+        for settings in ({}, {"PDFVIEW": viewer}):
+            self.preferences(AUTOVIEW="1", USEPDFTEX="1", **settings)
+            done = subprocess.run(["dbus-run-session", "--", self.shell_program(), "--headless", tex],
+                                  env=self.environment, cwd=self.work, capture_output=True, text=True, timeout=100,
+                                  check=False)
+            self.assertEqual(done.returncode, 0, done.stdout)
+            self.assertIn("Output written on paper.pdf", done.stdout)
+            self.assertNotIn("chooser", done.stderr)
+        self.assertFalse(os.path.exists(mark))
+
+    def test_without_a_script_a_missing_editor_is_named(self):
+        self.preferences(USEPDFTEX="1")
+        tex = self.file("bad.tex", "\\wrong\n\\bye\n")
+        done = subprocess.run(["dbus-run-session", "--", self.shell_program(), "--headless", tex], env=self.environment,
+                              cwd=self.work, capture_output=True, text=True, timeout=100, check=False)
+        self.assertEqual(done.returncode, 1)
+        self.assertIn(f"Application Editor has not been set.\n\nUse any text editor to edit {tex}\nat line number 1.\n",
+                      done.stdout)
+        self.assertNotIn("chooser", done.stderr)
 
     def test_the_previewer_without_a_signature_is_qvw8(self):
         self.copy_binaries()

@@ -32,7 +32,7 @@ class SetpathsTest(HomeTest):
     def test_a_fresh_user(self):
         self.assertEqual(self.run_it("--defaults"), (0, "", ""))
         settings = self.settings()
-        for key, value in {"SPACECHAR": "31", "USEPDFTEX": "1", "AUTOVIEW": "1", "DATABASE": "1",
+        for key, value in {"SPACECHAR": "31", "USEPDFTEX": "1", "AUTOVIEW": "1", "DATABASE": "1", "DEBUG": "0",
                            "PDFTEXFORMAT": "pdflatex"}.items():
             self.assertEqual(settings[key], value)
         formats = settings["TEXFORMATS"].split(":")
@@ -41,6 +41,26 @@ class SetpathsTest(HomeTest):
         for key, value in settings.items():
             self.assertNotRegex(value, r"[{}!$ ]", key)
         self.assertEqual(os.listdir(self.home + "/config dir"), ["Quillon Preferences"])
+
+    def test_preferences_that_are_a_link_to_nothing_are_made_where_it_leads(self):
+        target = os.path.join(self.home, "elsewhere", "settings")
+        os.makedirs(os.path.dirname(self.preferences_path), exist_ok=True)
+        if os.path.exists(self.preferences_path):
+            os.unlink(self.preferences_path)
+        os.symlink("../elsewhere/settings", self.preferences_path)
+        self.assertEqual(self.run_it("--defaults"), (0, "", ""))
+        self.assertTrue(os.path.islink(self.preferences_path))
+        self.assertTrue(os.path.isfile(target))
+        self.assertEqual(self.settings()["SPACECHAR"], "31")
+
+    def test_preferences_that_are_a_link_to_where_nothing_can_be_made_fail(self):
+        os.makedirs(os.path.dirname(self.preferences_path), exist_ok=True)
+        if os.path.exists(self.preferences_path):
+            os.unlink(self.preferences_path)
+        os.symlink("/proc/none/settings", self.preferences_path)
+        status, _, errors = self.run_it("--defaults")
+        self.assertEqual(status, 1)
+        self.assertIn("setpaths: I can't write /proc/none/settings: ", errors)
 
     def test_every_default_lies_in_the_recorded_trees(self):
         self.run_it("--defaults")
