@@ -1,6 +1,7 @@
 #include "toolhost/results.h"
 
 #include <cstdlib>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -23,9 +24,25 @@ bool leads_e_tex(const std::string &word) {
     return name == "pdfetex" || name == "etex" || name == "pdfelatex" || name == "elatex";
 }
 
+// A file system may keep coarser times than the clock.
+timespec coarse(const timespec &time) {
+    return {time.tv_sec, time.tv_nsec - time.tv_nsec % 10000000};
+}
+
 std::string output_folder(const EngineRun &run) {
     const std::string folder = option_value(run.words, "output-directory");
     return folder.empty() ? run.folder : common::absolute_path(run.folder, folder);
+}
+
+// The name that the engine's files have, from its words; empty when they do not say it.
+std::string job_name(const EngineRun &run) {
+    std::string name = option_value(run.words, "jobname");
+    if (!name.empty())
+        return name;
+    name = common::leaf_of(main_file(run.words));
+    if (const std::size_t dot = name.rfind('.'); dot != std::string::npos && dot > 0)
+        name.resize(dot);
+    return name;
 }
 
 } // namespace
@@ -41,17 +58,11 @@ std::string engine_output(const EngineRun &run, const RunParser &parser) {
     }
     if (parser.said_no_output() || has_option(run.words, "ini"))
         return {};
-    std::string name = option_value(run.words, "jobname");
-    if (name.empty()) {
-        name = common::leaf_of(main_file(run.words));
-        if (const std::size_t dot = name.rfind('.'); dot != std::string::npos && dot > 0)
-            name.resize(dot);
-    }
+    const std::string name = job_name(run);
     if (name.empty())
         return {};
     std::string best;
-    // A file system may keep coarser times than the clock.
-    timespec best_time = {run.started.tv_sec, run.started.tv_nsec - run.started.tv_nsec % 10000000};
+    timespec best_time = coarse(run.started);
     for (const char *extension : {".dvi", ".pdf"}) {
         const std::string path = common::absolute_path(output_folder(run), name + extension);
         struct stat status;
@@ -68,14 +79,15 @@ void clear_output_setting() {
         common::write_preferences({{"PDFTEXOUTPUT", "0"}});
 }
 
-void write_results(const EngineRun &run, bool engine, const std::string &output, const ErrorPlace &error) {
+void write_results(const EngineRun &run, bool engine, const std::string &output, bool whole,
+                   const ErrorPlace &error) {
     const bool pdf = output.ends_with(".pdf");
     const std::string unix_output = common::to_unix_path(output, run.space);
     std::vector<common::SettingChange> changes;
     if (engine) {
         changes.push_back({"DVIFILE", pdf ? "" : unix_output});
         changes.push_back({"PDFFILE", pdf ? unix_output : ""});
-        changes.push_back({"PDFTEXOUTPUT", output.empty() ? "0" : pdf ? "1" : "2"});
+        changes.push_back({"PDFTEXOUTPUT", output.empty() || !whole ? "0" : pdf ? "1" : "2"});
     }
     if (error.known()) {
         changes.push_back({"FILENAME", common::to_unix_path(error.file, run.space)});
@@ -95,6 +107,25 @@ void stamp_format(const EngineRun &run, const RunParser &parser) {
     const char *const creator = leads_e_tex(run.words[0]) ? "qXET" : run.program == "tex" ? "????" : "QXET";
     setxattr(path.c_str(), "user.quillon.creator", creator, 4, 0);
     setxattr(path.c_str(), "user.quillon.type", "TFMT", 4, 0);
+}
+
+void mend_auxiliary_file(const EngineRun &run) {
+    const std::string path = common::absolute_path(output_folder(run), job_name(run) + ".aux");
+    struct stat status;
+    const int file = open(path.c_str(), O_RDWR | O_CLOEXEC | O_NONBLOCK);
+    if (file < 0)
+        return;
+    off_t end = 0;
+    if (fstat(file, &status) == 0 && S_ISREG(status.st_mode) && newer(status.st_mtim, coarse(run.started)))
+        end = status.st_size;
+    // A file that another run wrote is left alone; of this run's, what follows the last line end goes.
+    off_t kept = end;
+    char byte = '\n';
+    while (kept > 0 && pread(file, &byte, 1, kept - 1) == 1 && byte != '\n')
+        kept--;
+    if (kept < end && ftruncate(file, kept) != 0)
+        unlink(path.c_str());
+    close(file);
 }
 
 ErrorPlace read_edit_record(int descriptor, const std::string &folder) {

@@ -24,8 +24,12 @@ std::string engine_output(const EngineRun &run, const RunParser &parser);
 // `PDFTEXOUTPUT` 0 before an engine starts.
 void clear_output_setting();
 // One transaction: `DVIFILE`, `PDFFILE`, `PDFTEXOUTPUT` when ENGINE, `FILENAME` and `LINENUMBER` when ERROR
-// is known.
-void write_results(const EngineRun &run, bool engine, const std::string &output, const ErrorPlace &error);
+// is known. WHOLE false: the run was cancelled or failed, so that nothing is to be viewed by itself.
+void write_results(const EngineRun &run, bool engine, const std::string &output, bool whole,
+                   const ErrorPlace &error);
+// Cuts the .aux file of an engine that had to be killed back to its last whole line, so that the next run can
+// read it.
+void mend_auxiliary_file(const EngineRun &run);
 // Stamps the format that the run dumped with its creator: 'qXET' in e-TeX mode, else 'QXET'.
 void stamp_format(const EngineRun &run, const RunParser &parser);
 // What the engine's edit command wrote: the line, then the name up to a line end. Unknown when it wrote

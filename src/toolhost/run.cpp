@@ -120,6 +120,11 @@ bool Run::prepare(std::string_view line, const std::string &folder) {
         return false;
     }
     choose_program();
+    // A document's name that begins like an option is handed on so that it is none.
+    if (std::string &last = engine_.words.back();
+        engine_.words.size() > 1 && last.starts_with('-') &&
+        common::is_regular_file(common::absolute_path(folder, last)))
+        last.insert(0, "./");
     engine_.program = common::leaf_of(program_name_);
     std::string main = main_file(engine_.words);
     if (!main.empty()) {
@@ -295,14 +300,24 @@ void Run::look_for_prompt() {
         return;
     }
     if (waits && cancelled_) {
-        // The interrupt made the program ask what to do: nobody will answer.
-        if (stage_ == 1)
-            next_stage();
+        stop_at_prompt();
         return;
     }
     set_waiting(waits);
     if (!ended_)
         watch_prompt(std::min(prompt_pause_ * 2, longest_pause));
+}
+
+// The interrupt made the program ask what to do. An engine is told to stop, so that it closes its files and
+// leaves them whole; any other program is ended.
+void Run::stop_at_prompt() {
+    if (parser_ && !told_to_stop_) {
+        told_to_stop_ = true;
+        type("x\n");
+        watch_prompt(first_look);
+    } else if (stage_ == 1) {
+        next_stage();
+    }
 }
 
 void Run::set_waiting(bool waiting) {
@@ -312,9 +327,7 @@ void Run::set_waiting(bool waiting) {
     owner_.run_waits(waiting);
 }
 
-void Run::answer(std::string_view bytes) {
-    if (!bytes.empty())
-        answered_ = true;
+void Run::type(std::string_view bytes) {
     may_wait_ = false;
     unsent_ += bytes;
     while (!unsent_.empty() && terminal_ >= 0) {
@@ -323,6 +336,12 @@ void Run::answer(std::string_view bytes) {
             break;
         unsent_.erase(0, static_cast<std::size_t>(count));
     }
+}
+
+void Run::answer(std::string_view bytes) {
+    if (!bytes.empty())
+        answered_ = true;
+    type(bytes);
     set_waiting(false);
     watch_prompt(first_look);
 }
@@ -438,8 +457,11 @@ void Run::finish() {
         outcome.message = place.message;
     if (parser_) {
         const bool wrote = outcome.exit_code != 127 || parser_->output_name().size() > 0;
+        const bool whole = !cancelled_ && outcome.exit_code == 0;
         write_results(engine_, is_engine_,
-                      is_engine_ && wrote ? engine_output(engine_, *parser_) : std::string(), place);
+                      is_engine_ && wrote ? engine_output(engine_, *parser_) : std::string(), whole, place);
+        if (is_engine_ && WIFSIGNALED(status_))
+            mend_auxiliary_file(engine_);
         if (is_engine_ && has_option(engine_.words, "ini"))
             stamp_format(engine_, *parser_);
     }

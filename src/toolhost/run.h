@@ -76,6 +76,8 @@ class Run {
     void watch_prompt(std::uint64_t milliseconds);
     void look_for_prompt();
     void set_waiting(bool waiting);
+    void stop_at_prompt();
+    void type(std::string_view bytes);
     void guard_news();
     void guard_gone();
     void next_stage();
@@ -115,6 +117,7 @@ class Run {
     bool waiting_ = false;
     bool cancelled_ = false;
     bool ended_ = false;
+    bool told_to_stop_ = false;
 };
 
 } // namespace toolhost

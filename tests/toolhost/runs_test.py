@@ -179,5 +179,27 @@ class Runs(HostTest):
         self.assertEqual(tool.process.returncode, 0)
 
 
+class Names(HostTest):
+    def test_a_name_that_begins_like_an_option_is_none(self):
+        for name in ("-x.tex", "-shell-escape.tex", "--version.tex"):
+            self.file(name, "Hello.\n\\bye\n")
+            reply = self.launch("pdftex").run("pdftex " + name)
+            self.assertEqual(reply["----"], 0, log_of(reply))
+            self.assertIn(b"Output written on " + name[:-4].encode() + b".pdf", log_of(reply))
+            self.assertTrue(self.settings()["PDFFILE"].endswith("/" + name[:-4] + ".pdf"))
+
+    def test_an_option_that_names_no_file_stays_one(self):
+        self.assertIn(b"pdfTeX 3.", log_of(self.launch("pdftex").run("pdftex --version")))
+
+    def test_a_run_with_errors_leaves_nothing_to_view_by_itself(self):
+        self.file("bad.tex", "Hello\\wrong.\n\\bye\n")
+        reply = self.launch("pdftex").run("pdftex -interaction=nonstopmode bad.tex")
+        self.assertEqual(reply["----"], 1)
+        settings = self.settings()
+        self.assertEqual(settings["PDFTEXOUTPUT"], "0")
+        self.assertTrue(settings["PDFFILE"].endswith("/bad.pdf"))
+        self.assertTrue(os.path.exists(os.path.join(self.work, "bad.pdf")))
+
+
 if __name__ == "__main__":
     unittest.main()

@@ -46,11 +46,50 @@ class Stopping(HostTest):
         tool = self.launch("pdftex", QUILLON_FOLLOWED="1")
         tool.follow()
         tool.send("pdftex loop.tex")
-        wait_until(lambda: b"on" in tool.output, "the loop")
+        wait_until(lambda: b"\non\n" in tool.output, "the loop")
         tool.event("aevt", "quit")
-        # The interrupt is the first attempt; no later one was needed.
-        self.assertEqual(self.exit_event()["----"], 128 + signal.SIGINT)
+        # The engine asked what to do, and was told to stop: it ended by itself.
+        parameters = self.exit_event()
+        self.assertEqual(parameters["----"], 1)
+        self.assertIn(b"! Interruption.\r", log_of(parameters))
+        self.assertIn(b"No pages of output.\r", log_of(parameters))
         wait_until(tool.gone, "the host's end")
+
+    LONG = ("\\documentclass{article}\\makeatletter\\begin{document}x\\newpage\n"
+            "\\immediate\\write\\@auxout{\\relax}\\immediate\\write16{on}\\loop\\iftrue\n"
+            "\\immediate\\write\\@auxout{\\string\\gdef\\string\\a{%s}}\\repeat\\end{document}\n" % ("b" * 70))
+
+    def test_a_cancelled_run_leaves_the_document_usable(self):
+        source = self.file("long.tex", self.LONG)
+        tool = self.launch("pdftex")
+        tool.follow()
+        tool.send("pdflatex long.tex")
+        wait_until(lambda: b"\non\n" in tool.output, "the loop")
+        tool.event("aevt", "quit")
+        self.assertEqual(self.exit_event()["----"], 1)
+        with open(os.path.join(self.work, "long.aux"), "rb") as file:
+            self.assertTrue(file.read().endswith(b"\n"))
+        settings = self.settings()
+        self.assertEqual(settings["PDFTEXOUTPUT"], "0")
+        wait_until(tool.gone, "the host's end")
+        self.file(os.path.basename(source), "\\documentclass{article}\\begin{document}x\\end{document}\n")
+        reply = self.launch("pdftex").run("pdflatex long.tex")
+        self.assertEqual(reply["----"], 0, log_of(reply))
+        self.assertEqual(self.settings()["PDFTEXOUTPUT"], "1")
+
+    def test_a_killed_engines_aux_is_cut_back_to_its_last_whole_line(self):
+        self.file("old.aux", "\\relax\nold without an end")
+        engine = self.file("engine", "#!/bin/sh\ntrap '' INT TERM HUP\nprintf '\\\\relax\\nwhole\\ncut off' > long.aux\n"
+                           "echo $$ > leader\nwhile :; do sleep 0.1; done\n", mode=0o755)
+        tool = self.launch(self.bundle("pdftex", engine, "PXET"))
+        tool.send("pdftex long.tex")
+        self.pid("leader")
+        tool.event("aevt", "quit")
+        self.assertEqual(self.exit_event()["----"], 128 + signal.SIGKILL)
+        with open(os.path.join(self.work, "long.aux"), "rb") as file:
+            self.assertEqual(file.read(), b"\\relax\nwhole\n")
+        with open(os.path.join(self.work, "old.aux"), "rb") as file:
+            self.assertTrue(file.read().endswith(b"without an end"))
 
     def test_tex_at_its_prompt_is_cancelled(self):
         self.file("err.tex", "\\wrong\n\\bye\n")
