@@ -191,6 +191,8 @@ void write_title() {
     kill_descendants(0, nullptr, nullptr);
     if (ended)
         send_packet(link, GuardNews::ended, status);
+    else
+        give_back(mine.kept);
     _exit(0);
 }
 

@@ -10,6 +10,8 @@
 #include <sys/types.h>
 #include <vector>
 
+#include "toolhost/kept_output.h"
+
 namespace toolhost {
 
 struct Launch {
@@ -18,6 +20,7 @@ struct Launch {
     std::vector<std::string> environment;
     std::string folder;
     int terminal = -1; // becomes the program's standard input, output and error
+    KeptOutput kept;   // given back when the host goes before the run ends
     int record = -1;   // becomes its descriptor edit_descriptor
 };
 

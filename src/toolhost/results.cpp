@@ -74,6 +74,14 @@ std::string engine_output(const EngineRun &run, const RunParser &parser) {
     return best;
 }
 
+std::string expected_output(const EngineRun &run, bool dvi) {
+    const std::string name = job_name(run), format = option_value(run.words, "output-format");
+    if (name.empty() || has_option(run.words, "ini"))
+        return {};
+    const bool writes_dvi = format.empty() ? dvi : format == "dvi";
+    return common::absolute_path(output_folder(run), name + (writes_dvi ? ".dvi" : ".pdf"));
+}
+
 void clear_output_setting() {
     if (common::setting("PDFTEXOUTPUT") != "0")
         common::write_preferences({{"PDFTEXOUTPUT", "0"}});

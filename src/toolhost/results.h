@@ -21,6 +21,9 @@ struct EngineRun {
 // The absolute path of what the engine wrote: what it said, else what is newer than the start; empty for
 // nothing.
 std::string engine_output(const EngineRun &run, const RunParser &parser);
+// The absolute path of the output that the engine will write, judged by its words; empty when they do not say
+// it. DVI says that the engine writes DVI unless told otherwise.
+std::string expected_output(const EngineRun &run, bool dvi);
 // `PDFTEXOUTPUT` 0 before an engine starts.
 void clear_output_setting();
 // One transaction: `DVIFILE`, `PDFFILE`, `PDFTEXOUTPUT` when ENGINE, `FILENAME` and `LINENUMBER` when ERROR

@@ -206,9 +206,17 @@ bool Run::launch(const std::string &program, int slave) {
     launch.folder = engine_.folder;
     launch.terminal = slave;
     launch.record = record_;
+    if (const std::string output =
+            is_engine_ ? expected_output(engine_, program_name_ == "tex") : std::string();
+        !output.empty())
+        kept_ = put_aside(output);
+    launch.kept = kept_;
     guard_ = start_guard(launch, &channel_);
-    if (guard_ < 0)
+    if (guard_ < 0) {
+        give_back(kept_);
+        kept_ = {};
         return false;
+    }
     sd_event_add_io(
         event_, &terminal_source_, terminal_, EPOLLIN,
         [](sd_event_source *, int, std::uint32_t, void *self) {
@@ -440,6 +448,17 @@ ErrorPlace Run::error_place(bool *edit) const {
     return place;
 }
 
+// The output of the run before goes where this run has left a whole one.
+void Run::settle_kept_output() {
+    const bool ended_well =
+        WIFEXITED(status_) && (WEXITSTATUS(status_) == 0 || !parser_->output_name().empty());
+    if (!kept_.path.empty() && ended_well && common::is_regular_file(kept_.path))
+        drop_kept(kept_);
+    else
+        give_back(kept_);
+    kept_ = {};
+}
+
 void Run::finish() {
     if (ended_)
         return;
@@ -452,6 +471,8 @@ void Run::finish() {
     Outcome outcome;
     outcome.cancelled = cancelled_;
     outcome.exit_code = WIFEXITED(status_) ? WEXITSTATUS(status_) : 128 + WTERMSIG(status_);
+    if (parser_)
+        settle_kept_output();
     const ErrorPlace place = error_place(&outcome.edit);
     if (outcome.edit)
         outcome.message = place.message;

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "common/bundle.h"
+#include "toolhost/kept_output.h"
 #include "toolhost/prompt.h"
 #include "toolhost/results.h"
 #include "toolhost/run_parser.h"
@@ -81,6 +82,7 @@ class Run {
     void guard_news();
     void guard_gone();
     void next_stage();
+    void settle_kept_output();
     void close_down();
     void finish();
     ErrorPlace error_place(bool *edit) const;
@@ -93,6 +95,7 @@ class Run {
     std::string program_name_;
     std::string delimiter_;
     Transcript transcript_;
+    KeptOutput kept_;
     std::unique_ptr<RunParser> parser_;
     PromptWatch prompt_;
     sd_event_source *terminal_source_ = nullptr;

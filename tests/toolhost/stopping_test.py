@@ -77,6 +77,71 @@ class Stopping(HostTest):
         self.assertEqual(reply["----"], 0, log_of(reply))
         self.assertEqual(self.settings()["PDFTEXOUTPUT"], "1")
 
+    def kept_engine(self, text):
+        """A tool whose engine writes over half.pdf, says so in the file "leader", and then does what TEXT says."""
+        engine = self.file("engine", f"#!/bin/sh\nprintf broken > half.pdf\necho $$ > leader\n{text}\n", mode=0o755)
+        return self.launch(self.bundle("pdftex", engine, "PXET"))
+
+    def pdf(self, name="half.pdf"):
+        with open(os.path.join(self.work, name), "rb") as file:
+            return file.read()
+
+    def assert_nothing_aside(self):
+        self.assertEqual([name for name in os.listdir(self.work) if name.endswith(".before")], [])
+
+    def test_a_cancelled_run_gives_the_output_of_the_run_before_back(self):
+        self.file("half.pdf", "whole")
+        tool = self.kept_engine("exec tail -f /dev/null")
+        tool.send("pdftex half.tex")
+        self.pid("leader")
+        self.assertEqual(self.pdf(), b"broken")
+        tool.event("aevt", "quit")
+        self.exit_event()
+        self.assertEqual(self.pdf(), b"whole")
+        self.assertEqual(self.settings()["PDFTEXOUTPUT"], "0")
+        self.assert_nothing_aside()
+
+    def test_a_host_that_is_killed_leaves_it_to_its_guard(self):
+        self.file("half.pdf", "whole")
+        tool = self.kept_engine("exec tail -f /dev/null")
+        tool.send("pdftex half.tex")
+        pid = self.pid("leader")
+        tool.kill()
+        self.assert_gone(pid)
+        wait_until(lambda: self.pdf() == b"whole", "the output of the run before")
+        self.assert_nothing_aside()
+
+    def test_a_run_that_fails_without_output_gives_it_back(self):
+        self.file("half.pdf", "whole")
+        self.assertEqual(self.kept_engine("exit 1").run("pdftex half.tex")["----"], 1)
+        self.assertEqual(self.pdf(), b"whole")
+        self.assert_nothing_aside()
+
+    def test_a_run_that_fails_with_output_keeps_its_own(self):
+        self.file("half.pdf", "whole")
+        self.kept_engine("echo 'Output written on half.pdf (1 page, 6 bytes).'; exit 1").run("pdftex half.tex")
+        self.assertEqual(self.pdf(), b"broken")
+        self.assert_nothing_aside()
+
+    def test_a_run_that_ends_well_has_its_own(self):
+        self.file("half.pdf", "whole")
+        self.kept_engine("exit 0").run("pdftex half.tex")
+        self.assertEqual(self.pdf(), b"broken")
+        self.assert_nothing_aside()
+
+    def test_a_run_without_pages_leaves_the_output_of_the_run_before(self):
+        self.file("empty.pdf", "whole")
+        self.file("empty.tex", "\\bye\n")
+        self.launch("pdftex").run("pdftex empty.tex")
+        self.assertEqual(self.pdf("empty.pdf"), b"whole")
+        self.assert_nothing_aside()
+
+    def test_what_was_left_aside_is_given_back_by_the_next_run(self):
+        self.file(".half.pdf.before", "whole")
+        self.kept_engine("rm half.pdf; exit 1").run("pdftex half.tex")
+        self.assertEqual(self.pdf(), b"whole")
+        self.assert_nothing_aside()
+
     def test_a_killed_engines_aux_is_cut_back_to_its_last_whole_line(self):
         self.file("old.aux", "\\relax\nold without an end")
         engine = self.file("engine", "#!/bin/sh\ntrap '' INT TERM HUP\nprintf '\\\\relax\\nwhole\\ncut off' > long.aux\n"
