@@ -20,6 +20,7 @@
 #include "state/job_scope.h"
 #include "state/job_state.h"
 #include "toolbox/events.h"
+#include "toolbox/files.h"
 #include "tools/processes.h"
 #include "tools/shell_commands.h"
 
@@ -109,6 +110,7 @@ int initial() {
     restore_last("LASTDIR", lastdir);
     restore();
     ReadTables();
+    RemoveStaleTranscripts();
     if (haveosx)
         getMachOCalls();
     return 1;

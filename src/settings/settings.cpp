@@ -23,6 +23,7 @@ constexpr std::size_t short_value_limit = 256; // with the NUL
 constexpr int out_of_memory = -50;
 
 BoundedString<4096> preferences_path; // POSIX path of config_spec
+unsigned char loss_said = 0;          // 1 when the last write failed and the console has said so
 std::int16_t support_volume = 0, preferences_volume = 0;
 std::int32_t support_folder = 0, preferences_folder = 0;
 
@@ -44,6 +45,7 @@ const char *check_config() {
     if (haveosx && FindFolder(four("asup"), 0, &support_volume, &support_folder) != noErr)
         support_volume = 0;
     havePrefs = 0;
+    loss_said = 0;
     name.clear();
     preferences_path.clear();
     std::memset(&config_spec, 0, sizeof config_spec);
@@ -90,11 +92,18 @@ char *myget_string(const char *key) {
 
 int set_str_resource(const char *key, const char *value) {
     const RecordChange change = {key, value};
-    return havePrefs && RecordWrite(preferences_path.c_str(), &change, 1);
+    return set_str_resources(&change, 1);
 }
 
 int set_str_resources(const RecordChange *changes, int count) {
-    return havePrefs && RecordWrite(preferences_path.c_str(), changes, count);
+    if (!havePrefs)
+        return 0;
+    const int kept = RecordWrite(preferences_path.c_str(), changes, count);
+    // A file that cannot be opened for one access is no news; one that can be and does not keep what it is given is.
+    if (!kept && !loss_said && RecordFileOpens(preferences_path.c_str()))
+        ml_printf("I can't write %s. Settings are not kept.\n", preferences_path.c_str());
+    loss_said = !kept;
+    return kept;
 }
 
 char *GetApp(const char *key) {

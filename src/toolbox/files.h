@@ -81,6 +81,9 @@ std::FILE *OpenPosixFile(const char *posix_path, const char *mode);
 
 // Folders of the host. 'pref' Preferences, 'asup' Application Support, 'temp' temporary items, 'font' fonts,
 // 'trns' the tools' transcripts. CREATE makes the folder when it is missing.
+// Removes the transcripts of tools that have gone, which nobody will read any more. One that is younger than
+// a minute stays: its shell may be about to read it.
+void RemoveStaleTranscripts();
 OSErr FindFolder(OSType kind, int create, std::int16_t *vref, std::int32_t *dir_id);
 
 // The POSIX path of an HFS path or a location; 0 when it cannot be one or does not fit. Nothing need be

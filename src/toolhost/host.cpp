@@ -209,6 +209,8 @@ common::Parameters Host::outcome_parameters(const Outcome &outcome) const {
     common::Parameters parameters = {common::number_parameter("----", outcome.exit_code)};
     if (!outcome.transcript.empty())
         parameters.push_back(common::path_parameter("logf", outcome.transcript));
+    if (!outcome.unkept.empty())
+        parameters.push_back(common::text_parameter("said", outcome.unkept));
     parameters.push_back(common::number_parameter("iden", common::code_number(bundle_.signature)));
     parameters.push_back(common::number_parameter("edit", outcome.edit ? 1 : 0));
     if (!outcome.message.empty())

@@ -488,6 +488,7 @@ void Run::finish() {
     }
     // The shell says that a run was cancelled where the report names a transcript, so there is one.
     outcome.transcript = printed_ || cancelled_ ? transcript_.finish(cancelled_) : std::string();
+    outcome.unkept = transcript_.unkept();
     close_down();
     owner_.run_ended(outcome);
 }

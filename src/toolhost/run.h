@@ -20,7 +20,8 @@ namespace toolhost {
 
 struct Outcome {
     std::int32_t exit_code = 0;
-    std::string transcript; // empty when nothing was printed
+    std::string transcript; // empty when nothing was printed, or no file could be made
+    std::string unkept;     // then the end of what was printed, with the reason
     bool edit = false;
     std::string message; // of the error that the editor is to show
     bool cancelled = false;

@@ -45,7 +45,7 @@ bool Transcript::open_file() {
     const std::string folder = common::transcripts_folder();
     const bool is_ours = common::make_private_folder(folder);
     if (is_ours) {
-        const std::string pattern = folder + "/transcript-XXXXXX";
+        const std::string pattern = folder + "/transcript-" + std::to_string(getpid()) + "-XXXXXX";
         std::vector<char> name(pattern.begin(), pattern.end());
         name.push_back('\0');
         file_ = mkostemp(name.data(), O_CLOEXEC);
@@ -78,6 +78,11 @@ void Transcript::flush() {
         }
     }
     lost_ += rest.size();
+    if (file_ < 0) {
+        unkept_ += rest;
+        if (unkept_.size() > unkept_limit)
+            unkept_.erase(0, unkept_.size() - unkept_limit);
+    }
     pending_.clear();
 }
 
@@ -99,6 +104,12 @@ void Transcript::say_loss() {
         if (count > 0 && ftruncate(file_, static_cast<off_t>(at + static_cast<std::uint64_t>(count))) != 0)
             return;
     }
+}
+
+std::string Transcript::unkept() const {
+    if (path_.empty() && failed_)
+        return "The tool's transcript could not be kept: " + reason_ + "\r" + unkept_;
+    return {};
 }
 
 std::string Transcript::finish(bool even_empty) {

@@ -33,6 +33,11 @@ class Transcript {
     // written.
     std::string finish(bool even_empty = false);
     std::uint64_t lost() const { return lost_; }
+    // What could not be kept because no file could be made: its last part, with carriage returns, at most
+    // unkept_limit bytes, below a line that says why. Empty when there is a file.
+    std::string unkept() const;
+
+    static constexpr std::size_t unkept_limit = 65536;
 
   private:
     bool open_file();
@@ -43,6 +48,7 @@ class Transcript {
     std::string pending_;
     std::string path_;
     std::string reason_;
+    std::string unkept_;
     std::uint64_t written_ = 0;
     std::uint64_t lost_ = 0;
     int file_ = -1;

@@ -92,11 +92,21 @@ static int is_transcript(const FSSpec *spec) {
            spec->parID == directory;
 }
 
-// 1 when the event named a log file.
+// What a tool that could keep no transcript sends in its place.
+static int show_unkept(const AppleEvent *event) {
+    static char said[66000];
+    std::size_t size = 0;
+    if (AEGetParamPtr(event, four("said"), typeChar, said, sizeof said, &size) != noErr)
+        return 0;
+    PutTextInfo(said, size < sizeof said ? size : sizeof said);
+    return 1;
+}
+
+// 1 when the event named a log file, or had its text.
 static int show_log(const AppleEvent *event) {
     FSSpec log;
     if (AEGetParamPtr(event, four("logf"), typeFSS, &log, sizeof log, nullptr) != noErr)
-        return 0;
+        return show_unkept(event);
     if (is_transcript(&log))
         ReadLogFile(&log);
     return 1;

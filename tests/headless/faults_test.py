@@ -199,5 +199,15 @@ class Faults(HomeTest):
         self.assertIn("home=", output)
 
 
+class Transcripts(HomeTest):
+    def test_where_no_transcript_can_be_kept_the_console_shows_what_was_said(self):
+        self.preferences(USEPDFTEX="1")
+        self.environment["XDG_CACHE_HOME"] = self.file("no folder", "x")
+        tex = self.file("paper.tex", "Hello.\n\\bye\n")
+        output = self.shell(f"choose {tex}\nmenu 129 1\nwait RUN\n")
+        self.assertIn("The tool's transcript could not be kept: no transcripts folder\nThis is pdfTeX", output)
+        self.assertIn("Output written on paper.pdf (1 page", output)
+
+
 if __name__ == "__main__":
     unittest.main()

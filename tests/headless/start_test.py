@@ -78,6 +78,19 @@ class Start(HomeTest):
             self.assertNotIn("chooser", done.stderr)
         self.assertFalse(os.path.exists(mark))
 
+    def test_transcripts_that_nobody_will_read_are_removed(self):
+        self.preferences()
+        folder = os.path.join(self.environment["XDG_CACHE_HOME"], "quillon")
+        gone = subprocess.Popen(["true"])
+        gone.wait()
+        names = {f"transcript-{gone.pid}-old": (100, False), f"transcript-{os.getpid()}-old": (100, True),
+                 f"transcript-{gone.pid}-new": (0, True), "other": (100, True), "transcript-noname": (100, False)}
+        for name, (age, _) in names.items():
+            path = self.file(name, "x", folder)
+            os.utime(path, (os.stat(path).st_mtime - age,) * 2)
+        self.shell("print state home\n")
+        self.assertEqual(sorted(os.listdir(folder)), sorted(name for name, (_, stays) in names.items() if stays))
+
     def test_without_a_script_a_missing_editor_is_named(self):
         self.preferences(USEPDFTEX="1")
         tex = self.file("bad.tex", "\\wrong\n\\bye\n")

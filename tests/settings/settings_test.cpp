@@ -168,6 +168,19 @@ TEST_F(Settings, ErrorLineFileWithoutATemporaryFolderIsOnlyItsName) {
     ::unsetenv("TMPDIR");
 }
 
+TEST_F(Settings, ASettingThatIsNotKeptIsSaidOnce) {
+    home_.preferences("DEBUG=0\n");
+    check_config();
+    // No lock can be had where its file is a folder.
+    home_.folder("config/.Quillon Preferences.lock");
+    EXPECT_EQ(set_str_resource("TEXDIR", "/a"), 0);
+    EXPECT_EQ(set_str_resource("TEXDIR", "/b"), 0);
+    EXPECT_EQ(front_->printed,
+              "I can't write " + home_.path("config/Quillon Preferences") + ". Settings are not kept.\n");
+    ASSERT_EQ(::rmdir(home_.path("config/.Quillon Preferences.lock").c_str()), 0);
+    EXPECT_EQ(set_str_resource("TEXDIR", "/c"), 1);
+}
+
 TEST_F(Settings, FlagsLookAtTheFirstCharacterOnly) {
     for (int i = 0; i < setting_count; i++) {
         const Setting &row = setting_table[i];

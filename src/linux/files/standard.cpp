@@ -1,5 +1,14 @@
 // The host's standard folders.
+#include <dirent.h>
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
 
 #include "common/host_files.h"
 #include "common/places.h"
@@ -45,6 +54,27 @@ OSErr FindFolder(OSType kind, int create, std::int16_t *vref, std::int32_t *dir_
     *vref = inside.vRefNum;
     *dir_id = inside.parID;
     return noErr;
+}
+
+void RemoveStaleTranscripts() {
+    constexpr const char *prefix = "transcript-";
+    constexpr long shortest_age = 60; // seconds
+    const std::string folder = common::transcripts_folder();
+    DIR *const entries = ::opendir(folder.c_str());
+    if (!entries)
+        return;
+    const std::time_t now = std::time(nullptr);
+    while (const dirent *const entry = ::readdir(entries)) {
+        struct stat info;
+        if (std::strncmp(entry->d_name, prefix, std::strlen(prefix)) != 0 ||
+            ::fstatat(::dirfd(entries), entry->d_name, &info, AT_SYMLINK_NOFOLLOW) != 0 ||
+            !S_ISREG(info.st_mode) || now - info.st_mtime < shortest_age)
+            continue;
+        const pid_t host = static_cast<pid_t>(std::atol(entry->d_name + std::strlen(prefix)));
+        if (host <= 0 || (::kill(host, 0) != 0 && errno == ESRCH))
+            ::unlinkat(::dirfd(entries), entry->d_name, 0);
+    }
+    ::closedir(entries);
 }
 
 } // namespace quillon
