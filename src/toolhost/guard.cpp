@@ -70,7 +70,7 @@ void send_packet(int channel, GuardNews news, int value) {
     setsid();
     ioctl(launch.terminal, TIOCSCTTY, 0);
     for (int i = 0; i < 3; i++)
-        dup2(launch.terminal, i);
+        dup2(i > 0 && launch.output >= 0 ? launch.output : launch.terminal, i);
     if (launch.record >= 0)
         dup2(launch.record, edit_descriptor);
     for (int number = 1; number < NSIG; number++)
@@ -154,6 +154,7 @@ void write_title() {
     Launch mine = launch;
     const int link = moved_up(channel);
     mine.terminal = moved_up(launch.terminal);
+    mine.output = moved_up(launch.output);
     mine.record = moved_up(launch.record);
     sigset_t child_signal;
     sigemptyset(&child_signal);
@@ -164,7 +165,7 @@ void write_title() {
         _exit(1);
     const int failure_in = moved_up(failure[0]);
     const int failure_out = moved_up(failure[1]);
-    common::close_others({link, mine.terminal, mine.record, children, failure_in, failure_out});
+    common::close_others({link, mine.terminal, mine.output, mine.record, children, failure_in, failure_out});
 
     const std::vector<char *> words = common::argument_list(mine.words);
     const std::vector<char *> environment = common::argument_list(mine.environment);
@@ -175,6 +176,8 @@ void write_title() {
     const int fork_error = errno;
     close(failure_out);
     close(mine.terminal);
+    if (mine.output >= 0)
+        close(mine.output);
     if (mine.record >= 0)
         close(mine.record);
     int error = program < 0 ? fork_error : 0;

@@ -19,7 +19,8 @@ struct Launch {
     std::vector<std::string> words;
     std::vector<std::string> environment;
     std::string folder;
-    int terminal = -1; // becomes the program's standard input, output and error
+    int terminal = -1; // becomes the program's standard input, and its output and error
+    int output = -1;   // becomes its output and error in the terminal's place; -1: the terminal does
     KeptOutput kept;   // given back when the host goes before the run ends
     int record = -1;   // becomes its descriptor edit_descriptor
 };

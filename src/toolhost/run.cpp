@@ -32,6 +32,8 @@ constexpr std::uint64_t second_look = 4;
 constexpr std::uint64_t longest_pause = 200;
 constexpr std::uint64_t stage_limit = 1000;
 constexpr int reads_at_once = 64;
+constexpr int pipe_size = 1 << 18;
+constexpr int echo_patience = 20; // milliseconds
 
 std::string new_delimiter() {
     unsigned char bytes[12] = {};
@@ -70,10 +72,11 @@ std::uint64_t Run::milliseconds() const {
 
 void Run::close_down() {
     terminal_source_ = drop(terminal_source_);
+    output_source_ = drop(output_source_);
     channel_source_ = drop(channel_source_);
     prompt_timer_ = drop(prompt_timer_);
     cancel_timer_ = drop(cancel_timer_);
-    for (int *descriptor : {&terminal_, &channel_, &record_}) {
+    for (int *descriptor : {&terminal_, &output_, &channel_, &record_}) {
         if (*descriptor >= 0)
             close(*descriptor);
         *descriptor = -1;
@@ -211,7 +214,18 @@ bool Run::launch(const std::string &program, int slave) {
         !output.empty())
         kept_ = put_aside(output);
     launch.kept = kept_;
+    // An engine flushes what it prints itself, at each page, file and prompt. A pipe takes that as it comes,
+    // where a terminal would pass on every line by itself.
+    int pipe_ends[2] = {-1, -1};
+    if (parser_ && pipe2(pipe_ends, O_CLOEXEC) == 0) {
+        output_ = pipe_ends[0];
+        fcntl(output_, F_SETFL, O_NONBLOCK);
+        fcntl(output_, F_SETPIPE_SZ, pipe_size);
+    }
+    launch.output = pipe_ends[1];
     guard_ = start_guard(launch, &channel_);
+    if (pipe_ends[1] >= 0)
+        close(pipe_ends[1]);
     if (guard_ < 0) {
         give_back(kept_);
         kept_ = {};
@@ -224,6 +238,14 @@ bool Run::launch(const std::string &program, int slave) {
             return 0;
         },
         this);
+    if (output_ >= 0)
+        sd_event_add_io(
+            event_, &output_source_, output_, EPOLLIN,
+            [](sd_event_source *, int, std::uint32_t, void *self) {
+                static_cast<Run *>(self)->read_output();
+                return 0;
+            },
+            this);
     sd_event_add_io(
         event_, &channel_source_, channel_, EPOLLIN,
         [](sd_event_source *, int, std::uint32_t, void *self) {
@@ -241,12 +263,14 @@ void Run::fail(const std::string &reason) {
     finish();
 }
 
-// False when the terminal has no more to give.
-bool Run::read_terminal() {
-    char block[16384];
+// Takes what DESCRIPTOR has. False when it has no more to give now.
+bool Run::read_all(int descriptor, sd_event_source *&source) {
+    char block[65536];
     for (int i = 0; i < reads_at_once; i++) {
-        const ssize_t count = read(terminal_, block, sizeof block);
+        const ssize_t count = read(descriptor, block, sizeof block);
         if (count > 0) {
+            if (descriptor == terminal_)
+                echo_due_ -= std::min(echo_due_, static_cast<std::size_t>(count));
             take_output({block, static_cast<std::size_t>(count)});
             continue;
         }
@@ -254,16 +278,37 @@ bool Run::read_terminal() {
             watch_prompt(first_look);
             return errno == EINTR;
         }
-        // Every process of the run has closed the terminal; what is left is for the guard to say.
-        terminal_source_ = drop(terminal_source_);
+        // Every process of the run has closed its end; what is left is for the guard to say.
+        source = drop(source);
         return false;
     }
     return true;
 }
 
-bool Run::has_unread() const {
+bool Run::read_terminal() {
+    return read_all(terminal_, terminal_source_);
+}
+
+bool Run::read_output() {
+    await_echo();
+    return read_all(output_, output_source_);
+}
+
+// The terminal repeats what is typed before the program sees it, but through a queue of its own: what the
+// program prints next is taken after it.
+void Run::await_echo() {
     pollfd terminal = {terminal_, POLLIN, 0};
-    return poll(&terminal, 1, 0) > 0 && (terminal.revents & POLLIN);
+    while (echo_due_ > 0 && terminal_source_) {
+        if (poll(&terminal, 1, echo_patience) > 0)
+            read_terminal();
+        else
+            echo_due_ = 0;
+    }
+}
+
+bool Run::has_unread() const {
+    pollfd sources[] = {{terminal_, POLLIN, 0}, {output_, POLLIN, 0}};
+    return poll(sources, 2, 0) > 0 && ((sources[0].revents | sources[1].revents) & POLLIN);
 }
 
 void Run::take_output(std::string_view bytes) {
@@ -337,11 +382,15 @@ void Run::set_waiting(bool waiting) {
 
 void Run::type(std::string_view bytes) {
     may_wait_ = false;
+    // What was printed before comes first.
+    if (output_source_)
+        read_output();
     unsent_ += bytes;
     while (!unsent_.empty() && terminal_ >= 0) {
         const ssize_t count = write(terminal_, unsent_.data(), unsent_.size());
         if (count <= 0)
             break;
+        echo_due_ += output_source_ ? static_cast<std::size_t>(count) : 0;
         unsent_.erase(0, static_cast<std::size_t>(count));
     }
 }
@@ -462,6 +511,8 @@ void Run::settle_kept_output() {
 void Run::finish() {
     if (ended_)
         return;
+    while (output_source_ && read_output()) {
+    }
     while (terminal_source_ && read_terminal()) {
     }
     ended_ = true;

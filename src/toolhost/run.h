@@ -73,6 +73,9 @@ class Run {
     void choose_program();
     void fail(const std::string &reason);
     bool read_terminal();
+    bool read_output();
+    bool read_all(int descriptor, sd_event_source *&source);
+    void await_echo();
     bool has_unread() const;
     void take_output(std::string_view bytes);
     void watch_prompt(std::uint64_t milliseconds);
@@ -100,6 +103,7 @@ class Run {
     std::unique_ptr<RunParser> parser_;
     PromptWatch prompt_;
     sd_event_source *terminal_source_ = nullptr;
+    sd_event_source *output_source_ = nullptr;
     sd_event_source *channel_source_ = nullptr;
     sd_event_source *prompt_timer_ = nullptr;
     sd_event_source *cancel_timer_ = nullptr;
@@ -108,6 +112,8 @@ class Run {
     std::string unsent_; // typed, not yet taken by the terminal
     std::string terminal_path_;
     int terminal_ = -1;
+    int output_ = -1;          // what the program prints, where it does not print on the terminal
+    std::size_t echo_due_ = 0; // bytes typed that the terminal will repeat
     int channel_ = -1;
     int record_ = -1;
     pid_t guard_ = 0;

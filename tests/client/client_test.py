@@ -318,7 +318,7 @@ class RealShell(ClientTest):
         self.assertEqual(out.count("! Undefined control sequence."), 1, out)
 
     def test_an_interrupt_leaves_nothing(self):
-        self.file("loop.tex", "\\immediate\\write16{looping}\\def\\x{\\x}\\x\n")
+        self.file("loop.tex", "\\immediate\\write16{looping}\\shipout\\hbox{}\\def\\x{\\x}\\x\n")
         process = self.start("exec", "-f", "pdftex", "loop.tex")
         seen = b""
         while b"looping" not in seen:

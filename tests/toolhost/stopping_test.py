@@ -42,7 +42,7 @@ class Stopping(HostTest):
         self.assertEqual(parameters["edit"], 0)
 
     def test_tex_in_a_loop_is_cancelled_by_the_interrupt(self):
-        self.file("loop.tex", "\\immediate\\write16{on}\\def\\x{\\x}\\x\n")
+        self.file("loop.tex", "\\immediate\\write16{on}\\shipout\\hbox{}\\def\\x{\\x}\\x\n")
         tool = self.launch("pdftex", QUILLON_FOLLOWED="1")
         tool.follow()
         tool.send("pdftex loop.tex")
@@ -52,11 +52,11 @@ class Stopping(HostTest):
         parameters = self.exit_event()
         self.assertEqual(parameters["----"], 1)
         self.assertIn(b"! Interruption.\r", log_of(parameters))
-        self.assertIn(b"No pages of output.\r", log_of(parameters))
+        self.assertIn(b"Output written on loop.pdf", log_of(parameters))
         wait_until(tool.gone, "the host's end")
 
     LONG = ("\\documentclass{article}\\makeatletter\\begin{document}x\\newpage\n"
-            "\\immediate\\write\\@auxout{\\relax}\\immediate\\write16{on}\\loop\\iftrue\n"
+            "\\immediate\\write\\@auxout{\\relax}\\immediate\\write16{on}\\shipout\\hbox{}\\loop\\iftrue\n"
             "\\immediate\\write\\@auxout{\\string\\gdef\\string\\a{%s}}\\repeat\\end{document}\n" % ("b" * 70))
 
     def test_a_cancelled_run_leaves_the_document_usable(self):
