@@ -19,14 +19,14 @@ BoundedString<1024> name;
 
 namespace {
 
-constexpr std::size_t short_value_limit = 256; // with the NUL
+constexpr std::size_t short_value_limit = 256; // including the NUL
 constexpr int out_of_memory = -50;
 
-BoundedString<4096> preferences_path; // POSIX path of config_spec
+BoundedString<4096> preferences_path; // the POSIX path of config_spec
 std::int16_t support_volume = 0, preferences_volume = 0;
 std::int32_t support_folder = 0, preferences_folder = 0;
 
-// The value as it stands, in new memory; null when not set. An empty value counts as not set.
+// Returns the stored value in new memory, and its size; null when it is not stored or empty.
 char *read_record(const char *key, std::size_t *size) {
     if (!havePrefs)
         return nullptr;

@@ -25,7 +25,7 @@ static int is_tex_engine(OSType signature) {
     return 0;
 }
 
-// Builds the command event for the tool PSN. 0 when its address cannot be made.
+// Builds the command event for the tool PSN. Returns 0 when its address cannot be made.
 static int make_command_event(const ProcessSerialNumber *psn, const char *command_line, const char *folder,
                               AppleEvent *event) {
     AEDesc address;
@@ -44,7 +44,7 @@ int CallTool(const char *tool, const char *command_line, const char *folder) {
     ProcessSerialNumber psn;
     job_outcome = job_not_run;
     if (!get_sig(tool, &toolSig)) {
-        // Kept on purpose: "foldeer", in this one message.
+        // Kept on purpose: this message spells "foldeer".
         ml_printf("I can't find %s. It should be in the binaries foldeer.\n", tool);
         return 0;
     }
@@ -79,7 +79,7 @@ static void take_exit_code(const AppleEvent *event) {
     exit_status = get_long(event, keyDirectObject, &code) && code == 0 ? 0 : 1;
 }
 
-// A log file is shown and deleted only where the tools keep their transcripts.
+// Tells whether a log file lies in the folder of the tools' transcripts. No other file is shown and deleted.
 static int is_transcript(const FSSpec *spec) {
     std::int16_t volume = 0;
     std::int32_t directory = 0;
@@ -87,7 +87,7 @@ static int is_transcript(const FSSpec *spec) {
            spec->parID == directory;
 }
 
-// 1 when the event named a log file.
+// Shows the log file that the event names. Returns 1 when it names one.
 static int show_log(const AppleEvent *event) {
     FSSpec log;
     if (AEGetParamPtr(event, four("logf"), typeFSS, &log, sizeof log, nullptr) != noErr)
@@ -97,7 +97,7 @@ static int show_log(const AppleEvent *event) {
     return 1;
 }
 
-// Quits the tool that reports itself; 1 when it is a TeX engine that failed.
+// Quits the tool that sent the event. Returns 1 when it is a TeX engine whose run failed.
 static int take_identity(const AppleEvent *event) {
     std::int32_t value = 0;
     if (!get_long(event, four("iden"), &value))
@@ -115,7 +115,7 @@ static int asks_for_editor(const AppleEvent *event) {
     return get_long(event, four("edit"), &asked) && asked != 0;
 }
 
-// The first error of the run, for whoever asked for it.
+// Keeps the first error of the run for the program that asked for the job.
 static void take_first_error(const AppleEvent *reply) {
     std::size_t size = 0;
     job_error_message.clear();
@@ -142,7 +142,7 @@ void ProcessReply(const AppleEvent *reply) {
         calleditor = 1;
 }
 
-// A report that came as an event of its own says where the error is.
+// Prints the place of the error and asks for the editor, when the event does.
 static void say_error_place(const AppleEvent *event) {
     if (!asks_for_editor(event))
         return;
@@ -166,7 +166,7 @@ OSErr HandleReply(const AppleEvent *event, AppleEvent *, std::int32_t) {
 
 OSErr HandleExit(const AppleEvent *event, AppleEvent *, std::int32_t) {
     std::int32_t identity = 0;
-    // A report that comes after the reply says nothing about the run.
+    // After a reply the run has ended, and this late report does not make it a cancelled one.
     if (job_outcome != job_done)
         job_outcome = job_cancelled;
     take_exit_code(event);
