@@ -25,7 +25,7 @@
 
 namespace quillon {
 
-// The size of a block that is freed when memory runs out, so that the alert can still be shown.
+// The shell frees a block of this size when memory runs out, so that the alert can still be shown.
 static constexpr std::size_t reserve_size = 32000;
 
 std::jmp_buf state;

@@ -13,7 +13,7 @@ namespace quillon {
 namespace {
 
 constexpr std::size_t conversion_size = 1024;
-// The most bytes that `access` takes for a path and curr_dir together.
+// `access` takes at most this many bytes for a path and curr_dir together.
 constexpr std::size_t access_limit = 511;
 constexpr char colon_substitute = 30; // replaces a ":" in a name
 constexpr char shortened_mark = 29;   // marks a name that was shortened

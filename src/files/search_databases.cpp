@@ -37,7 +37,7 @@ struct Database {
     std::uint32_t count, room, mask;
 };
 
-// In the order of the kind numbers, which begin at 1.
+// The databases stand in the order of their kind numbers, which begin at 1.
 Database databases[kinds] = {
     {common::tex_inputs, &texinputsTable, nullptr, nullptr, nullptr, 0, 0, 0},
     {common::type1_fonts, &type1Table, nullptr, nullptr, nullptr, 0, 0, 0},
@@ -127,7 +127,7 @@ void finish_list(Database *database) {
     }
 }
 
-// Whether a text holds carriage returns and zero bytes, which take extra work.
+// These flags say whether a text holds carriage returns and zero bytes, which take extra work.
 struct Peculiarities {
     int returns, zeros;
 };

@@ -28,7 +28,7 @@ struct FileKind {
     int binary;   // 1 when the file is opened with the mode "rb"
 };
 
-// In the order of the kind numbers, which begin at 1.
+// The rows stand in the order of the kind numbers, which begin at 1.
 constexpr FileKind file_kinds[kind_count + 1] = {
     {nullptr, no_slot, no_database, 0},
     {nullptr, 2, no_database, 1},

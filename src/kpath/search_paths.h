@@ -54,14 +54,16 @@ char *testreadaccess(const char *name, int slot);
 // Returns the path of the file NAME of KIND (1 to 28), or null. The kind gives the suffix that NAME gets when
 // it has none, the slot and the database. MUST_EXIST is not used.
 char *kpse_find_file(const char *name, int kind, int must_exist);
-// Opens that file for reading. On failure prints a message and ends the run through DoJump.
+// Finds a file as kpse_find_file does and opens it for reading. On failure prints a message and ends the run
+// through DoJump.
 std::FILE *kpse_open_file(const char *name, int kind);
 // Keep copies of the program's name for messages: ARGV0 as program_invocation_name_text, and PROGNAME (ARGV0
 // when it is null) as kpse_program_name.
 void kpse_set_program_name(const char *argv0, const char *progname);
 void kpse_reset_program_name(const char *progname);
 extern char *kpse_program_name, *program_invocation_name_text;
-// Entry points that programs of this kind call. They do nothing here.
+// Programs that look for files along search paths call these procedures when they start. They do nothing
+// here.
 void kpse_init_prog();
 void kpse_set_program_enabled();
 void kpse_maketex_option();

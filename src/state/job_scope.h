@@ -9,13 +9,13 @@
 
 namespace quillon {
 
-// How the last command that the dispatcher (DoAppleScript) was given ended. A caller on the bus learns it:
-// the tool replied, was not run, or was cancelled, or the command's first word is unknown.
+// job_outcome says how the last command of the dispatcher (DoAppleScript) ended, for a caller on the bus: the
+// tool replied, was not run, or was cancelled, or the command's first word is unknown.
 enum JobOutcome { job_done, job_not_run, job_cancelled, job_unknown };
 extern JobOutcome job_outcome;
 
-// Whether the viewer may open after a clean run, and the editor after an error: 1 unless the program that
-// asked for the job declined.
+// These flags say whether the viewer may open after a clean run, and the editor after an error. They are 1
+// unless the program that asked for the job declined.
 extern std::uint8_t job_views, job_edits;
 // The first error of the last run, as its tool reported it: the file (a Unix path, empty when there was no
 // error), the line number, and the engine's message.

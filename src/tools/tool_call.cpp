@@ -97,17 +97,15 @@ static int show_log(const AppleEvent *event) {
     return 1;
 }
 
-// Quits the tool that sent the event. Returns 1 when it is a TeX engine whose run failed.
-static int take_identity(const AppleEvent *event) {
+// Quits the tool that sent the event, and sets tex_error when it is a TeX engine whose run failed.
+static void take_identity(const AppleEvent *event) {
     std::int32_t value = 0;
     if (!get_long(event, four("iden"), &value))
-        return 0;
+        return;
     const OSType signature = static_cast<OSType>(value);
     TerminateApp(signature);
-    if (!is_tex_engine(signature) || exit_status != 1)
-        return 0;
-    tex_error = 1;
-    return 1;
+    if (is_tex_engine(signature) && exit_status == 1)
+        tex_error = 1;
 }
 
 static int asks_for_editor(const AppleEvent *event) {
@@ -158,21 +156,18 @@ OSErr HandleReply(const AppleEvent *event, AppleEvent *, std::int32_t) {
     AppDone = 1;
     take_exit_code(event);
     show_log(event);
-    if (take_identity(event))
-        AppDone = 1;
+    take_identity(event);
     say_error_place(event);
     return noErr;
 }
 
 OSErr HandleExit(const AppleEvent *event, AppleEvent *, std::int32_t) {
-    std::int32_t identity = 0;
     // After a reply the run has ended, and this late report does not make it a cancelled one.
     if (job_outcome != job_done)
         job_outcome = job_cancelled;
     take_exit_code(event);
     if (show_log(event))
         ml_printf("\nProcessing cancelled by user.\n\n");
-    get_long(event, four("iden"), &identity);
     say_error_place(event);
     return noErr;
 }
