@@ -1,5 +1,5 @@
 // The setting table has one row for each setting, with its key, kind, default and help text. Start-up and the
-// menu items that switch a setting work from these rows.
+// menu items that switch a setting work from these rows, and the build makes the manual page from them.
 #ifndef QUILLON_SETTINGS_SETTING_TABLE_H
 #define QUILLON_SETTINGS_SETTING_TABLE_H
 
