@@ -1,6 +1,5 @@
-// Console input: a line that the person types at the end of the console's text.
+// Console input: the shell reads lines that the person types at the end of the console's text.
 #include <algorithm>
-#include <cstring>
 
 #include "console/output.h"
 #include "console/window.h"
@@ -23,7 +22,7 @@ static char line_buffer[1024];
 static const char *line_place = line_buffer;
 static std::size_t line_count = 0;
 
-// The end of the console's text, where all input stands.
+// Returns where the selection starts. While the shell waits for input that is the end of the console's text.
 static std::size_t selection_start() {
     std::size_t start = 0, end = 0;
     TXNGetSelection(text, &start, &end);
@@ -36,7 +35,7 @@ static std::uint32_t line_total() {
     return count;
 }
 
-// Puts what was typed into BUFFER and the log; the number of characters.
+// Copies the typed text into BUFFER and the log file, and returns its length.
 static std::size_t take_typed(char *buffer, std::int32_t maximum) {
     std::size_t start = 0;
     TXNGetSelection(text, &start, &lastChar);
@@ -65,7 +64,7 @@ std::size_t ReadCharsFromConsole(char *buffer, std::int32_t maximum) {
     TXNShowSelection(text, 1);
     linesOfText = line_total();
     firstChar = selection_start();
-    // Every kind of event but those of other programs.
+    // Events of other programs stay in the queue until the line is complete.
     while (!done)
         main_event(mask_no_high_level);
     TXNShowSelection(text, 0);
@@ -97,7 +96,7 @@ int ml_fgetc(std::FILE *stream) {
         line_count = ReadCharsFromConsole(line_buffer, sizeof line_buffer - 1);
         line_place = line_buffer;
     }
-    // Kept on purpose: the byte is widened as a signed one, so 255 reads as the end of the file.
+    // Kept on purpose: the byte is taken as a signed number, so 255 reads as the end of the file.
     const int character = static_cast<signed char>(*line_place++);
     if (character != 0)
         return character;

@@ -1,4 +1,4 @@
-// Files that go into the console, and the console's own log file.
+// The console shows the contents of files, and keeps a log file of its own.
 #include <unistd.h>
 
 #include "console/output.h"
@@ -12,7 +12,7 @@ namespace quillon {
 std::int16_t logRef = -1;
 FSSpec logFileSpec;
 
-// Appends the file to the console in blocks of 1,024 bytes, as they are. 1 when it could be opened.
+// Appends the bytes of a file to the console. Returns 1, or 0 after a message when it cannot be opened.
 static int append_file(const FSSpec *location) {
     static char block[1024];
     std::int16_t reference = -1;
@@ -74,7 +74,7 @@ void WriteLogFile() {
 }
 
 void CloseLogFile() {
-    // Kept on purpose: logRef stays as it is, so this is the last thing that happens to the log.
+    // Kept on purpose: logRef is not set back to -1, so nothing may be printed after this.
     if (logRef != -1)
         FSClose(logRef);
 }

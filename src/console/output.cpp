@@ -6,20 +6,19 @@
 
 #include "console/window.h"
 #include "state/job_scope.h"
-#include "state/job_state.h"
 #include "toolbox/console_feed.h"
 #include "toolbox/text_engine.h"
 
 namespace quillon {
 
-static char buff[20480];       // ml_printf, ml_fprintf
-static char text_buffer[2048]; // text_printf
+static char buff[20480];       // for ml_printf, ml_fprintf and ml_puts
+static char text_buffer[2048]; // for text_printf
 static std::uint32_t lines = 0;
 
 static const char cut_notice[] = "\r[The rest of this message does not fit.]\r";
 static const char file_cut_notice[] = "\n[The rest of this message does not fit.]\n";
 
-// The one way into the console's text, its log file and the programs that follow it.
+// Appends bytes to the console's text, to its log file and to what its followers receive. Nothing else does.
 static void append(const char *bytes, std::size_t length) {
     if (length == 0)
         return;
@@ -60,8 +59,8 @@ static void line_feeds_to_returns(char *bytes, std::size_t length) {
     std::replace(bytes, bytes + length, '\n', '\r');
 }
 
-// Formats into ROOM bytes of BUFFER and writes that to the console; what does not fit is said. The length
-// written.
+// Formats into BUFFER of ROOM bytes, prints that and returns its length. The console says so when the text is
+// cut.
 static int print(char *buffer, std::size_t room, const char *format, std::va_list values) {
     const int wanted = std::vsnprintf(buffer, room, format, values);
     const std::size_t length = std::strlen(buffer);

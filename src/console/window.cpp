@@ -2,7 +2,6 @@
 
 #include <cstdio>
 #include <cstring>
-#include <string_view>
 #include <strings.h>
 
 #include "console/output.h"
@@ -21,7 +20,7 @@ BoundedString<256> savelogname;
 namespace {
 
 constexpr char fallback_font[] = "Monaco";
-// The system font's own name: its number is 0, as an unknown font's is.
+// The system font is known by its name, because its number is 0 like that of an unknown font.
 constexpr char system_font[] = "Lucida Grande", earlier_system_font[] = "Chicago";
 constexpr std::int16_t title_bar = 20, main_menu_bar = 20, scroll_bar = 15;
 constexpr int margin = 5, default_size = 10, largest_screens = 16;
@@ -34,7 +33,8 @@ int rects_meet(const Rect &a, const Rect &b) {
     return a.left < b.right && b.left < a.right && a.top < b.bottom && b.top < a.bottom;
 }
 
-// 1 when the title bar of a window at BOUNDS lies at least partly on a screen, the main one's menu bar aside.
+// Tells whether a part of the title bar of a window at BOUNDS is visible on a screen, below the main screen's
+// menu bar.
 int title_bar_is_visible(const Rect &bounds) {
     const Rect strip = {static_cast<std::int16_t>(bounds.top - title_bar), bounds.left, bounds.top,
                         bounds.right};
@@ -137,7 +137,7 @@ void ClearTextWindow() {
 
 namespace {
 
-// The whole text into the file at SPEC, which is made when there is none.
+// Writes the whole text into the file at SPEC, which is made when it does not exist.
 void save_text(const FSSpec &spec) {
     FSpCreate(&spec, get_editor_info(editor ? editor : ""), four("TEXT"));
     std::int16_t reference = 0;

@@ -42,30 +42,30 @@ static constexpr Command action(std::int16_t menu, std::int16_t item, const char
     return {menu, item, title, key, 0, procedure, enabled};
 }
 
-// An item that switches a flag that is stored.
+// Makes an item that switches a flag which the settings store.
 static constexpr Command on_off(std::int16_t menu, std::int16_t item, const char *title, char key,
                                 const char *setting, int checked_at = 1) {
     return {menu, item, title, key, 0, nullptr, nullptr, setting, checked_at};
 }
 
-// An item that stands for one value of a choice that is stored.
+// Makes an item that gives a stored setting one of its values.
 static constexpr Command one_of(std::int16_t menu, std::int16_t item, const char *title, const char *setting,
                                 int value) {
     return {menu, item, title, 0, 0, nullptr, nullptr, setting, value};
 }
 
-// An item that switches a flag of this run of the shell alone.
+// Makes an item that switches a flag which lasts as long as the shell runs.
 static constexpr Command unstored(std::int16_t menu, std::int16_t item, const char *title, char key,
                                   void (*procedure)(std::int16_t), int (*marked)()) {
     return {menu, item, title, key, 0, procedure, nullptr, nullptr, 1, marked};
 }
 
-// Every item of a menu whose items are made while the shell runs.
+// Makes the row for every item of a menu that the shell fills while it runs.
 static constexpr Command any_item(std::int16_t menu, void (*procedure)(std::int16_t)) {
     return {menu, 0, nullptr, 0, 0, procedure};
 }
 
-// An item that has its place and does nothing.
+// Makes an item that holds its place and does nothing.
 static constexpr Command idle(std::int16_t menu, std::int16_t item, const char *title, char key = 0,
                               int (*enabled)() = nullptr) {
     return {menu, item, title, key, 0, nullptr, enabled};
@@ -193,7 +193,8 @@ int is_checked(const Command &row) {
     return row.marked && row.marked();
 }
 
-// Switches the row's flag, or gives its choice the row's value; the marks of all its items follow.
+// Switches the row's flag, or gives the row's setting its value, and updates the marks of all items of that
+// setting.
 static void choose_setting(const Command &row) {
     const Setting &setting = *find_setting(row.setting);
     change_setting(setting, setting.kind == setting_flag ? !setting_value(setting) : row.checked_at);

@@ -1,4 +1,4 @@
-// The command table: a menu command is one row. Dispatch, the menus, the documentation and the tests read it.
+// Each menu command is one row of the command table, which the dispatcher, the menus and the tests read.
 #ifndef QUILLON_CORE_COMMAND_TABLE_H
 #define QUILLON_CORE_COMMAND_TABLE_H
 
@@ -24,7 +24,7 @@ enum : std::int16_t {
     menu_change = 202,
 };
 
-// The items that the shell numbers, by menu. Menus whose items are made while the shell runs have none here.
+// The item numbers of each menu, from 1. Menus that the shell fills while it runs have none here.
 enum : std::int16_t {
     apple_about = 1,
     apple_quit = 3,
@@ -102,36 +102,40 @@ inline constexpr const char *separator_title = "(-";
 struct MenuRow {
     std::int16_t id;
     const char *title;
-    int in_bar; // 0: a submenu
+    int in_bar; // 1 when the menu stands in the menu bar, 0 when it is a submenu
 };
 
-// What an item does: it opens a submenu, calls a procedure, or changes a setting. One that does none of these
+// One menu item. It opens a submenu, calls a procedure or changes a setting; an item that does none of these
 // is shown disabled.
 struct Command {
     std::int16_t menu;
-    std::int16_t item; // 0: every item of a menu whose items are made while the shell runs
-    const char *title; // null for item 0; the text of separator_title for a separator
+    std::int16_t item; // 0 stands for every item of a menu that the shell fills while it runs
+    const char *title; // null for item 0; separator_title for a separator
     char key;          // command key, 0 for none
     std::int16_t submenu = 0;
     void (*procedure)(std::int16_t item) = nullptr;
-    int (*enabled)() = nullptr;    // null: always
+    int (*enabled)() = nullptr;    // 1 while the item may be chosen; null when it always may
     const char *setting = nullptr; // the key of a setting that the item changes
-    int checked_at = 1;        // the value at which the item is checked; of a choice, the one that it chooses
-    int (*marked)() = nullptr; // whether an item without a setting is checked at start-up
+    int checked_at = 1; // the setting's value at which the item is checked; a choice is given this value
+    int (*marked)() = nullptr; // for an item without a setting: 1 when it is checked at start-up
 };
 
+// The rows of the menus and of their items, and how many there are.
 extern const MenuRow menu_rows[];
 extern const int menu_row_count;
 extern const Command command_table[];
 extern const int command_count;
 
-// The row of that choice, the menu's item-0 row when it has no row of its own; null when there is none.
+// Returns the row of an item, or the menu's row for item 0 when the item has no row of its own; null when
+// there is neither. The row is part of the table.
 const Command *find_command(std::int16_t menu, std::int16_t item);
-// 1 when the row has something to do when it is chosen.
+// 1 when the row names a procedure or a setting, so that choosing it does something.
 int has_effect(const Command &row);
-// 1 when the row's item is checked as things stand; rows without setting and mark are not.
+// 1 when the row's item is to be checked now, from its setting's value or its `marked` procedure; 0 for rows
+// that have neither.
 int is_checked(const Command &row);
-// Does what the row is there for; ITEM is the item that was chosen.
+// Carries the row out: changes its setting, then calls its procedure with ITEM, the number of the item that
+// the person chose. Does nothing for a row without effect.
 void choose(const Command &row, std::int16_t item);
 
 } // namespace quillon

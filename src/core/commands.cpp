@@ -4,7 +4,6 @@
 
 #include "console/output.h"
 #include "console/window.h"
-#include "core/command_table.h"
 #include "dialogs/message_windows.h"
 #include "files/signatures.h"
 #include "files/streams.h"
@@ -25,7 +24,7 @@ void command_about(std::int16_t) {
 }
 
 void command_leave(std::int16_t) {
-    // The application menu's own Quit is a quit event, and works after a fatal error too.
+    // A quit event is handled even after a fatal error, when the File menu is locked.
     PostHighLevelEvent(four("aevt"), four("quit"), 0);
 }
 
@@ -86,7 +85,7 @@ void command_clear(std::int16_t) {
     ClearTextWindow();
 }
 
-// Switches a flag of this run of the shell and marks its item of the Options menu.
+// Switches FLAG and marks ITEM of the Options menu to match.
 static void toggle(std::uint8_t &flag, std::int16_t item) {
     flag = !flag;
     CheckMenuItem(optionsMenu, item, flag);
@@ -121,7 +120,7 @@ static void typeset_recent(std::int16_t item) {
         return;
     }
     std::fclose(file);
-    // The run moves the entry to the top, so the path is kept first.
+    // The run moves the entry to the top of the table, so the path is copied first.
     BoundedString<256> chosen;
     chosen.copy(path);
     if (usePdfTeX)

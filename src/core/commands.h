@@ -1,4 +1,4 @@
-// The procedures behind the rows of the command table, with their enabling rules and marks.
+// These procedures carry out the rows of the command table, and say when an item is enabled or marked.
 #ifndef QUILLON_CORE_COMMANDS_H
 #define QUILLON_CORE_COMMANDS_H
 
@@ -6,27 +6,42 @@
 
 namespace quillon {
 
+// Each of these carries out the menu command that its name says; the command table holds the titles. ITEM is
+// not used. A command that fails says so in the console.
 void command_about(std::int16_t item);
+// Sends the shell a quit event, which works even after a fatal error.
 void command_leave(std::int16_t item);
+// Run TeX or pdfTeX, as usePdfTeX says: on a file that the person chooses, on the current TeX file, and with
+// the last command line again.
 void command_typeset_chosen(std::int16_t item);
 void command_typeset_current(std::int16_t item);
 void command_repeat(std::int16_t item);
+// Open the current DVI, PostScript or PDF file in its viewer.
 void command_view_dvi(std::int16_t item);
 void command_view_ps(std::int16_t item);
 void command_view_pdf(std::int16_t item);
+// Asks for a file and writes the console's text into it.
 void command_save_console(std::int16_t item);
+// Stores the recent files and lets the event loop end the program.
 void command_quit(std::int16_t item);
+// Launches the set-up application.
 void command_setpaths(std::int16_t item);
+// Copy the console's selection to the clipboard; empty the console.
 void command_copy(std::int16_t item);
 void command_clear(std::int16_t item);
 
-// Each switches its flag and its mark.
+// Switch e-TeX mode (which also rebuilds the Formats menu) and the parsing of the first line, and mark ITEM
+// of the Options menu to match.
 void toggle_etex(std::int16_t item);
 void toggle_parse(std::int16_t item);
 
+// Stores the font that ITEM of the Font menu names and moves the check mark there.
 void choose_font(std::int16_t item);
+// Carries out an item of the Recent Files menu: typesets a file, switches between full paths and names, or
+// removes all files. A file that cannot be opened is taken out of the menu when the person confirms.
 void choose_recent(std::int16_t item);
 
+// Enabling rules: 1 when the job state holds the file or command line that the item needs, else 0.
 int has_tex_file();
 int has_last_command();
 int has_bib_file();
@@ -34,6 +49,7 @@ int has_dvi_file();
 int has_ps_file();
 int has_pdf_file();
 
+// Marks: 1 while the option is on, else 0.
 int etex_is_on();
 int parse_is_on();
 

@@ -31,7 +31,7 @@ static void quit_program() {
 int main_event(int mask) {
     if (doQuit)
         quit_program();
-    // Whoever asks from outside to leave ends a run first; the quit itself waits until it has gone.
+    // A request from outside to leave cancels the run first; the shell quits when the run has ended.
     if (aeQuit || (LeaveRequested() && !job_running()))
         doQuit = 1;
     sleepTime = inBackground ? 60 : 10;
@@ -52,7 +52,8 @@ int WaitForUpdate() {
 
 void wait_for_front() {
     DoNotify();
-    // Outside a job the loop itself leaves when it is asked to; a job goes on, and ends.
+    // Outside a job main_event itself obeys a request to leave. During a job the wait ends, so that the job
+    // can.
     while (inBackground && !(LeaveRequested() && job_running()))
         if (!main_event(mask_waiting))
             front->front_wait();

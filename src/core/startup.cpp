@@ -26,7 +26,7 @@
 
 namespace quillon {
 
-// A block held back so that the out-of-memory exit has room to show its alert.
+// The shell frees a block of this size when memory runs out, so that the alert can still be shown.
 static constexpr std::size_t reserve_size = 32000;
 
 std::jmp_buf state;
@@ -139,7 +139,7 @@ void DoJump(int code) {
     }
     if (in_dvii == 1)
         std::longjmp(state, 1);
-    // The job that failed will never end by itself.
+    // The failed job will never close its scopes itself.
     while (job_running())
         end_job();
     forceQuit = 1;

@@ -1,4 +1,4 @@
-// Start-up, and the single fatal-error exit.
+// The shell starts here, and comes here after a fatal error.
 #ifndef QUILLON_CORE_STARTUP_H
 #define QUILLON_CORE_STARTUP_H
 
@@ -6,14 +6,17 @@
 
 namespace quillon {
 
-// Where DoJump comes back to while a DVI file is read (in_dvii is 1).
+// DoJump continues here while a DVI file is read (in_dvii is 1).
 extern std::jmp_buf state;
 
-// Never returns: start-up, then the event loop for ever.
+// Starts the shell and then handles events until the program ends.
 [[noreturn]] void shell_main();
-// Start-up; returns 1. Runs before any event is handled.
+// Starts the shell: reads the settings, makes the console and the menus, finds the tools and the folders.
+// Returns 1. Runs once, before any event is handled; ends the program when there is no preferences file.
 int initial();
-// The fatal-error exit. -50 means out of memory; after any other code only quitting is possible.
+// The single way out after a fatal error; CODE becomes exit_status. -50 means that memory ran out and ends
+// the program. While a DVI file is read control goes back to `state`. Otherwise the console reports a serious
+// error, all commands but quitting are locked, and events are handled until the person quits.
 [[noreturn]] void DoJump(int code);
 
 } // namespace quillon

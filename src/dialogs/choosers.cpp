@@ -17,7 +17,7 @@ constexpr int filter_limit = 4;
 constexpr OSType any_application = four("****");
 constexpr OSType filter_creators[filter_limit] = {four("1000"), four("2000"), four("3000"), four("4000")};
 
-// The callbacks that requests are given.
+// The callbacks that go into each request.
 struct NavCallbacks {
     void (*filter_picked)(const NavMenuItem *item);
     void (*window_event)(const EventRecord *event);
@@ -26,7 +26,7 @@ struct NavCallbacks {
 };
 NavCallbacks callbacks = {};
 
-// Where a chooser starts: a folder and a leaf, as POSIX texts.
+// Where a chooser starts: the POSIX path of a folder, and a file name.
 struct NavStart {
     BoundedString<1024> folder, leaf;
 };
@@ -41,7 +41,7 @@ void start_in_texdir(NavStart &start) {
         start.folder.clear();
 }
 
-// At what PATH names, else in the folder of the last TeX job.
+// Starts at the file or folder at the Unix path PATH, else in the folder of the last TeX job.
 void start_at(NavStart &start, const char *path) {
     BoundedString<1024> absolute, mac_path, posix_path;
     FSSpec spec;
@@ -79,7 +79,8 @@ int build_filters(NavMenuItem *filters, int text_flag) {
     return count;
 }
 
-// Runs the chooser; 1 and the chosen location, which need not exist when MAY_BE_MISSING.
+// Runs the chooser. Returns 1 and the chosen location, which need not exist when MAY_BE_MISSING is 1; 0
+// otherwise.
 int run(NavRequest &request, const NavStart &start, int may_be_missing, FSSpec *chosen) {
     BoundedString<4096> posix_path;
     request.start_folder = start.folder.empty() ? nullptr : start.folder.c_str();

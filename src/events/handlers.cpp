@@ -13,7 +13,6 @@
 #include "state/job_scope.h"
 #include "state/job_state.h"
 #include "tools/tool_call.h"
-#include "tools/tool_runs.h"
 
 namespace quillon {
 
@@ -42,7 +41,7 @@ OSErr RequiredCheck(const AppleEvent *event) {
     return error == noErr ? static_cast<OSErr>(errAEEventNotHandled) : error;
 }
 
-// Refuses a request when start-up failed.
+// Refuses a request with the error text TEXT when start-up failed.
 static OSErr refuse_when_busy(AppleEvent *reply, const char *text) {
     if (!at_exit)
         return noErr;
@@ -50,7 +49,7 @@ static OSErr refuse_when_busy(AppleEvent *reply, const char *text) {
     return errAEEventNotHandled;
 }
 
-// The direct text of an event in BUFFER; what does not fit is left out, and that is said.
+// Reads the direct text of an event into BUFFER. The console says so when a part of it does not fit.
 static void read_text(const AppleEvent *event, BoundedBuffer &buffer) {
     std::size_t size = 0;
     buffer.clear();
@@ -70,7 +69,7 @@ OSErr HandleOAPP(const AppleEvent *event, AppleEvent *, std::int32_t) {
     return RequiredCheck(event);
 }
 
-// The Unix path of a location; 0 when it does not fit.
+// Makes the Unix path of a location. Returns 0 when it does not fit.
 static int unix_path_of(FSSpec *spec, BoundedBuffer &path) {
     BoundedString<256> leaf;
     from_pascal(spec->name, leaf);
@@ -79,7 +78,7 @@ static int unix_path_of(FSSpec *spec, BoundedBuffer &path) {
            path.append(leaf.view());
 }
 
-// A document whose place has no Unix path that fits: one directly in the root folder, or too deep.
+// Refuses a document that has no Unix path: it lies directly in the root folder, or its path does not fit.
 static void refuse_document(const FSSpec *spec) {
     BoundedString<256> leaf;
     from_pascal(spec->name, leaf);
@@ -146,7 +145,7 @@ int SetCurrDirFromParameter(BoundedBuffer &command) {
     return FSSpecToUnixPath(&spec, path) && curr_dir.copy(path.view());
 }
 
-// curr_dir from 'dest', the binaries folder without one.
+// Sets curr_dir from the parameter 'dest', or to the binaries folder when there is none.
 static void take_folder(const AppleEvent *event) {
     FSSpec spec = {};
     BoundedString<1024> path;
@@ -161,13 +160,13 @@ static void take_folder(const AppleEvent *event) {
     }
 }
 
-// Tells a caller on the bus what the exit status does not.
+// Tells a caller on the bus how the command ended, which the exit status does not say.
 static void tell_outcome() {
     static const OSType outcomes[] = {four("none"), four("nrun"), four("cncl"), four("unkn")};
     AESetCallOutcome(outcomes[job_outcome]);
 }
 
-// A wish of the caller's; OTHERWISE when it says nothing.
+// Reads a yes-or-no parameter of the event. Returns OTHERWISE when the event has none.
 static std::uint8_t wish(const AppleEvent *event, OSType keyword, std::uint8_t otherwise) {
     std::int32_t value = 0;
     if (AEGetParamPtr(event, keyword, typeLongInteger, &value, sizeof value, nullptr) != noErr)
@@ -175,7 +174,7 @@ static std::uint8_t wish(const AppleEvent *event, OSType keyword, std::uint8_t o
     return value != 0;
 }
 
-// The first error of the run, in the reply to a caller that asked for it.
+// Puts the first error of the run into the reply.
 static void put_first_error(AppleEvent *reply) {
     BoundedString<1024> posix_path;
     if (!expects_reply(reply) || job_error_file.empty())
@@ -214,7 +213,7 @@ OSErr HandleAppleScript(const AppleEvent *event, AppleEvent *reply, std::int32_t
     return noErr;
 }
 
-// What 'find' and 'loca' share: the text into findString.
+// Reads the text of a 'find' or 'loca' event into findString.
 static OSErr take_find_text(const AppleEvent *event, AppleEvent *reply) {
     OSErr error = refuse_when_busy(reply, busy_text);
     if (error != noErr)
@@ -261,7 +260,7 @@ OSErr HandleFormats(const AppleEvent *event, AppleEvent *reply, std::int32_t) {
     return noErr;
 }
 
-// The session bus has gone: what runs ends, and no tool can be reached any more.
+// Says that the session bus has gone, so that no tool can be reached any more.
 static OSErr HandleBusGone(const AppleEvent *, AppleEvent *, std::int32_t) {
     ml_printf("\nThe session bus has gone. Tools cannot be run until Quillon is started again.\n");
     return noErr;
@@ -298,7 +297,7 @@ void doAppleEvent(const EventRecord *event) {
     }
 }
 
-// What a document is opened with, by its extension; TeX without one of these.
+// Refuses a document whose extension belongs to another tool than TeX.
 static void run_tool_on(const char *extension) {
     ml_printf("Quillon cannot open %s files from outside.\n", extension);
 }

@@ -22,7 +22,7 @@ int get_short_file(BoundedBuffer &name, std::int16_t *vref, std::int32_t *dir_id
     return 0;
 }
 
-// Builds the Unix path of leaf NAME in the folder. 0, and an empty PATH, when it cannot be built.
+// Makes the Unix path of the file NAME in a folder. Returns 0, with an empty PATH, when it cannot be made.
 int build_path(BoundedBuffer &path, std::int16_t vref, std::int32_t dir_id, const BoundedBuffer &name) {
     BoundedString<1024> whole;
     if (get_unixpath_by_dirid(vref, dir_id, whole) && whole.append("/") && whole.append(name.view()) &&

@@ -1,8 +1,6 @@
 #include "files/paths.h"
 
-#include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 
 #include "console/output.h"
@@ -15,10 +13,10 @@ namespace quillon {
 namespace {
 
 constexpr std::size_t conversion_size = 1024;
-// What access, the oldest of the conversions, takes of a name and the current folder together.
+// `access` takes at most this many bytes for a path and curr_dir together.
 constexpr std::size_t access_limit = 511;
-constexpr char colon_substitute = 30; // stands for a ":" in a name
-constexpr char shortened_mark = 29;   // in a shortened name
+constexpr char colon_substitute = 30; // replaces a ":" in a name
+constexpr char shortened_mark = 29;   // marks a name that was shortened
 
 void replace(char *text, char from, char to) {
     for (; *text; text++)
@@ -38,7 +36,8 @@ int ends_with_colon(const BoundedBuffer &path) {
     return path.view().ends_with(':');
 }
 
-// Whether the path's text is the POSIX path's own: whole, with nothing in it that stands for something else.
+// Tells whether a Unix path is also the POSIX path: it is absolute and holds no substitute, "." or empty
+// component.
 int is_literal(const char *path) {
     const char blank = space_substitute();
     if (path[0] != '/')
@@ -51,7 +50,7 @@ int is_literal(const char *path) {
     return 1;
 }
 
-// 1 and the folder's own name and its parent; 0 when there is no such folder.
+// Looks a folder up and returns its own name and its parent's id. Returns 0 when there is no such folder.
 int folder_entry(std::int16_t volume, std::int32_t *dir_id, std::int32_t *parent, BoundedBuffer &entry_name) {
     unsigned char pascal_name[64] = {};
     CInfoPBRec block = {};
@@ -67,29 +66,8 @@ int folder_entry(std::int16_t volume, std::int32_t *dir_id, std::int32_t *parent
     return 1;
 }
 
-// The Unix path of a POSIX path whose folder is missing: nothing can be looked up, so the text alone is
-// turned. 0 when it steps upwards, stands directly in the root folder or does not fit.
-int unix_text(std::string_view posix_path, BoundedBuffer &out) {
-    int components = 0, fits = 1;
-    while (!posix_path.empty() && fits) {
-        const std::size_t length = std::min(posix_path.find('/'), posix_path.size());
-        const std::string_view component = posix_path.substr(0, length);
-        posix_path.remove_prefix(std::min(length + 1, posix_path.size()));
-        if (component.empty() || component == ".")
-            continue;
-        fits = component != ".." && out.append("/") && out.append(component);
-        components++;
-    }
-    replace(out.data(), ':', colon_substitute);
-    convert_space(out.data());
-    if (fits && components > 1)
-        return 1;
-    out.clear();
-    return 0;
-}
-
-// The folder of the location, SEPARATOR and the leaf; empty when the folder has gone or the path does not
-// fit. A volume's own location has no folder.
+// Joins the path of the location's folder, SEPARATOR and the leaf. OUT is empty when the folder is missing or
+// the path does not fit. The location of a volume has no folder.
 int location_path(const FSSpec *spec, BoundedBuffer &out,
                   int (*folder_path)(std::int16_t, std::int32_t, BoundedBuffer &), const char *separator) {
     BoundedString<256> leaf;
@@ -123,7 +101,7 @@ int convert_path(const char *src, BoundedBuffer &dst) {
         return 0;
     }
     if (starts_with(src, "//")) {
-        // Kept on purpose: the third character is skipped.
+        // Kept on purpose: the third byte is dropped.
         out.copy("/:");
         src += std::strlen(src) > 2 ? 3 : 2;
     } else if (*src == '/') {
@@ -159,7 +137,7 @@ int convert_path(const char *src, BoundedBuffer &dst) {
 
 const char *add_current_dir(BoundedBuffer &dst, const char *path) {
     const int has_colon = std::strchr(path, ':') != nullptr, has_slash = std::strchr(path, '/') != nullptr;
-    const char *separator = nullptr; // null: the path stays as it is
+    const char *separator = nullptr; // null when the path stays as it is
     if (curr_dir.empty())
         separator = nullptr;
     else if (*path == ':')
@@ -290,17 +268,6 @@ const char *UnixFolderToPosixFolder(const char *path, BoundedBuffer &out) {
     return out.c_str();
 }
 
-int PosixToUnixPath(const char *posix_path, BoundedBuffer &out) {
-    FSSpec spec;
-    out.clear();
-    const OSErr error = FSPathMakeSpec(posix_path, &spec);
-    if (error == noErr || error == fnfErr)
-        FSSpecToUnixPath(&spec, out);
-    else if (error == dirNFErr || error == nsvErr)
-        return unix_text(posix_path, out);
-    return !out.empty();
-}
-
 int has_extension(const char *name, const char *extension) {
     return std::string_view(name).ends_with(extension);
 }
@@ -364,7 +331,7 @@ int folder_id(const FSSpec *spec, std::int32_t *dir_id) {
     std::memcpy(leaf, spec->name, sizeof leaf);
     block.ioNamePtr = leaf;
     block.ioVRefNum = spec->vRefNum;
-    // A volume's own location names its root.
+    // The location of a volume stands for the volume's root folder.
     block.ioFDirIndex = spec->parID == 1 ? -1 : 0;
     block.ioDirID = spec->parID == 1 ? 2 : spec->parID;
     if (PBGetCatNameSync(&block) != noErr || (block.ioFlAttrib & kioFlAttribDir) == 0)

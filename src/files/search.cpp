@@ -7,11 +7,9 @@
 
 #include "console/output.h"
 #include "files/paths.h"
-#include "files/streams.h"
 #include "kpath/search_paths.h"
 #include "kpath/utilities.h"
 #include "state/job_state.h"
-#include "toolbox/files.h"
 #include "toolbox/windows.h"
 #include "tools/processes.h"
 #include "viewers/viewers.h"
@@ -27,7 +25,7 @@ struct CacheEntry {
     BoundedString<256> name, path;
 };
 CacheEntry cache[cache_size];
-// The names' hashes, so that a name that is not there costs one look along them.
+// The hashes of the names, which are quicker to compare than the names.
 std::size_t cached_hashes[cache_size];
 
 } // namespace
@@ -48,7 +46,7 @@ char *searchCurrentDirectory(const char *name) {
     return xstrdup(absolute.c_str());
 }
 
-// Kept on purpose: with debugging on the cache is passed by, and an entry whose file has gone stays.
+// Kept on purpose: the cache is not used while doDebug is on, and an entry whose file no longer exists stays.
 char *searchCache(const char *name) {
     if (doDebug)
         return nullptr;
@@ -78,7 +76,7 @@ void clearCache() {
 
 namespace {
 
-// Along the TeX inputs: the name, then the name with ".tex", which then stays in NAME.
+// Looks for NAME along the search path of TeX inputs, then for NAME with ".tex", which NAME keeps.
 char *find_input(BoundedBuffer &name) {
     char *const found = find_path_filename(name.c_str(), search_list(slot_texinputs));
     if (found || !name.append(".tex"))

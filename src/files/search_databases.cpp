@@ -1,5 +1,5 @@
-// The file databases: lists of folders and file names, each with an index by name beside it. Start-up opens
-// the files, so that it knows what is missing; each is read when it is first searched.
+// A file database is a list of folders and file names, with an index by name. Start-up opens the files, so
+// that it can report a missing one; each is read when it is first searched.
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
@@ -21,23 +21,23 @@ HashList texinputsTable, type1Table, psheadersTable, vfTable, tfmTable;
 
 namespace {
 
-// A line is what mfgets gives for a buffer of 1,024 bytes.
+// A longer line counts as several, as when mfgets reads it into a buffer of 1,024 bytes.
 constexpr std::size_t line_limit = 1022;
 constexpr std::size_t text_limit = 0xFFFF0000;
 constexpr std::uint32_t no_node = 0xFFFFFFFF;
 constexpr int kinds = common::databases_end - 1;
 
-// FIRST holds the first node of each hash, CHAIN the one after it; there are MASK + 1 hashes. COUNT leaves
-// the end node out.
+// The index is a hash table of MASK + 1 buckets: FIRST holds the first node of each bucket, and CHAIN, for
+// each node, the next one in its bucket. COUNT does not include the end node.
 struct Database {
     common::Database kind;
     HashList *list;
-    std::FILE *awaited; // opened at start-up, to be read
+    std::FILE *awaited; // the open file, until it is read; else null
     std::uint32_t *first, *chain;
     std::uint32_t count, room, mask;
 };
 
-// By kind number, from 1.
+// The databases stand in the order of their kind numbers, which begin at 1.
 Database databases[kinds] = {
     {common::tex_inputs, &texinputsTable, nullptr, nullptr, nullptr, 0, 0, 0},
     {common::type1_fonts, &type1Table, nullptr, nullptr, nullptr, 0, 0, 0},
@@ -68,7 +68,8 @@ void clear_database(Database *database) {
     *database = {database->kind, database->list, nullptr, nullptr, nullptr, 0, 0, 0};
 }
 
-// Reads what is left of FILE into a new block, behind an empty string, and says how much of it is filled.
+// Reads FILE into a new block that begins with an empty string, and returns in SIZE how many bytes are
+// filled.
 char *read_whole(std::FILE *file, std::size_t *size) {
     std::size_t room = 65536;
     if (std::fseek(file, 0, SEEK_END) == 0) {
@@ -79,7 +80,7 @@ char *read_whole(std::FILE *file, std::size_t *size) {
     char *text = static_cast<char *>(xmalloc(room));
     text[0] = '\0';
     *size = 1;
-    // The file may have grown since.
+    // The file may have grown since its length was taken.
     while (const std::size_t count = std::fread(text + *size, 1, room - *size, file)) {
         *size += count;
         if (*size >= text_limit)
@@ -97,7 +98,7 @@ void make_room(Database *database, std::uint32_t room) {
     database->chain = static_cast<std::uint32_t *>(xrealloc(database->chain, room * sizeof *database->chain));
 }
 
-// CHAIN holds the hashes until the list is whole.
+// Appends a node. CHAIN holds the nodes' hashes until finish_list builds the index.
 void add_node(Database *database, const char *folder, const char *name, std::size_t length) {
     const char *const text = database->list->text;
     const std::uint32_t number = database->count++;
@@ -108,8 +109,8 @@ void add_node(Database *database, const char *folder, const char *name, std::siz
     database->chain[number] = hash_of({name, length});
 }
 
-// Ends the list and indexes it, from the last node to the first, so that the nodes of one name are met in the
-// list's order.
+// Appends the end node and builds the index. It goes from the last node to the first, so that a search meets
+// the nodes of one name in the list's order.
 void finish_list(Database *database) {
     std::uint32_t buckets = 16;
     while (buckets < database->count)
@@ -126,15 +127,16 @@ void finish_list(Database *database) {
     }
 }
 
-// What of a text holds line ends other than line feeds, and zero bytes.
+// These flags say whether a text holds carriage returns and zero bytes, which take extra work.
 struct Peculiarities {
     int returns, zeros;
 };
 
-// The line at TEXT, with its end cut off in place: its length, and where the next one begins in NEXT.
+// Cuts the end off the line at TEXT, in place. Returns the line's length, and in NEXT where the next line
+// begins.
 //
-// Kept on purpose: the last character goes whatever it is, so a last line without a line end loses one, and
-// so does each piece of a long line. After a line feed only, a carriage return is passed over.
+// Kept on purpose: the last character is removed whatever it is, so a last line without a line end loses one,
+// and so does each piece of a long line. A carriage return is skipped only after a line feed.
 std::size_t cut_line(char *text, std::size_t left, const Peculiarities &has, char **next) {
     const std::size_t seen = std::min(left, line_limit);
     char *end = static_cast<char *>(std::memchr(text, '\n', seen));
@@ -154,7 +156,7 @@ std::size_t cut_line(char *text, std::size_t left, const Peculiarities &has, cha
     return length;
 }
 
-// The lines of the list's text, of which SIZE bytes are filled.
+// Cuts the list's text, of which SIZE bytes are filled, into lines and makes the nodes.
 void cut_lines(Database *database, std::size_t size) {
     char *const text = database->list->text;
     const char *folder = text;
@@ -170,7 +172,7 @@ void cut_lines(Database *database, std::size_t size) {
     }
 }
 
-// Opens a database file for reading; when it cannot be had, says so and turns database searches off.
+// Opens a database file for reading. When that fails, says so and turns database searches off.
 std::FILE *open_database(const char *name) {
     BoundedString<512> path;
     path.format("%s/%s", haveosx ? supportFolder.c_str() : prefsFolder.c_str(), name);
@@ -191,7 +193,7 @@ void fill_list(Database *database, std::FILE *file) {
     finish_list(database);
 }
 
-// The first node of that name whose file exists: its path in PATH and 1.
+// Finds the first node of that name whose file exists. Returns 1 and the file's path, or 0.
 int find_in_list(const Database *database, const char *name, BoundedBuffer &path) {
     if (database->count == 0)
         return 0;
@@ -217,15 +219,6 @@ const char *directory_of(const HashList *list, const HashNode *node) {
 
 const char *name_of(const HashList *list, const HashNode *node) {
     return list->text + node->name;
-}
-
-const HashNode *first_node(const HashList *list) {
-    static const HashNode end_node = {};
-    return list->nodes ? list->nodes : &end_node;
-}
-
-const HashNode *next_node(const HashList *list, const HashNode *node) {
-    return node->next ? &list->nodes[node->next] : nullptr;
 }
 
 void read_hash_table(const char *name, HashList *list) {

@@ -1,4 +1,4 @@
-// Folders below folders, for the recursive form of a search path.
+// Lists the folders below a folder, for search-path elements that end with "//".
 #include <cstdlib>
 #include <cstring>
 
@@ -14,8 +14,8 @@ namespace quillon {
 
 namespace {
 
-// Folders that aliases led to. One that is there has its folders in the list already: walking it again would
-// only repeat them, and with many aliases never end.
+// The folders that aliases have led to so far. Such a folder is walked once: a second walk would repeat its
+// folders, and with many aliases would never end.
 struct Targets {
     struct Target {
         std::int16_t volume;
@@ -24,7 +24,7 @@ struct Targets {
     std::size_t count;
 };
 
-// The list being filled, and the path of the folder being walked: it grows and is cut back along the way.
+// The list that is being filled, and the path of the folder that is being walked, which ends with "/".
 struct Expansion {
     char ***list;
     std::size_t *count;
@@ -32,7 +32,7 @@ struct Expansion {
     BoundedString<1024> path;
 };
 
-// A folder on the way from the top: aliases that lead back to one of them are not followed again.
+// A folder on the way down to the one being walked. An alias that leads back to one of these is not followed.
 struct Ancestor {
     std::int16_t volume;
     std::int32_t id;
@@ -48,7 +48,7 @@ int is_ancestor(const Ancestor *ancestor, std::int16_t volume, std::int32_t id) 
     return 0;
 }
 
-// 1 for a folder that is new to the targets.
+// Adds a folder to the targets. Returns 1 when it is new among them, else 0.
 int add_target(Targets *targets, std::int16_t volume, std::int32_t id) {
     for (std::size_t i = 0; i < targets->count; i++)
         if (targets->all[i].volume == volume && targets->all[i].id == id)

@@ -13,10 +13,11 @@ namespace quillon {
 namespace {
 
 constexpr OSType no_editor = four("ttxt");
-// Kept on purpose: the letters stand in this order here.
+// Kept on purpose: this code is not 'ttxt'.
 constexpr OSType unreadable_bundle = four("txtt");
 
-// The signature is the second group of four bytes. -1 the file cannot be opened, 0 it is too short, 1 read.
+// Reads the signature, which is the second group of four bytes, from a bundle. Returns 1 when it was read, 0
+// when the file is too short, -1 when it cannot be opened.
 int read_package_info(const BoundedBuffer &bundle, OSType *signature) {
     BoundedString<1024> path;
     unsigned char info[8];

@@ -17,7 +17,7 @@ int is_line_end(int character) {
     return character == '\n' || character == '\r';
 }
 
-// The console takes part only in standard input; other streams are read without a detour for each character.
+// Only standard input is read through the console; other streams are read directly, which is quicker.
 int next_character(std::FILE *stream) {
     return stream == stdin ? ml_fgetc(stream) : getc_unlocked(stream);
 }
@@ -65,8 +65,8 @@ char *mfgets(char *buffer, int size, std::FILE *stream) {
             break;
         if (is_line_end(character)) {
             buffer[count++] = '\n';
-            // Kept on purpose: only after a line feed is the next character looked at, so 13 10 is two line
-            // ends and 10 13 is one.
+            // Kept on purpose: a second line-end character is skipped only after a line feed, so the bytes 10
+            // 13 end one line and 13 10 end two.
             if (character == '\n') {
                 character = next_character(stream);
                 if (character != '\r' && character != EOF)
@@ -121,7 +121,7 @@ int MyResolve(BoundedBuffer &mac_path) {
         if (resolved.empty() || (!rest.empty() && !resolved.append(":")))
             return 0;
     }
-    // A volume's own path keeps its ":", which tells it from a leaf.
+    // The path of a volume ends with ":"; without one it would be the name of a file.
     if (resolved.view().find(':') == std::string_view::npos && !resolved.append(":"))
         return 0;
     return mac_path.copy(resolved.view());

@@ -1,4 +1,4 @@
-// Opening and reading files by Unix path, and alias resolution.
+// These procedures open and read files, and resolve aliases.
 #ifndef QUILLON_FILES_STREAMS_H
 #define QUILLON_FILES_STREAMS_H
 
@@ -9,15 +9,20 @@
 
 namespace quillon {
 
-// Opens the file at a Unix path; null on failure, with errno set. A folder or a pipe cannot be opened.
+// Opens the file at the Unix path PATH, with a mode as of fopen; a relative path is taken as below curr_dir.
+// Returns null with errno set on failure, as for a folder or a pipe. A DVI file that is opened for writing
+// becomes current_dvifile.
 std::FILE *myfopen(const char *path, const char *mode);
-// The same for an HFS path, without alias resolution.
+// Opens the file at an HFS path, and does not resolve aliases. Returns null with errno set on failure.
 std::FILE *open_mac_path(const char *mac_path, const char *mode);
-// One line of at most SIZE - 2 characters, either line end stored as a line feed; null at the end of the
-// file.
+// Reads a line of at most SIZE - 2 bytes into BUFFER, with a NUL after it. A line feed or a carriage return
+// ends a line and is stored as a line feed. Returns BUFFER, or null at the end of the file.
 char *mfgets(char *buffer, int size, std::FILE *stream);
-// Resolve every component, or the last one only, of an HFS path in place.
+// Replaces each alias in an HFS path by what it leads to, in place. Returns 1, or 0 (with the path as it was)
+// when a component does not exist or the result does not fit.
 int MyResolve(BoundedBuffer &mac_path);
+// Resolves only the last component of an HFS path, in place. Returns noErr, the error of the file system, or
+// bdNamErr when the result does not fit; the path is then as it was.
 OSErr MyResolveAliasFile(BoundedBuffer &mac_path);
 
 } // namespace quillon

@@ -4,7 +4,6 @@
 #include <cstdlib>
 
 #include "console/output.h"
-#include "files/choosers.h"
 #include "files/paths.h"
 #include "files/signatures.h"
 #include "files/streams.h"
@@ -27,7 +26,7 @@ void SetViewFile() {
     if (output_is_pdf == 0)
         return;
     const char *const file = get_str_resource(output_is_pdf == 1 ? "PDFFILE" : "DVIFILE");
-    // The look at the file may read another setting, so the name is kept first.
+    // The name is copied first because access may read another setting into the same buffer.
     if (!file || !current_outputfile.copy(file))
         return;
     if (access(current_outputfile.c_str(), 4) != 0) {

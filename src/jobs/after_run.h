@@ -1,4 +1,4 @@
-// What follows a run: the output in its viewer, the editor at the error line.
+// After a TeX run the shell shows the output in its viewer, or the error line in the editor.
 #ifndef QUILLON_JOBS_AFTER_RUN_H
 #define QUILLON_JOBS_AFTER_RUN_H
 
@@ -6,11 +6,21 @@
 
 namespace quillon {
 
-extern std::int32_t output_is_pdf; // 0 nothing to view, 1 PDFFILE, any other DVIFILE
+// The output of the last run, from the setting PDFTEXOUTPUT: 0 nothing, 1 the PDF file, any other the DVI
+// file.
+extern std::int32_t output_is_pdf;
 
+// Sets current_outputfile (a Unix path) from the setting PDFFILE or DVIFILE and opens it in its viewer. When
+// there is nothing to view or the file is missing, current_outputfile is empty and nothing opens.
 void SetViewFile();
+// Opens current_outputfile in the PDF viewer, which the person chooses when none is set. Does nothing when
+// the path is empty or the person cancels.
 void AutoViewPDFFile();
+// When calleditor is 1: clears it and opens the file of the settings FILENAME and LINENUMBER in the editor at
+// that line. Without an editor the console says where the error is.
 void CallTheEditor();
+// Follow a run of TeX or pdfTeX: show the arrow, store curr_dir as TEXDIR, view the output of a clean run
+// when doView and job_views are 1, and call the editor unless job_edits is 0.
 void doAfterTeX();
 void doAfterPdfTeX();
 

@@ -5,7 +5,6 @@
 #include "console/output.h"
 #include "files/choosers.h"
 #include "files/paths.h"
-#include "files/signatures.h"
 #include "jobs/after_run.h"
 #include "menus/current_files.h"
 #include "settings/settings.h"
@@ -20,13 +19,13 @@ namespace quillon {
 
 enum JobKind { tex_job, pdftex_job };
 
-// A file or folder name that its buffer cannot hold is refused, and named.
+// Names a path that its buffer cannot hold.
 static void say_too_long(const char *path) {
     ml_printf("The path \"%s\" is too long for Quillon.\n", path);
 }
 
-// Composes the command line of a job, one blank after each word; NAMED: also where the name is empty. 0 when
-// it does not fit.
+// Composes the command line of a job, with one blank after each word. With NAMED the file name is appended
+// even when it is empty. Returns 0 when the line does not fit.
 static int compose(JobKind kind, int named, BoundedBuffer &command) {
     BoundedString<300> format;
     format.format("-fmt=%s", format_name.c_str());
@@ -82,8 +81,8 @@ static int run(JobKind kind, const char *command, const char *folder) {
     ml_printf("working directory --  %s\n", folder);
     const int result = CallTool(tool, command, folder);
     if (result) {
-        // Kept on purpose: cleared after the reply set it, so that what is viewed depends on what the engine
-        // wrote.
+        // Kept on purpose: the flag that the reply set is cleared, so the output is viewed even after an
+        // error when the engine wrote one.
         tex_error = 0;
     }
     quit_engine();
@@ -110,7 +109,7 @@ static void run_kind(JobKind kind, const char *command, const char *folder) {
     }
 }
 
-// Asks for a TeX file: fname and curr_dir. 0 when the person cancels.
+// Asks the person for a TeX file and sets fname and curr_dir. Returns 0 when the person cancels.
 static int ask_for_file() {
     BoundedString<256> leaf;
     std::int16_t volume = 0;
@@ -125,11 +124,11 @@ static int ask_for_file() {
     return 1;
 }
 
-// curr_dir and fname from a full path. 0 when they do not fit.
+// Sets curr_dir and fname from a full path. Returns 0 when they do not fit.
 static int take_path(const char *path) {
     if (split_path(path, curr_dir, fname)) {
         if (!std::strchr(path, '/'))
-            curr_dir.copy(path); // Kept on purpose: a path without "/" is both the name and the folder.
+            curr_dir.copy(path); // Kept on purpose: a path without "/" is taken as both.
         return 1;
     }
     say_too_long(path);
@@ -152,7 +151,7 @@ static void typeset_chosen(JobKind kind, const char *path) {
         return;
     whole.format("%s/%s", curr_dir.c_str(), fname.c_str());
     if (kind == tex_job)
-        access(whole.c_str(), 4); // only for its diagnostic lines
+        access(whole.c_str(), 4); // prints diagnostic lines; the result is not used
     default_creator = creator_of(whole.c_str());
     if (!compose(kind, 0, command)) {
         say_too_long(whole.c_str());
@@ -224,7 +223,7 @@ void DoPdfTeXAppleScript() {
     run_kind(pdftex_job, mycommand.c_str(), curr_dir.c_str());
 }
 
-// The first word of TEXT, at most ROOM - 1 bytes of it.
+// Copies the first word of TEXT into WORD, as many bytes as fit.
 static void first_word(const char *text, BoundedBuffer &word) {
     static const char blanks[] = " \t\n\v\f\r";
     const char *const start = text + std::strspn(text, blanks);

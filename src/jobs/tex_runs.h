@@ -1,22 +1,28 @@
-// TeX and pdfTeX runs: command lines composed and run, and the dispatcher of script commands.
+// These procedures run TeX and pdfTeX, and dispatch the command lines that scripts and other programs send.
 #ifndef QUILLON_JOBS_TEX_RUNS_H
 #define QUILLON_JOBS_TEX_RUNS_H
 
 namespace quillon {
 
-// PATH is a full Unix path, or null to ask.
+// Typeset the file at PATH, a full Unix path, or one that the person chooses when PATH is null. Nothing runs
+// when the person cancels, or when the folder or name does not fit 255 bytes, which the console says.
 void DoTeX(const char *path);
 void DoPdfTeX(const char *path);
-// REPEAT 0: the current TeX file; 1: the last command again.
+// Typeset the current TeX file when REPEAT is 0; run the last command line in its folder again when REPEAT is
+// 1.
 void DoMenuTeX(int repeat);
 void DoMenuPdfTeX(int repeat);
+// Typeset the file at PATH, a full Unix path.
 void DoRecentTeX(const char *path);
 void DoRecentPdfTeX(const char *path);
+// Run the command line mycommand in the folder curr_dir with the TeX engine, and do what follows a run.
 void DoTeXAppleScript();
 void DoPdfTeXAppleScript();
-// Runs mycommand in curr_dir; its first word says as what.
+// Runs the command line mycommand in the folder curr_dir with the tool that its first word names. An unknown
+// word runs nothing and leaves job_outcome at job_unknown.
 void DoAppleScript();
-// Non-zero when the tool call succeeded.
+// Run the engine with a command line (at most 1,023 bytes) in FOLDER (a Unix path of at most 255 bytes).
+// Return 1 when the engine replied, 0 when it could not be called or the texts do not fit.
 int RunTeX(const char *command, const char *folder);
 int RunPdfTeX(const char *command, const char *folder);
 

@@ -1,4 +1,4 @@
-// Look-up by kind of file: the kind gives the suffix, the list and the database.
+// The shell looks for a file by its kind, which gives the suffix, the list of folders and the database.
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -22,13 +22,13 @@ constexpr int no_slot = -1, no_database = 0;
 constexpr int kind_ofm = 3, kind_vf = 6, kind_tex = 9, kind_count = 28;
 
 struct FileKind {
-    const char *suffix; // added when the name has none; null for none
+    const char *suffix; // a name without a suffix gets this one; null for none
     int slot;
-    int database; // used instead of the list while database searches are on
-    int binary;   // opened as bytes
+    int database; // replaces the list while database searches are on
+    int binary;   // 1 when the file is opened with the mode "rb"
 };
 
-// By kind number, from 1.
+// The rows stand in the order of the kind numbers, which begin at 1.
 constexpr FileKind file_kinds[kind_count + 1] = {
     {nullptr, no_slot, no_database, 0},
     {nullptr, 2, no_database, 1},
@@ -74,7 +74,7 @@ char *find_with_suffix(int slot, const char *name, const char *suffix) {
     return found;
 }
 
-// The name with ".tex" where it has no suffix, the name itself, and the name with ".tex" in any case.
+// Tries the name with ".tex" when it has no suffix, then the name itself, then the name with ".tex" always.
 char *find_tex_input(const FileKind &kind, const char *name) {
     char *const extended = extend_filename(name, kind.suffix);
     char *const always = always_extend_filename(name, kind.suffix);
@@ -138,7 +138,6 @@ void kpse_reset_program_name(const char *progname) {
     kpse_program_name = copy;
 }
 
-// These three are entry points that the tools share; here there is nothing to do.
 void kpse_init_prog() {}
 
 void kpse_set_program_enabled() {}
@@ -148,7 +147,7 @@ void kpse_maketex_option() {}
 char *basenamechangesuffix(const char *name, const char *old_suffix, const char *new_suffix) {
     const std::size_t length = std::strlen(name), cut = std::strlen(old_suffix);
     BoundedString<256> changed;
-    // Kept on purpose: as many characters go as the old suffix has, whatever they are.
+    // Kept on purpose: the cut does not look whether the name ends with the old suffix.
     if (!changed.copy({name, cut < length ? length - cut : 0}) || !changed.append(new_suffix))
         changed.clear();
     return static_cast<char *>(

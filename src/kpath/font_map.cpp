@@ -13,7 +13,7 @@ namespace quillon {
 namespace {
 
 constexpr std::uint32_t bucket_count = 199;
-// Kept on purpose: an entry holds three pointers, but this is its size.
+// Kept on purpose: an entry is allocated with this size although it holds only three pointers.
 constexpr std::size_t entry_size = 2388;
 constexpr const char *blanks = " \t";
 
@@ -22,7 +22,7 @@ struct FontMapEntry {
     FontMapEntry *next;
 };
 
-// Bytes count as signed.
+// Adds the bytes, as signed numbers.
 std::uint32_t hash_of(const char *text) {
     std::uint32_t sum = 0;
     for (; *text; text++)
@@ -38,8 +38,8 @@ struct FontMap {
 
 namespace {
 
-// Kept on purpose: the walk takes the bucket's head along and drops what it passes, so a bucket holds one
-// entry after an insertion and a repeated alias keeps its first file name.
+// Kept on purpose: an insertion drops the entries of its bucket with other aliases, so a bucket holds one
+// entry, and an alias that is repeated keeps its first file name.
 void insert(FontMap *map, const char *alias, const char *file_name) {
     FontMapEntry **const head = &map->buckets[hash_of(alias)];
     while (*head && std::strcmp((*head)->key, alias) != 0) {
@@ -58,7 +58,7 @@ void insert(FontMap *map, const char *alias, const char *file_name) {
     *head = entry;
 }
 
-// Cuts the next token out of TEXT in place and moves TEXT behind it; null when there is none.
+// Cuts the next word out of TEXT, in place, and moves TEXT behind it. Returns null when there is none.
 char *next_token(char **text) {
     char *const token = *text + std::strspn(*text, blanks);
     if (!*token)

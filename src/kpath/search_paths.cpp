@@ -19,14 +19,15 @@ char **path_dirs[search_path_slots];
 
 namespace {
 
-// Stands in path_dirs for a list that waits to be asked for, with its path string in waiting_paths.
+// In path_dirs, waiting_list marks a list that has not been expanded yet; waiting_paths holds its path
+// string.
 char *waiting_list[1] = {nullptr};
 char *waiting_paths[search_path_slots];
 
 constexpr const char *preset_path = ".";
 constexpr std::size_t component_limit = 255, shortened_limit = 1024;
 
-// Path strings expanded so far, with their lists.
+// The path strings that were expanded so far, and their lists.
 struct SavedPath {
     char *path;
     char **list;
@@ -51,7 +52,8 @@ void add_element(char ***list, std::size_t *count, const char *element) {
     std::free(folder);
 }
 
-// Cuts the next element out of a path in place and moves PATH behind it; null when there is none.
+// Cuts the next element out of a search path, in place, and moves PATH behind it. Returns null when there is
+// none.
 char *next_element(char **path) {
     *path += std::strspn(*path, ":");
     if (!**path)
@@ -75,7 +77,7 @@ char **expand_path(const char *path) {
     return list;
 }
 
-// The list of a path string, expanded now unless it was before; null for an empty path.
+// Returns the list of a search path, which is expanded once; null for an empty path.
 char **list_of(const char *path) {
     if (!*path)
         return nullptr;
@@ -102,7 +104,8 @@ int is_set(const char *variable) {
     return value != nullptr;
 }
 
-// The setting that a list is made from: the row's own, or the first that stands in for it and is set.
+// Returns the setting that a list is made from: the row's own when it is set, else the first set one of its
+// substitutes.
 const char *setting_in_use(const common::SearchSetting &row) {
     if (!is_set(row.key))
         for (const char *const name : row.instead)
@@ -111,7 +114,7 @@ const char *setting_in_use(const common::SearchSetting &row) {
     return row.key;
 }
 
-// The number of the list whose setting is KEY; -1 when there is none.
+// Returns the slot of the list whose setting is KEY, or no_slot.
 constexpr int slot_of(std::string_view key) {
     for (const common::SearchSetting &row : common::search_settings)
         if (key == row.key)
@@ -122,7 +125,8 @@ static_assert(slot_of("TEXFORMATS") == slot_texformats && slot_of("TEXINPUTS") =
               slot_of("TEXFONTS") == slot_texfonts && slot_of("TEXCONFIG") == slot_texconfig &&
               slot_of("DVIPSHEADERS") == slot_dvipsheaders && slot_of("ENCFOLDER") == slot_encfolder);
 
-// Whether folders must be walked to expand the path, and nothing is said at once about one that is not.
+// Tells whether the expansion of a search path has to walk folders and may wait. It may not when an element
+// is refused with a message, which must come at once.
 int is_walk(const char *path) {
     int walks = 0;
     char *const copy = xstrdup(path), *rest = copy;
@@ -137,7 +141,7 @@ int is_walk(const char *path) {
     return walks > 0;
 }
 
-// Each component cut to 255 bytes, the whole to 1,024.
+// Returns NAME with each component cut to 255 bytes, and the whole to 1,024.
 char *shortened(const char *name) {
     char *const result = static_cast<char *>(xmalloc(shortened_limit + 1));
     std::size_t length = 0, component = 0;
@@ -159,7 +163,7 @@ int is_direct(const char *name) {
 
 void add_directory(char ***list, std::size_t *count, const char *dir) {
     const std::size_t length = std::strlen(dir);
-    // Room is doubled whenever it is full.
+    // The room is full, and doubled, when the count is a power of two.
     if ((*count & (*count - 1)) == 0)
         *list = static_cast<char **>(xrealloc(*list, (*count ? *count * 2 : 1) * sizeof **list));
     (*list)[(*count)++] = concat(dir, length > 0 && dir[length - 1] == '/' ? "" : "/");
@@ -243,7 +247,7 @@ char *find_path_filename(const char *name, char **list) {
 
 char *testreadaccess(const char *name, int slot) {
     static FontMap *font_map = nullptr;
-    // A slot that setpaths has not filled is an empty list: along it nothing is found.
+    // A slot that setpaths has not set counts as an empty list.
     static char *empty_list[1] = {nullptr};
     char *found = searchCache(name);
     if (found)

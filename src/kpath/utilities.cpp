@@ -15,14 +15,14 @@ namespace {
 
 constexpr std::size_t line_growth = 40;
 
-// The blocks that myxmalloc has handed out and not got back.
+// The blocks of myxmalloc that myfree has not freed yet.
 struct MemoryBlock {
     void *address;
     MemoryBlock *next;
 };
 MemoryBlock *memory_blocks = nullptr;
 
-// No block can be larger; asking the library for one would be a mistake of its own.
+// Tells whether the library may be asked for SIZE bytes; no object can be larger.
 int can_be_had(std::size_t size) {
     return size <= static_cast<std::size_t>(PTRDIFF_MAX);
 }

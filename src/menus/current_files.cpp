@@ -1,7 +1,6 @@
 #include "menus/current_files.h"
 
 #include <cctype>
-#include <cstdlib>
 #include <cstring>
 
 #include "console/output.h"
@@ -21,7 +20,7 @@ static const char *leaf_of(const char *path) {
     return slash ? slash + 1 : path;
 }
 
-// "%s \"%s\" " with LABEL and the file's name, blanks restored; LABEL alone without a file.
+// Gives a File item the text LABEL, and behind it the file's name in quotes when there is a file.
 static void set_output_item(std::int16_t item, const char *label, const char *path) {
     BoundedString<1024> text;
     BoundedString<256> name;
@@ -35,7 +34,7 @@ static void set_output_item(std::int16_t item, const char *label, const char *pa
     SetMenuItemText(fileMenu, item, text.c_str());
 }
 
-// TARGET becomes PATH when that file exists, else empty.
+// Copies PATH into TARGET when that file exists; otherwise TARGET is empty.
 static void take_existing(BoundedBuffer &target, const char *path) {
     target.clear();
     if (path && access(path, 4) == 0)
@@ -64,7 +63,7 @@ void SetBibFile() {
     mybibfile.clear();
     if (!dotexfile.empty()) {
         mybibfile.copy(dotexfile.view());
-        // Kept on purpose: the last "." of the whole path, be it in a folder's name.
+        // Kept on purpose: the path is cut at its last ".", even when that is in a folder's name.
         const std::size_t dot = mybibfile.view().find_last_of('.');
         if (dot != std::string_view::npos)
             mybibfile.cut(dot);
@@ -92,13 +91,13 @@ static void clear_all_files() {
     SetPDFFile(nullptr);
 }
 
-// The current files from TEXFILE. WITH_PDF: the PDF file too. 0 when there is no source.
+// Sets the current files from TEXFILE, with WITH_PDF the PDF file too. Returns 0 when there is no TeX file.
 static int restore_files(int with_pdf) {
     BoundedString<256> stem;
     BoundedString<300> output;
     dotexfile.clear();
     const char *const setting = get_str_resource("TEXFILE");
-    // The look at the file may read another setting, so the name is kept first.
+    // The name is copied first because access may read another setting into the same buffer.
     if (!setting || !dotexfile.copy(setting))
         return 0;
     if (access(dotexfile.c_str(), 4) != 0) {
@@ -144,7 +143,8 @@ void SetTeXFile(const char *path) {
     set_typeset_item();
 }
 
-// The first of the words 2 to 20 of a command line that can be a source. 0 when there is none.
+// Finds the first of the words 2 to 20 of a command line that can be a file name. Returns 0 when there is
+// none.
 static int find_source(const char *command_line, BoundedBuffer &source) {
     const char *place = command_line;
     for (int word = 1; word <= 20; word++) {

@@ -28,7 +28,7 @@ static void empty_menu(MenuHandle menu) {
         DeleteMenuItem(menu, CountMenuItems(menu));
 }
 
-// Cuts a format file's name at its extension; 0 for any other file.
+// Cuts the extension off the name of a format file. Returns 0 for any other file.
 static int format_stem(BoundedBuffer &name) {
     const std::size_t dot = name.view().find_last_of('.');
     if (dot == std::string_view::npos)
@@ -58,7 +58,7 @@ static void list_formats(std::int16_t volume, std::int32_t folder) {
     }
 }
 
-// The formats of one folder of the search path (a Unix path, perhaps ending with "/").
+// Lists the formats of one folder of the search path (a Unix path, which may end with "/").
 static void list_folder(const char *entry) {
     BoundedString<1024> path, hfs_path;
     FSSpec spec = {};
@@ -139,7 +139,7 @@ void info(std::int16_t item) {
     ReadInfoFile(&spec);
 }
 
-// The first line of FILE, at most 248 characters; a CR LF pair is one line end. 0 for an empty file.
+// Reads the first line of FILE, at most 248 bytes. Returns 0 for an empty file.
 static int read_first_line(std::FILE *file, BoundedBuffer &line) {
     line.clear();
     int character = 0;

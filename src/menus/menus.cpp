@@ -7,7 +7,6 @@
 #include "menus/current_files.h"
 #include "menus/recent_files.h"
 #include "settings/settings.h"
-#include "state/job_state.h"
 #include "toolbox/text_engine.h"
 
 namespace quillon {
@@ -58,7 +57,7 @@ static void make_items() {
     }
 }
 
-// The first item of the Font menu that is the console's font, whatever the case of its letters.
+// Marks the first item of the Font menu that names the console's font, in upper or lower case.
 static void CheckFontMenu() {
     BoundedString<256> text;
     const char *const font = get_str_resource("FONTNAME");
@@ -72,7 +71,7 @@ static void CheckFontMenu() {
     }
 }
 
-// Reading the installed fonts takes time, so it waits until somebody looks.
+// Fills the Font menu. Reading the installed fonts takes time, so this happens when the menu is first opened.
 static void fill_font_menu(MenuHandle menu) {
     BoundedString<256> family;
     for (int index = 0; GetFontFamily(index, family); index++)

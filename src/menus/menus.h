@@ -1,4 +1,4 @@
-// The menu bar, and the menus whose items the shell makes while it runs.
+// The shell makes its menus here.
 #ifndef QUILLON_MENUS_MENUS_H
 #define QUILLON_MENUS_MENUS_H
 
@@ -8,11 +8,13 @@
 
 namespace quillon {
 
+// The menus, null until SetUpMenus.
 extern MenuHandle appleMenu, fileMenu, formatMenu, optionsMenu, editMenu, buildMenu, toolMenu, infoMenu,
     fontMenu, configMenu, recentMenu, mpformatMenu, transferMenu, deleteMenu, changeMenu;
 extern std::int32_t oldItem; // the checked item of the Font menu, 0 for none
 
-// Builds the menu bar from the command table.
+// Makes the menu bar and all menus from the command table, once at start-up. The Font menu is filled when it
+// is first opened.
 void SetUpMenus();
 // Enable or disable every item of a menu, in order; an empty menu is left alone.
 void enable_menu(MenuHandle menu);

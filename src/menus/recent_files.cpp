@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <cstring>
 
-#include "dialogs/message_windows.h"
 #include "files/paths.h"
 #include "files/streams.h"
 #include "menus/menus.h"
@@ -23,7 +22,7 @@ static const char *switch_text() {
     return useFullPaths ? "Show file names only" : "Show full paths";
 }
 
-// The path, or the file name, in the colon form.
+// Makes the text of a file's item: its HFS path, or its name alone.
 static void item_text(int slot, BoundedBuffer &text) {
     const char *path = RecentFile[slot].c_str();
     const char *const slash = std::strrchr(path, '/');
@@ -38,7 +37,7 @@ static void set_texts(int first, int last) {
     }
 }
 
-// Deletes the three fixed items, which stand only together with a file; the number of files.
+// Deletes the three fixed items, if the menu has files, and returns the number of files.
 static int remove_fixed_items() {
     for (int i = 0; i < 3 && CountMenuItems(recentMenu) > 0; i++)
         DeleteMenuItem(recentMenu, CountMenuItems(recentMenu));

@@ -53,7 +53,7 @@ constexpr Setting numbered(const char *prefix, int most, const char *help) {
     return {prefix, setting_numbered, nullptr, help, stage_none, nullptr, nullptr, 1, most};
 }
 
-// Start-up reads them in this order.
+// Start-up reads the settings of one stage in the order of their rows.
 constexpr SettingStage early = stage_before_preferences_check, late = stage_after_folders;
 
 constexpr Setting own_settings[] = {
@@ -115,7 +115,7 @@ constexpr Setting own_settings[] = {
 };
 constexpr int own_count = sizeof own_settings / sizeof own_settings[0];
 
-// The rows above, and one for each search path.
+// Joins the rows above with one row for each search path.
 constexpr auto all_settings() {
     std::array<Setting, own_count + common::search_setting_count> rows{};
     for (int i = 0; i < own_count; i++)
@@ -129,7 +129,7 @@ constexpr auto all_settings() {
 }
 constexpr auto rows = all_settings();
 
-// 1 when KEY is PREFIX and a number from 1 to COUNT without leading zeros.
+// Tells whether KEY is PREFIX and a number from 1 to COUNT without leading zeros.
 int is_numbered(const char *key, const char *prefix, int count) {
     const std::size_t length = std::strlen(prefix);
     int value = 0;
@@ -140,7 +140,8 @@ int is_numbered(const char *key, const char *prefix, int count) {
     return *key == '\0' && value >= 1 && value <= count;
 }
 
-// The digit that TEXT begins with, where it is one from LEAST to MOST; -1 for any other text and for null.
+// Returns the digit that VALUE begins with when it lies between LEAST and MOST; -1 for any other text and for
+// null.
 int first_digit(const char *value, int least, int most) {
     const int digit = value ? value[0] - '0' : -1;
     return digit >= least && digit <= most ? digit : -1;

@@ -19,15 +19,15 @@ BoundedString<1024> name;
 
 namespace {
 
-constexpr std::size_t short_value_limit = 256; // with the NUL
+constexpr std::size_t short_value_limit = 256; // including the NUL
 constexpr int out_of_memory = -50;
 
-BoundedString<4096> preferences_path; // POSIX path of config_spec
-unsigned char loss_said = 0;          // 1 when the last write failed and the console has said so
+BoundedString<4096> preferences_path; // the POSIX path of config_spec
+unsigned char loss_said = 0;          // 1 once the console has said that a setting was not kept
 std::int16_t support_volume = 0, preferences_volume = 0;
 std::int32_t support_folder = 0, preferences_folder = 0;
 
-// The value as it stands, in new memory; null when not set. An empty value counts as not set.
+// Returns the stored value in new memory, and its size; null when it is not stored or empty.
 char *read_record(const char *key, std::size_t *size) {
     if (!havePrefs)
         return nullptr;
@@ -99,10 +99,12 @@ int set_str_resources(const RecordChange *changes, int count) {
     if (!havePrefs)
         return 0;
     const int kept = RecordWrite(preferences_path.c_str(), changes, count);
-    // A file that cannot be opened for one access is no news; one that can be and does not keep what it is given is.
-    if (!kept && !loss_said && RecordFileOpens(preferences_path.c_str()))
+    // Nothing is said of a file that cannot be opened for one access; one that opens and keeps nothing is
+    // named.
+    if (!kept && !loss_said && RecordFileOpens(preferences_path.c_str())) {
         ml_printf("I can't write %s. Settings are not kept.\n", preferences_path.c_str());
-    loss_said = !kept;
+        loss_said = 1;
+    }
     return kept;
 }
 

@@ -1,4 +1,4 @@
-// The settings store: every persistent setting is a string under a fixed key in the one preferences file.
+// The settings store keeps each setting as a string under a fixed key of the preferences file.
 #ifndef QUILLON_SETTINGS_SETTINGS_H
 #define QUILLON_SETTINGS_SETTINGS_H
 
@@ -8,28 +8,32 @@
 
 namespace quillon {
 
-extern FSSpec config_spec;       // the preferences file, computed by check_config
+extern FSSpec config_spec;       // the location of the preferences file, which check_config finds
 extern unsigned char havePrefs;  // 1 when the file could be opened at start-up
 extern BoundedString<1024> name; // its HFS path
 
-// Locates the preferences file and sets havePrefs; returns its HFS path (in the global `name`).
+// Finds the preferences file and sets havePrefs, config_spec and `name`. Returns the file's HFS path, which
+// is the text of `name`; it is empty when there is no preferences folder.
 const char *check_config();
-// Fills prefsFolder and supportFolder; returns prefsFolder. Ends the program when there is no preferences
-// file.
+// Sets prefsFolder and supportFolder (Unix paths, empty when they do not fit) and returns the text of
+// prefsFolder. When there is no preferences file, a window says so and the program ends.
 const char *NoPrefFile();
-// The value in a static 512-byte buffer that the next call overwrites; null when not set, empty, or 256 bytes
-// or more with its NUL.
+// Returns the value of the setting KEY, in a static buffer that the next call overwrites; null when the
+// setting is not stored, is empty, or takes 256 bytes or more with its NUL.
 const char *get_str_resource(const char *key);
-// A copy of any length that the caller frees with free(); null when not set or empty.
+// Returns a copy of the value of the setting KEY, of any length, which the caller frees with free(); null
+// when the setting is not stored or is empty.
 char *myget_string(const char *key);
-// 1 stored, 0 not.
+// Stores VALUE, of any length, under KEY. Returns 1 when it was stored, 0 when there is no preferences file
+// or writing failed.
 int set_str_resource(const char *key, const char *value);
-// Stores several values as one transaction: 1 all of them, 0 none.
+// Stores COUNT values as one transaction. Returns 1 when all were stored, 0 when none was.
 int set_str_resources(const RecordChange *changes, int count);
-// An application path: a 256-byte zero-filled block that the caller owns (free()), a leading "~" replaced by
-// `home`; null when not set.
+// Returns the Unix path of the application that the setting KEY names, with `home` in place of a leading "~",
+// in a block of 256 bytes that the caller frees with free(); null when it is not set or too long.
 char *GetApp(const char *key);
-// The HFS path of the error-line file; only ":tmpsrclinenumber" when there is no temporary folder.
+// Writes into BUFFER the HFS path of the file that tells an editor the line of an error. Without a temporary
+// folder the path is ":tmpsrclinenumber"; BUFFER is empty when the path does not fit.
 void GetTmpSrcFile(BoundedBuffer &buffer);
 
 } // namespace quillon

@@ -14,8 +14,8 @@ BoundedString<1024> job_error_message;
 
 static int depth = 0;
 
-// What stays in the queue while a job runs: menu choices, command keys (Command-period cancels, and passes),
-// and the events that start work.
+// Tells which events the queue may hand out while a job runs: 1 for all but menu choices, the events that
+// start work, and command keys other than Command-period, which cancels.
 static int admits(const EventRecord &event) {
     if (event.what == mouseDown)
         return event.message == 0;
@@ -34,7 +34,7 @@ void checkEvt() {}
 void begin_job() {
     if (depth++ > 0)
         return;
-    CancelRequested(); // a request from before this job says nothing about it
+    CancelRequested(); // forgets a cancel request that was made before this job
     SetEventGate(admits);
     front->commands_admitted(0);
 }

@@ -25,7 +25,7 @@ NMRec gNotifyRec = {};
 
 static unsigned char process_name[64];
 
-// Scans the process list for the signature; 1 and its serial number, or 0.
+// Looks for a process with SIGNATURE. Returns 1 and its serial number, or 0.
 static int scan(OSType signature, ProcessSerialNumber *psn) {
     *psn = kNoProcess;
     while (GetNextProcess(psn) == noErr && !IsPlainProcess(psn)) {
@@ -47,7 +47,7 @@ int IsSigRunning(OSType signature, ProcessSerialNumber *psn_out) {
     return 1;
 }
 
-// A plain program, of which many share a signature: known by its path.
+// Looks for a program by its location, because many plain programs share one signature.
 static int scan_program(const FSSpec *spec, ProcessSerialNumber *psn) {
     *psn = kNoProcess;
     while (GetNextProcess(psn) == noErr)
@@ -60,7 +60,7 @@ static int is_bundle(const char *app) {
     return has_extension(app, ".app");
 }
 
-// The location of the application at Unix path APP; prints and returns 0 when there is none.
+// Finds the location of APP. Returns 0, after a message, when there is none.
 static int locate(const char *app, FSSpec *spec) {
     BoundedString<1024> hfs_path;
     const int fits = convert_path(app, hfs_path) && hfs_path.append(":");
@@ -73,7 +73,7 @@ static int locate(const char *app, FSSpec *spec) {
     return 1;
 }
 
-// 1 and the serial number when the application at APP runs.
+// Returns 1 and the serial number when APP runs.
 static int running(const char *app, ProcessSerialNumber *psn) {
     if (is_bundle(app))
         return scan(theOSType, psn);
@@ -129,7 +129,7 @@ int DoMyLaunch(const char *app, ProcessSerialNumber *psn_out, int bring_to_front
     return 2;
 }
 
-// The quit request, to a process or to whatever has a signature.
+// Sends a quit request to an address, which is a process serial number or a signature.
 static void send_quit_request(OSType address_type, const void *address, std::size_t size) {
     AEDesc target;
     AppleEvent event, reply;
@@ -228,7 +228,7 @@ void StringToOSType(const char *text, OSType *signature) {
     *signature = code_of_bytes(code);
 }
 
-// Redraws, activation and suspend or resume happen during a wait; nothing else does.
+// During a wait the shell handles redraws, activation and suspend or resume, and nothing else.
 static void handle_in_wait(EventRecord *event, std::uint32_t *sleep, std::uint32_t null_sleep) {
     if (event->what == nullEvent)
         *sleep = null_sleep;

@@ -25,7 +25,7 @@ static int is_tex_engine(OSType signature) {
     return 0;
 }
 
-// Builds the command event for the tool PSN. 0 when its address cannot be made.
+// Builds the command event for the tool PSN. Returns 0 when its address cannot be made.
 static int make_command_event(const ProcessSerialNumber *psn, const char *command_line, const char *folder,
                               AppleEvent *event) {
     AEDesc address;
@@ -44,7 +44,7 @@ int CallTool(const char *tool, const char *command_line, const char *folder) {
     ProcessSerialNumber psn;
     job_outcome = job_not_run;
     if (!get_sig(tool, &toolSig)) {
-        // Kept on purpose: "foldeer", in this one message.
+        // Kept on purpose: this message spells "foldeer".
         ml_printf("I can't find %s. It should be in the binaries foldeer.\n", tool);
         return 0;
     }
@@ -84,7 +84,7 @@ static void take_exit_code(const AppleEvent *event) {
     exit_status = get_long(event, keyDirectObject, &code) && code == 0 ? 0 : 1;
 }
 
-// A log file is shown and deleted only where the tools keep their transcripts.
+// Tells whether a log file lies in the folder of the tools' transcripts. No other file is shown and deleted.
 static int is_transcript(const FSSpec *spec) {
     std::int16_t volume = 0;
     std::int32_t directory = 0;
@@ -92,7 +92,7 @@ static int is_transcript(const FSSpec *spec) {
            spec->parID == directory;
 }
 
-// What a tool that could keep no transcript sends in its place.
+// Shows what a tool sends in place of a transcript that it could not keep. Returns 1 when the event has it.
 static int show_unkept(const AppleEvent *event) {
     static char said[66000];
     std::size_t size = 0;
@@ -102,7 +102,7 @@ static int show_unkept(const AppleEvent *event) {
     return 1;
 }
 
-// 1 when the event named a log file, or had its text.
+// Shows the log file that the event names, or the text that stands for one. Returns 1 when there is either.
 static int show_log(const AppleEvent *event) {
     FSSpec log;
     if (AEGetParamPtr(event, four("logf"), typeFSS, &log, sizeof log, nullptr) != noErr)
@@ -112,17 +112,15 @@ static int show_log(const AppleEvent *event) {
     return 1;
 }
 
-// Quits the tool that reports itself; 1 when it is a TeX engine that failed.
-static int take_identity(const AppleEvent *event) {
+// Quits the tool that sent the event, and sets tex_error when it is a TeX engine whose run failed.
+static void take_identity(const AppleEvent *event) {
     std::int32_t value = 0;
     if (!get_long(event, four("iden"), &value))
-        return 0;
+        return;
     const OSType signature = static_cast<OSType>(value);
     TerminateApp(signature);
-    if (!is_tex_engine(signature) || exit_status != 1)
-        return 0;
-    tex_error = 1;
-    return 1;
+    if (is_tex_engine(signature) && exit_status == 1)
+        tex_error = 1;
 }
 
 static int asks_for_editor(const AppleEvent *event) {
@@ -130,7 +128,7 @@ static int asks_for_editor(const AppleEvent *event) {
     return get_long(event, four("edit"), &asked) && asked != 0;
 }
 
-// The first error of the run, for whoever asked for it.
+// Keeps the first error of the run for the program that asked for the job.
 static void take_first_error(const AppleEvent *reply) {
     std::size_t size = 0;
     job_error_message.clear();
@@ -157,7 +155,7 @@ void ProcessReply(const AppleEvent *reply) {
         calleditor = 1;
 }
 
-// A report that came as an event of its own says where the error is.
+// Prints the place of the error and asks for the editor, when the event does.
 static void say_error_place(const AppleEvent *event) {
     if (!asks_for_editor(event))
         return;
@@ -173,21 +171,18 @@ OSErr HandleReply(const AppleEvent *event, AppleEvent *, std::int32_t) {
     AppDone = 1;
     take_exit_code(event);
     show_log(event);
-    if (take_identity(event))
-        AppDone = 1;
+    take_identity(event);
     say_error_place(event);
     return noErr;
 }
 
 OSErr HandleExit(const AppleEvent *event, AppleEvent *, std::int32_t) {
-    std::int32_t identity = 0;
-    // A report that comes after the reply says nothing about the run.
+    // After a reply the run has ended, and this late report does not make it a cancelled one.
     if (job_outcome != job_done)
         job_outcome = job_cancelled;
     take_exit_code(event);
     if (show_log(event))
         ml_printf("\nProcessing cancelled by user.\n\n");
-    get_long(event, four("iden"), &identity);
     say_error_place(event);
     return noErr;
 }

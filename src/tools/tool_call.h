@@ -1,5 +1,5 @@
-// The tool command event: a command line and a working folder for a tool, and the reply with the run's
-// outcome.
+// The tool command event sends a tool a command line and a working folder. The tool's reply tells how the run
+// ended.
 #ifndef QUILLON_TOOLS_TOOL_CALL_H
 #define QUILLON_TOOLS_TOOL_CALL_H
 
@@ -7,11 +7,17 @@
 
 namespace quillon {
 
-extern unsigned char AppDone; // a reply arrived as an event of its own
+extern unsigned char AppDone; // 1 once a reply has arrived as an event of its own
 
-// TOOL is the Unix path of a bundle, FOLDER a Unix path. 1 when the tool replied, 0 when not.
+// Launches TOOL (the Unix path of a bundle), sends it COMMAND_LINE and FOLDER (a Unix path) and waits for the
+// reply. Returns 1 when the tool replied, 0 when it cannot be found or launched or the wait was cancelled;
+// job_outcome says which.
 int CallTool(const char *tool, const char *command_line, const char *folder);
+// Takes a tool's reply: sets exit_status, shows the transcript in the console and deletes it, quits the tool,
+// and sets tex_error, calleditor and the first error of the run.
 void ProcessReply(const AppleEvent *reply);
+// Handle a tool's report that comes as an event of its own, after a run and after a cancelled run. They set
+// exit_status and calleditor, show the transcript, and return noErr; REPLY and REFCON are not used.
 OSErr HandleReply(const AppleEvent *event, AppleEvent *reply, std::int32_t refcon);
 OSErr HandleExit(const AppleEvent *event, AppleEvent *reply, std::int32_t refcon);
 

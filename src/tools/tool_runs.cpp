@@ -11,7 +11,7 @@
 
 namespace quillon {
 
-// Runs mycommand in curr_dir with TOOL, whose name is NAME.
+// Runs mycommand in curr_dir with the bundle TOOL; messages call it NAME.
 static void run_script(const char *tool, const char *name) {
     const JobScope scope;
     if (!IsApp(tool)) {

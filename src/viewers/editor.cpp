@@ -17,7 +17,7 @@ static int path_says(const char *name) {
     return editor && std::strstr(editor, name) != nullptr;
 }
 
-// Sends Alpha the Tcl text that selects a whole line. 0 when the event cannot be made.
+// Sends the editor Alpha a Tcl command that selects a whole line. Returns 0 when the event cannot be made.
 static int select_in_alpha(OSType address_type, const void *address, std::size_t size, const char *tcl) {
     AEDesc target;
     AppleEvent event, reply;
@@ -63,7 +63,7 @@ int SetLineInEditorOSX(const char *file, int line) {
     return 1;
 }
 
-// Launches the editor and sends it editfile. 1 and its serial number when that went out.
+// Launches the editor and sends it editfile. Returns 1, and the editor's serial number, when it was sent.
 static int open_editfile(ProcessSerialNumber *psn) {
     BoundedString<1024> path, hfs_path;
     FSSpec spec = {};

@@ -1,12 +1,14 @@
-// The editor: opening a file and going to a line of it.
+// The shell opens a file at a line in the person's editor.
 #ifndef QUILLON_VIEWERS_EDITOR_H
 #define QUILLON_VIEWERS_EDITOR_H
 
 namespace quillon {
 
-// Sends the editor, which has FILE open, to LINE. 0 only when an event cannot be built.
+// Makes the editor, which has FILE (a Unix path) open, go to LINE, when the shell knows how to tell that
+// editor. Returns 0 when an event cannot be made, else 1.
 int SetLineInEditorOSX(const char *file, int line);
-// Earlier systems: opens editfile in the editor and goes to LINE. 1, or 0 on failure.
+// Opens editfile in the editor and goes to LINE, on a system before haveosx. Returns 1; 0 when no editor is
+// set or the document could not be sent to it.
 int OpenEditor(int line);
 
 } // namespace quillon

@@ -1,4 +1,4 @@
-// Paths inside the double quotes of a shell command.
+// Shell commands hold paths between double quotes; this procedure makes a path safe there.
 #ifndef QUILLON_VIEWERS_QUOTING_H
 #define QUILLON_VIEWERS_QUOTING_H
 
@@ -6,7 +6,8 @@
 
 namespace quillon {
 
-// PATH with the characters escaped that a shell reads between double quotes. 0 when the result does not fit.
+// Copies PATH, in any form, into OUT with a backslash before each character that a shell treats specially
+// between double quotes. Returns 1, or 0 when the result does not fit.
 int quote_path(const char *path, BoundedBuffer &out);
 
 } // namespace quillon

@@ -37,7 +37,7 @@ int OpenDocInOSX(const char *app, const char *document) {
     return fits && InvokeTool(command.c_str(), nullptr) == 1 ? 0 : 1;
 }
 
-// The open-document event for SPEC, addressed to PSN; prints and returns 0 on failure.
+// Makes the open-document event for SPEC, addressed to PSN. Returns 0, after a message, on failure.
 static int make_document_event(const ProcessSerialNumber *psn, const FSSpec *spec, AppleEvent *event) {
     AEDesc address, item;
     AEDescList list;
@@ -52,7 +52,7 @@ static int make_document_event(const ProcessSerialNumber *psn, const FSSpec *spe
     else if (AECreateDesc(typeFSS, spec, sizeof *spec, &item) != noErr)
         failure = "Can't create item desc.\n";
     else if (AEPutDesc(&list, 0, &item) != noErr)
-        failure = "Can't dispose list item.\n"; // Kept on purpose: "dispose", here and below.
+        failure = "Can't dispose list item.\n"; // Kept on purpose: it says "dispose", here and below.
     else if (AEPutParamDesc(event, keyDirectObject, &list) != noErr)
         failure = "Can't dispose list desc.\n";
     AEDisposeDesc(&address);
@@ -90,7 +90,7 @@ int LaunchAndSendODOC(const char *app, const char *document, int bring_to_front)
     return 1;
 }
 
-// Opens DVI in the previewer; FAILURE is what the second failing try prints.
+// Opens DVI in the previewer. FAILURE is printed when the second try fails too.
 static void view_dvi(const char *dvi, const char *failure) {
     if (!*dvi)
         return;
@@ -117,7 +117,7 @@ void OpenDviFile(const char *dvi) {
 }
 
 void AutoViewDviFile() {
-    // Kept on purpose: no "the" here.
+    // Kept on purpose: this message has no "the".
     view_dvi(current_outputfile.c_str(), "An error occurred trying to open dvifile.\n");
 }
 
@@ -143,7 +143,7 @@ static void view_document(const char *document, const char **viewer, const char 
     if (haveosx)
         OpenDocInOSX(*viewer, document);
     else if (!LaunchAndSendODOC(*viewer, document, 1))
-        ml_printf("An error occurred trying to open pdf file.\n"); // Kept on purpose: for PostScript too.
+        ml_printf("An error occurred trying to open pdf file.\n"); // Kept on purpose: it says "pdf" always.
 }
 
 void ViewPS() {

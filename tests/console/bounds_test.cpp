@@ -1,4 +1,4 @@
-// Which remembered rectangles of the console window lie on a screen, to the point.
+// These tests try, to the point, which remembered places of the console window count as on a screen.
 #include <gtest/gtest.h>
 
 #include "console/window.h"
@@ -8,7 +8,7 @@
 namespace quillon {
 namespace {
 
-// The top that the window gets for a remembered one, on a screen 900 high.
+// Returns the top that the window gets for a remembered top, on a screen that is 900 points high.
 int top_for(int remembered) {
     const test::TemporaryHome home;
     const test::RecordingFront recorded;

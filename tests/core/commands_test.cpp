@@ -1,5 +1,5 @@
-// What each choice does: every row of the command table that has a procedure is chosen, with pdfTeX off and
-// on, and all that the choice changed is compared. A row that is added needs its effects in `expected`.
+// The tests choose every row of the command table that has a procedure, with pdfTeX off and on, and compare
+// all that the choice changed. A row that is added needs its effects in `expected`.
 #include "core/commands.h"
 
 #include <gtest/gtest.h>
@@ -89,7 +89,7 @@ class Commands : public ::testing::Test {
 
     std::string work(const std::string &name) const { return home_.path("work/" + name); }
 
-    // Chooses as a person does; what that changed, by name.
+    // Chooses an item as a person does, and returns what that changed, by name.
     Effects choose(std::int16_t menu, std::int16_t item) {
         const Effects before = state();
         const EventRecord choice = {
@@ -207,12 +207,12 @@ class Commands : public ::testing::Test {
 };
 Front Commands::changed;
 
-// A row, or an item of a menu whose items are made while the shell runs; and whether pdfTeX is on.
+// A row, or an item of a menu that the shell fills while it runs; and whether pdfTeX is on.
 using Choice = std::tuple<std::int16_t, std::int16_t, int>;
 
 class EveryCommand : public Commands, public ::testing::WithParamInterface<Choice> {
   protected:
-    // What a typeset run of a file leaves, up to the engine that is not there.
+    // What a typeset run of a file changes before it finds that there is no engine.
     Effects run(const std::string &command, const std::string &source) const {
         return {{"console", old_text + ("\nProcessing -- " + command + "\nworking directory --  " +
                                         home_.path("work") + "\nI can't find " + home_.root() +
@@ -324,11 +324,11 @@ class EveryCommand : public Commands, public ::testing::WithParamInterface<Choic
                                    "\n-\nShow file names only\nRemove all items\n"}};
         case file_count + 3:
             return {{"recent", ""}};
-        default: // the separator, and what no item has
+        default: // the separator, and numbers that no item has
             return {};
         }
     }
-    // The effects of a choice. An unknown one has an effect that nothing can have.
+    // Returns the effects that a choice should have. For an unknown choice it is one that no choice can have.
     Effects expected(int menu, int item) {
         const std::string number = std::to_string(item);
         switch (menu) {
@@ -373,8 +373,8 @@ std::vector<Choice> every_choice() {
     std::vector<Choice> all;
     for (int i = 0; i < command_count; i++) {
         const Command &row = command_table[i];
-        // Of a menu whose items are made while the shell runs: the items that the test made, and what lies
-        // beside them in the Recent files menu.
+        // In a menu that the shell fills, the test chooses the items that it made itself, and in the Recent
+        // files menu also their neighbours.
         const std::int16_t first = row.item                  ? row.item
                                    : row.menu == menu_recent ? std::int16_t{0}
                                                              : std::int16_t{1};

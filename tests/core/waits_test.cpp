@@ -1,4 +1,4 @@
-// What the loop does besides choices: updates, activation, leaving, and coming to the front.
+// Besides choices, the event loop handles updates, activation, leaving, and coming to the front.
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -153,7 +153,7 @@ TEST_F(Waits, TheShellItselfComesForwardThroughItsFront) {
     ASSERT_EQ(GetCurrentProcess(&self), noErr);
     EXPECT_EQ(SetFrontProcess(&self), noErr);
     EXPECT_EQ(told.brought, 1);
-    // Launched as an application that runs: only when it is to come forward.
+    // An application that runs already comes to the front only when it is asked to.
     home_.file("own.app/Contents/PkgInfo", "APPLQUIL");
     EXPECT_EQ(DoMyLaunch(home_.path("own.app").c_str(), nullptr, 0), 1);
     EXPECT_EQ(told.brought, 1);

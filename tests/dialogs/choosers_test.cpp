@@ -86,7 +86,7 @@ TEST_F(Choosers, SecondExtensionAndTextFilters) {
     EXPECT_EQ(selector, 3);
     EXPECT_EQ(shown("work/a.glo"), 0);
     EXPECT_EQ(shown("work/t"), 1);
-    // With nothing asked for the filter stays as it was; here its record is not offered.
+    // Without a wish the filter stays as it was, but here that filter is not offered.
     nav_get_file(name_, &vref_, &dir_id_, nullptr, nullptr, 0, "p");
     EXPECT_EQ(selector, 3);
     EXPECT_EQ(front_->filters, List{"All files"});

@@ -42,7 +42,7 @@ class Handlers : public ::testing::Test {
     }
     void TearDown() override { at_exit = 0; }
 
-    // Sends an event with a text, and a parameter that no handler knows when EXTRA; handles it.
+    // Handles an event with a text and, when EXTRA is set, a parameter that no handler knows.
     void send(const char (&event_class)[5], const char (&id)[5], const char *text, int extra = 0) {
         AppleEvent event;
         MakeReceivedEvent(four(event_class), four(id), &event);

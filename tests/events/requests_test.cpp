@@ -1,4 +1,4 @@
-// What requests do once they are accepted: the search, the documents, the list of formats.
+// An accepted request searches for a file, opens a document or lists the formats.
 #include <gtest/gtest.h>
 
 #include <cstring>

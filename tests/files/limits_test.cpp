@@ -1,4 +1,4 @@
-// The limits of look-ups and of the line reader, each at its last good value and the next.
+// Each limit of the look-ups and of the line reader is tried at its last good value and at the next.
 #include <gtest/gtest.h>
 
 #include <cerrno>

@@ -199,29 +199,6 @@ TEST_F(Paths, PosixPathsNeedTheFolder) {
     EXPECT_STREQ(UnixFolderToPosixFolder(home_.path("work").c_str(), out_), home_.path("work").c_str());
 }
 
-TEST_F(Paths, PosixPathsBecomeUnixPaths) {
-    const auto unix_path = [&](const std::string &posix) {
-        return PosixToUnixPath(posix.c_str(), out_) ? std::string(out_.c_str()) : "refused";
-    };
-    home_.folder("work/a b");
-    EXPECT_EQ(unix_path(home_.path("work//a b/./c:d")), home_.path("work/a\xca"
-                                                                   "b/c\x1e"
-                                                                   "d"));
-    EXPECT_EQ(unix_path(home_.path("work/a b/../x")), home_.path("work/x"));
-    EXPECT_EQ(unix_path("/tmp"), "/tmp");
-    EXPECT_EQ(unix_path("/tmp/"), "/tmp");
-    EXPECT_EQ(unix_path("/no-such-file-here"), "refused");
-    EXPECT_EQ(unix_path("/no-such-folder//a b/./c:d/"), "/no-such-folder/a\xca"
-                                                        "b/c\x1e"
-                                                        "d");
-    EXPECT_EQ(unix_path(home_.path("none/deeper/x")), home_.path("none/deeper/x"));
-    EXPECT_EQ(unix_path("/no-such-folder/" + std::string(2000, 'x')), "refused");
-    EXPECT_EQ(unix_path("relative/x"), "refused");
-    EXPECT_EQ(unix_path(""), "refused");
-    BoundedString<16> small;
-    EXPECT_EQ(PosixToUnixPath(home_.path("work/x").c_str(), small), 0);
-}
-
 TEST_F(Paths, ExtensionsAreComparedByCase) {
     EXPECT_EQ(has_extension("a.tex", ".tex"), 1);
     EXPECT_EQ(has_extension("a.TEX", ".tex"), 0);
@@ -299,7 +276,7 @@ TEST_F(Paths, ExistenceFollowsTheConversionWhateverThePathHolds) {
     home_.file("work/.hidden");
     home_.file("work/" + std::string(100, 'l'));
     const std::string w = home_.path("work");
-    // What the conversions make of the path, and the disk of that, must be what access says.
+    // access must agree with the conversions and a look at the disk.
     for (const std::string &path : {w + "/x",
                                     w + "/none",
                                     w,

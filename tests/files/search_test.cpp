@@ -36,7 +36,7 @@ class Search : public testing::Test {
     }
     static std::vector<std::string> entries(const HashList &list) {
         std::vector<std::string> found;
-        for (const HashNode *node = first_node(&list); node->next; node = next_node(&list, node))
+        for (const HashNode *node = list.nodes; node && node->next; node = &list.nodes[node->next])
             found.push_back(directory_of(&list, node) + std::string("|") + name_of(&list, node));
         return found;
     }
@@ -153,7 +153,7 @@ TEST_F(Search, TablesAreReadOnceInTheirOrderUntilOneIsMissing) {
 
 namespace {
 
-// Makes the five databases, starts, lets CHANGE happen, and gives what the TeX inputs then hold.
+// Makes the five databases, opens them, calls CHANGE, and returns the names in the database of TeX inputs.
 template <class Change>
 std::vector<std::string> inputs_after(const TemporaryHome &home, const std::string &inputs, Change change) {
     for (const char *const name : {"TEXINPUTS", "DVIPSHEADERS", "TYPE1FONTS", "TEXFONTS", "VFFONTS"})
@@ -165,9 +165,9 @@ std::vector<std::string> inputs_after(const TemporaryHome &home, const std::stri
         ReadTables();
         change();
         std::ofstream out(result);
-        for (const HashNode *node = first_node(database_list(1)); node->next;
-             node = next_node(database_list(1), node))
-            out << name_of(database_list(1), node) << '\n';
+        const HashList *const list = database_list(1);
+        for (const HashNode *node = list->nodes; node && node->next; node = &list->nodes[node->next])
+            out << name_of(list, node) << '\n';
         return 0;
     });
     std::ifstream in(result);
@@ -209,7 +209,7 @@ TEST_F(Search, DatabaseThatGrowsOrShrinksIsReadAsItStands) {
 }
 
 TEST_F(Search, DatabaseOfTheLineReadersOwnLines) {
-    // What mfgets and the cutting of the last character make of the same bytes.
+    // The names that result when mfgets reads the same bytes and the last character of each line is cut.
     unsigned seed = 1;
     for (int round = 0; round < 300; round++) {
         std::string bytes;

@@ -59,7 +59,7 @@ void fuzz_one(const std::string &input) {
     read_hash_table("TEXFONTS", &tfmTable);
     require(dataBaseSearch == 1, "the database was not read");
     List found;
-    for (const HashNode *node = first_node(&tfmTable); node->next; node = next_node(&tfmTable, node)) {
+    for (const HashNode *node = tfmTable.nodes; node && node->next; node = &tfmTable.nodes[node->next]) {
         const std::string name = name_of(&tfmTable, node);
         found.push_back(directory_of(&tfmTable, node) + std::string("|") + name);
         if (found.size() < 50)

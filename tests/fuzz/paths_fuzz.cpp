@@ -72,7 +72,10 @@ void round_trip(const std::string &input) {
     const std::string posix = home().path("work/made/" + name);
     BoundedString<1024> unix_path, back;
     home().file("work/made/" + name);
-    if (PosixToUnixPath(posix.c_str(), unix_path)) {
+    FSSpec spec;
+    require(FSPathMakeSpec(posix.c_str(), &spec) == noErr, "a file that is there has no location");
+    FSSpecToUnixPath(&spec, unix_path);
+    if (!unix_path.empty()) {
         // An "..": kept on purpose, a step upwards wherever it stands before a "/"; here none does.
         require(quillon::access(unix_path.c_str(), 4) == 0 || std::strchr(unix_path.c_str(), ':'),
                 "a file that is there is not found");

@@ -1,4 +1,4 @@
-// How a job is chosen and what it starts from.
+// These tests look at how a job is chosen and at the files and folders it starts with.
 #include <gtest/gtest.h>
 
 #include "jobs/after_run.h"

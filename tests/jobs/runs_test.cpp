@@ -10,7 +10,7 @@
 namespace quillon {
 namespace {
 
-// Without any tool: what is composed, printed and stored.
+// Runs without any tool show what a run composes, prints and stores.
 class Runs : public ::testing::Test {
   protected:
     void SetUp() override {

@@ -1,5 +1,5 @@
-// What the allocators ask the library for. Under a sanitizer, which has an allocator of its own, nothing is
-// counted.
+// These tests count the blocks that the allocators ask the library for. Under a sanitizer, which has its own
+// allocator, they count nothing.
 #include <gtest/gtest.h>
 
 #include <atomic>

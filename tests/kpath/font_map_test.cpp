@@ -166,7 +166,7 @@ TEST_F(FontMaps, MapOfCommentsAndBlankLinesAloneIsEmpty) {
     EXPECT_EQ(lookup("% one alias\n\n  \t\n%\n", "alias"), "(null)");
     EXPECT_EQ(lookup("", "alias"), "(null)");
     EXPECT_EQ(front_->printed, "");
-    // Only the last sign begins the comment.
+    // Only the last "%" of a line begins a comment.
     EXPECT_EQ(lookup("%%%\n", "alias"), "(null)");
     EXPECT_EQ(front_->printed, home_.path("work/texfonts.map") + ":1: Alias missing for filename `%%'.\n");
 }
@@ -176,7 +176,7 @@ TEST_F(FontMaps, MapOfOneTokenSaysSo) {
     EXPECT_EQ(front_->printed,
               home_.path("work/texfonts.map") + ":1: Alias missing for filename `lonely'.\n");
     front_->printed.clear();
-    // Without a line end there is no line.
+    // A last line without a line end is lost.
     EXPECT_EQ(lookup("lonely", "lonely"), "(null)");
     EXPECT_EQ(front_->printed, "");
 }
@@ -201,7 +201,7 @@ TEST_F(FontMaps, AHundredMegabytesAreReadByLine) {
     char *list[] = {folder.data(), nullptr};
     maps().push_back(map_create(list));
     EXPECT_EQ(taken(map_lookup(maps().back(), "alias")), "real");
-#ifndef __SANITIZE_ADDRESS__                     // which gives nothing back for a while
+#ifndef __SANITIZE_ADDRESS__                     // whose allocator keeps freed memory for a while
     EXPECT_LT(high_water() - before, 20 * 1024); // kilobytes
 #else
     static_cast<void>(before);

@@ -101,7 +101,7 @@ TEST_F(SearchPaths, AliasesOfFoldersAreExpandedOnlyWhenAskedFor) {
 TEST_F(SearchPaths, PathOverATreeIsExpandedWhenItsListIsAskedFor) {
     home_.folder("data/lazy/a");
     set_path("TEXINPUTS", home_.path("data/lazy") + "//", 8);
-    // The string is that of the start, the folders are those of the first use.
+    // The path string is read at the start, and the folders are listed at the first use.
     home_.preferences("TEXINPUTS=/elsewhere\n");
     home_.folder("data/lazy/b");
     const std::string lazy = home_.path("data/lazy/");
@@ -187,7 +187,7 @@ TEST_F(SearchPaths, FoldersThatAllLeadToEachOtherAreWalkedOnce) {
     char **found = nullptr;
     std::size_t count = 0;
     mac_expand_subdir(&found, &count, home_.path("data/web").c_str());
-    // Each folder as itself; each walk of a folder adds at most the others.
+    // Each folder is listed itself, and each walk of a folder adds at most the others.
     EXPECT_GE(count, static_cast<std::size_t>(folders));
     EXPECT_LE(count, static_cast<std::size_t>(folders + 2 * folders * folders));
     for (std::size_t i = 0; i < count; i++)

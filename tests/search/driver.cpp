@@ -1,5 +1,4 @@
-// The shell's file search as a program: it starts as the shell does, as far as the search goes, and then does
-// what its words say.
+// This program starts the shell's file search as the shell does, and then does what its arguments say.
 //
 //   find KIND           prints the path of each name on standard input, an empty line where there is none
 //   expand REPEAT PATH  expands a path string; prints how many folders, and the nanoseconds of each time
@@ -41,7 +40,7 @@ int flag(const char *key) {
     return value && *value == '1';
 }
 
-// The working folder, the settings, the search paths of MASK and the databases.
+// Sets the working folder, the settings, the search paths of MASK and the databases.
 void start(std::uint32_t mask) {
     haveosx = 1;
     doDebug = 0;
@@ -52,8 +51,9 @@ void start(std::uint32_t mask) {
     space_char = space ? std::atoi(space) : 202;
     dataBaseSearch = flag("DATABASE");
     char here[4096];
-    if (::getcwd(here, sizeof here))
-        PosixToUnixPath(here, curr_dir);
+    FSSpec spec;
+    if (::getcwd(here, sizeof here) && FSPathMakeSpec(here, &spec) == noErr)
+        FSSpecToUnixPath(&spec, curr_dir);
     setpaths(mask);
     ReadTables();
 }
@@ -131,10 +131,11 @@ int databases() {
         database_list(kind);
     const long long taken = nanoseconds_since(begin);
     const struct mallinfo2 after = ::mallinfo2();
-    for (int kind = 1; kind <= 5; kind++)
-        for (const HashNode *node = first_node(database_list(kind)); node->next;
-             node = next_node(database_list(kind), node))
+    for (int kind = 1; kind <= 5; kind++) {
+        const HashList *const list = database_list(kind);
+        for (const HashNode *node = list->nodes; node && node->next; node = &list->nodes[node->next])
             count++;
+    }
     std::printf("%zu %lld %zu\n", count, taken,
                 after.uordblks + after.hblkhd - before.uordblks - before.hblkhd);
     return 0;

@@ -62,14 +62,14 @@ class ToolCalls : public ::testing::Test {
     static void put(AppleEvent &event, OSType keyword, std::int32_t value) {
         AEPutParamPtr(&event, keyword, typeLongInteger, &value, sizeof value);
     }
-    // Waits for what has the signature to end. 0 when it still runs after ten seconds.
+    // Waits until no process has the signature. Returns 0 when one still runs after ten seconds.
     static int ends(OSType signature) {
         const std::uint32_t start = TickCount();
         while (IsSigRunning(signature, nullptr) && TickCount() - start < 600)
             main_event(mask_waiting);
         return !IsSigRunning(signature, nullptr);
     }
-    // A transcript where the tools keep theirs.
+    // Makes a transcript in the folder of the tools' transcripts.
     FSSpec transcript(const std::string &contents) const {
         home_.folder("cache/quillon");
         chmod(home_.path("cache/quillon").c_str(), 0700);
@@ -191,7 +191,7 @@ TEST_F(ToolCalls, AProgramThatHasGoneIsNotFound) {
 }
 
 TEST_F(ToolCalls, AnApplicationWhosePathDoesNotFitIsNotFound) {
-    // As long as a path can be without the ":" behind it.
+    // The path is so long that the ":" behind it no longer fits.
     std::string below = "work";
     const std::size_t length = 1024;
     while (home_.path(below).size() + 202 < length)
@@ -271,7 +271,7 @@ TEST_F(ToolCalls, EveryCompanionIsItsOwnToolStartedAnewAndQuit) {
     for (const auto &companion : companions)
         companion.path.copy(bundle(companion.name, companion.signature));
     for (const auto &companion : companions) {
-        // One that runs from before takes no part.
+        // A tool that already runs must not take part.
         ProcessSerialNumber before = {};
         ASSERT_EQ(DoMyLaunch(companion.path.c_str(), &before, 1), 2);
         companion.run();
