@@ -275,7 +275,6 @@ void ConsoleView::paintEvent(QPaintEvent *event) {
         option.backgroundColor = palette().color(QPalette::Base);
         style()->drawPrimitive(QStyle::PE_FrameFocusRect, &option, &painter, this);
     }
-    ++paints_;
     painted_at_ = coarse_now();
 }
 

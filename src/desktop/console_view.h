@@ -62,7 +62,6 @@ class ConsoleView : public QAbstractScrollArea {
     const TextMetrics &metrics() const { return metrics_; }
     // Brings the scroll position in line with the text.
     void settle();
-    int paints() const { return paints_; }
 
   protected:
     bool event(QEvent *event) override;
@@ -96,7 +95,7 @@ class ConsoleView : public QAbstractScrollArea {
     std::unordered_map<std::size_t, std::pair<std::size_t, std::unique_ptr<SegmentLayout>>> layouts_;
     std::size_t laid_out_bytes_ = 0, generation_ = 0;
     Place top_;
-    int margin_ = 5, paints_ = 0, wheel_rest_ = 0;
+    int margin_ = 5, wheel_rest_ = 0;
     bool at_end_ = true, stale_ = false, settling_ = false, commands_admitted_ = true;
     bool caret_shown_ = false, caret_on_ = false, keyboard_focus_ = false;
     std::int64_t painted_at_ = 0, blinked_at_ = 0;

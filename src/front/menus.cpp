@@ -1,7 +1,6 @@
 // The model behind the menus.
 #include "toolbox/menus.h"
 
-#include <deque>
 #include <map>
 #include <string>
 #include <vector>

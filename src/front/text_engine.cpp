@@ -89,10 +89,6 @@ std::size_t TXNGetData(TXNObject text, std::size_t start, std::size_t end, void 
     return text->store.copy(start, end, data, room);
 }
 
-std::size_t TXNDataSize(TXNObject text) {
-    return text->store.size();
-}
-
 void TXNClear(TXNObject text) {
     text->store.clear();
     front->text_update(1);

@@ -91,11 +91,6 @@ int TextStore::erase_last() {
     return 1;
 }
 
-std::size_t TextStore::line_count() const {
-    const bool unfinished = size_ > 0 && byte(size_ - 1) != line_end;
-    return line_ends_ + (unfinished ? 1 : 0);
-}
-
 // The first line end in FROM to TO, else TO.
 std::size_t TextStore::find_line_end(std::size_t from, std::size_t to) const {
     while (from < to) {
@@ -175,10 +170,6 @@ std::size_t TextStore::copy(std::size_t start, std::size_t end, void *data, std:
         done += count;
     }
     return done;
-}
-
-std::size_t TextStore::memory() const {
-    return blocks_.size() * block_size + blocks_.capacity() * sizeof(Block) + sizeof *this;
 }
 
 } // namespace quillon

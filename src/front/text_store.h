@@ -32,8 +32,6 @@ class TextStore {
 
     std::size_t size() const { return size_; }
     std::size_t line_ends() const { return line_ends_; }
-    // The line ends, plus one when anything stands after the last.
-    std::size_t line_count() const;
     // At least 1: after a line end the last segment is empty.
     std::size_t segments() const { return last_.number + 1; }
     // NUMBER counts from 0 and is less than segments().
@@ -51,8 +49,6 @@ class TextStore {
     const char *run(std::size_t offset, std::size_t end, std::size_t *count) const;
     // Changes with every clear() and erase_last(): what was laid out before may no longer stand.
     std::size_t generation() const { return generation_; }
-    // Bytes of memory in use.
-    std::size_t memory() const;
 
   private:
     struct Mark {

@@ -37,10 +37,6 @@ void DragWindow(WindowRef window, Point where) {
     front->drag_window(window, where);
 }
 
-void GrowWindow(WindowRef window, Point where) {
-    front->grow_window(window, where);
-}
-
 WindowPart FindWindow(const EventRecord *event, WindowRef *window) {
     // A mouse down that carries a menu choice fell in the menu bar.
     if (event->message != 0) {

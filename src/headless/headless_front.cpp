@@ -1,5 +1,4 @@
 #include <poll.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>

@@ -3,9 +3,7 @@
 #include <poll.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <deque>
 #include <string>
@@ -14,7 +12,6 @@
 #include "headless/script_events.h"
 #include "headless/script_print.h"
 #include "headless/script_words.h"
-#include "state/job_scope.h"
 #include "toolbox/events.h"
 
 namespace quillon {

@@ -2,8 +2,6 @@
 #ifndef QUILLON_LINUX_EVENTS_AE_DATA_H
 #define QUILLON_LINUX_EVENTS_AE_DATA_H
 
-#include <cstdint>
-#include <string>
 #include <vector>
 
 #include "toolbox/apple_events.h"

@@ -4,7 +4,6 @@
 
 #include <systemd/sd-bus.h>
 
-#include <cstdint>
 #include <functional>
 #include <string>
 

@@ -5,8 +5,6 @@
 #include <systemd/sd-bus.h>
 #include <systemd/sd-event.h>
 
-#include <string>
-
 #include "toolbox/events.h"
 
 namespace quillon {

@@ -1,12 +1,10 @@
 // The applications on the bus: names come and go, signatures are cached as they come, never asked in a scan.
 #include "linux/events/peers.h"
 
-#include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <list>
 
@@ -85,8 +83,6 @@ static int on_properties(sd_bus_message *reply, void *context, sd_bus_error *) {
             return 0;
         if (std::strcmp(property, "Signature") == 0)
             peer->known = parse_code(value, &peer->signature);
-        else if (std::strcmp(property, "Name") == 0)
-            peer->name = value;
         else if (std::strcmp(property, "Path") == 0)
             peer->path = value;
         sd_bus_message_exit_container(reply);

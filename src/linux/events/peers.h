@@ -34,7 +34,7 @@ struct Launched {
 struct Peer {
     pid_t pid = 0;
     std::string owner;
-    std::string path, name;
+    std::string path;
     OSType signature = 0;
     bool known = false;
 };

@@ -8,7 +8,6 @@
 #include <string>
 
 #include "common/places.h"
-#include "linux/files/kept_folders.h"
 
 namespace quillon {
 
@@ -38,13 +37,6 @@ std::FILE *open_pipe(const char *command, const char *mode) {
     return ::popen((line + command).c_str(), mode);
 }
 
-// What the command did to folders is seen from here on.
-int close_pipe(std::FILE *pipe) {
-    const int status = ::pclose(pipe);
-    ForgetFolders();
-    return status;
-}
-
 } // namespace
 
 int SystemFrameworkLoad() {
@@ -58,8 +50,6 @@ void *SystemFunction(const char *name) {
         return nullptr;
     if (std::strcmp(name, "popen") == 0)
         return reinterpret_cast<void *>(open_pipe);
-    if (std::strcmp(name, "pclose") == 0)
-        return reinterpret_cast<void *>(close_pipe);
     return ::dlsym(library, name);
 }
 

@@ -2,8 +2,6 @@
 #ifndef QUILLON_LINUX_EVENTS_PROCESS_TABLE_H
 #define QUILLON_LINUX_EVENTS_PROCESS_TABLE_H
 
-#include <sys/wait.h>
-
 #include <list>
 
 #include "linux/events/peers.h"

@@ -13,7 +13,6 @@
 #include <vector>
 
 #include "linux/files/host.h"
-#include "linux/files/kept_folders.h"
 
 namespace quillon {
 
@@ -253,13 +252,9 @@ int FSFileExists(const char *hfs_path) {
 
 int PosixFileExists(const char *posix_path) {
     struct stat info;
-    const char *const slash = std::strrchr(posix_path, '/');
-    if (slash == posix_path)
+    if (std::strrchr(posix_path, '/') == posix_path)
         return 0;
-    const int folder = KeptFolder({posix_path, static_cast<std::size_t>(slash - posix_path)});
-    const int looked_up =
-        folder >= 0 && slash[1] ? ::fstatat(folder, slash + 1, &info, 0) : ::stat(posix_path, &info);
-    return looked_up == 0 && !S_ISDIR(info.st_mode);
+    return ::stat(posix_path, &info) == 0 && !S_ISDIR(info.st_mode);
 }
 
 OSErr FSPathMakeSpec(const char *posix_path, FSSpec *spec) {

@@ -22,8 +22,6 @@ constexpr const char *type_attribute = "user.quillon.type";
 constexpr const char *creator_attribute = "user.quillon.creator";
 constexpr std::size_t looked_at = 4096;
 
-int (*editor_judge)(const char *posix_path) = common::IsTableEditor;
-
 bool read_stamp(const char *path, const char *attribute, OSType *code) {
     unsigned char bytes[4];
     if (::getxattr(path, attribute, bytes, sizeof bytes) != static_cast<ssize_t>(sizeof bytes))
@@ -99,10 +97,6 @@ void judge(const std::string &path, const struct stat &info, FInfo *finder) {
 
 } // namespace
 
-void SetEditorJudge(int (*judge)(const char *posix_path)) {
-    editor_judge = judge;
-}
-
 void FinderInfo(const std::string &path, const struct stat &info, FInfo *finder) {
     OSType type = 0, creator = 0;
     *finder = {unknown_code, unknown_code, 0};
@@ -115,7 +109,7 @@ void FinderInfo(const std::string &path, const struct stat &info, FInfo *finder)
         finder->fdType = type;
     if (created)
         finder->fdCreator = creator;
-    else if (finder->fdType == four("APPL") && editor_judge && editor_judge(path.c_str()))
+    else if (finder->fdType == four("APPL") && common::IsTableEditor(path.c_str()))
         finder->fdCreator = four("!Rch");
 }
 

@@ -1,9 +1,7 @@
 // Volumes, folder ids and the paths that they stand for.
 //
 // An id stands for a path, not for what lies there: a folder that was moved away and made anew keeps its id.
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <climits>

@@ -39,9 +39,6 @@ void StepUp(std::string &posix_path);
 
 // Type, creator and flags of the file at PATH.
 void FinderInfo(const std::string &path, const struct stat &info, FInfo *finder);
-// Programs that JUDGE answers 1 for have creator '!Rch' (null: none; at first the editors of the table). It
-// gets a POSIX path.
-void SetEditorJudge(int (*judge)(const char *posix_path));
 // Whether the file is open elsewhere: a write lease is refused.
 bool FileIsOpen(const std::string &path);
 

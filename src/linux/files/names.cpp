@@ -82,17 +82,6 @@ std::string ShellName(std::string_view host_name) {
     return name;
 }
 
-int to_pascal(const char *text, unsigned char (&name)[64]) {
-    const std::string_view leaf = text;
-    name[0] = 0;
-    if (leaf.size() > 255)
-        return 0;
-    const std::string stored = leaf.size() > leaf_limit ? ShellName(HostName(leaf)) : std::string(leaf);
-    name[0] = static_cast<unsigned char>(stored.size());
-    std::memcpy(name + 1, stored.data(), stored.size());
-    return 1;
-}
-
 void from_pascal(const unsigned char *name, BoundedBuffer &text) {
     const std::string_view stored(reinterpret_cast<const char *>(name + 1), name[0]);
     text.clear();
