@@ -1,4 +1,4 @@
-// The model behind the menus.
+// The menus and their items, as the toolbox offers them; both fronts show these.
 #include "toolbox/menus.h"
 
 #include <map>

@@ -1,4 +1,4 @@
-// Scripts: one step a line, taken when the shell waits for an event.
+// Scripts: each line is one step, which is taken when the shell waits for an event.
 #include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
@@ -22,17 +22,17 @@ struct DialogAnswer {
 };
 
 static int descriptor = -1;
-static bool can_wait = false; // a pipe or a terminal, which may have nothing now
+static bool can_wait = false; // true for a pipe or a terminal, which may hold nothing yet
 static bool at_end = true;
 static std::string unread;
-static std::deque<std::string> choices; // an empty one cancels
+static std::deque<std::string> choices; // an empty path cancels the chooser
 static std::deque<DialogAnswer> answers;
 
 int ScriptDescriptor() {
     return can_wait && !at_end ? descriptor : -1;
 }
 
-// Reads what there is. False when nothing can be read now.
+// Reads the next part of the script. False when nothing can be read now.
 static bool read_more() {
     if (at_end)
         return false;
@@ -48,7 +48,8 @@ static bool read_more() {
     return true;
 }
 
-// Looks at the next line, without its line end. False when there is none yet, or none any more.
+// Sets LINE to the next line, without its line end, and leaves it there. False when there is none, or not
+// yet.
 static bool peek_line(std::string *line) {
     std::size_t end = unread.find('\n');
     while (end == std::string::npos && read_more())
@@ -64,7 +65,8 @@ static void drop_line() {
     unread.erase(0, end == std::string::npos ? end : end + 1);
 }
 
-// Looks at the next step past blank lines and comments.
+// Sets WORD and REST to the next step, past blank lines and comments, and leaves it there. False as
+// peek_line.
 static bool peek_step(std::string *word, std::string *rest) {
     while (peek_line(rest)) {
         *word = TakeWord(rest);
@@ -107,7 +109,7 @@ int NextDialogAnswer(const char *name, int *pressed) {
     return 0;
 }
 
-// "dialog NAME" and the indented lines that follow.
+// Queues the answer of "dialog NAME" and reads the indented lines that follow it.
 static void queue_dialog(const std::string &name) {
     DialogAnswer answer;
     answer.name = name;
@@ -140,9 +142,10 @@ static void choose_menu(const std::string &rest) {
         std::fprintf(stderr, "quillon: script: menu takes an id and an item: %s\n", rest.c_str());
 }
 
-enum Taken { taken_more, taken_work, taken_wait };
+enum Taken { taken_more, taken_work };
 
-// One step. taken_more: the next can be taken at once; taken_work: the shell has something to do first.
+// Does one step. After taken_more the next can be taken at once; after taken_work the shell has work to do
+// first.
 static Taken take_step(const std::string &word, const std::string &rest) {
     if (word == "menu") {
         choose_menu(rest);

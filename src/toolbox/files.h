@@ -1,13 +1,14 @@
 // File Manager, as the shell uses it: file locations, the catalogue, Finder information, aliases, data forks.
 //
 // A location is a volume reference, a folder id and a leaf name. The volume is the first component of the
-// POSIX path; its root is folder 2, whose parent is folder 1. References and ids hold for this process only. A
+// POSIX path; its root is folder 2, whose parent is folder 1. References and ids hold for this process only.
+// A
 // ":" in a Linux file name becomes byte 30 in names and HFS paths. A leaf of more than 63 bytes gets a unique
 // shortened name, from which every procedure here finds the whole name again.
 //
-// Result codes: fnfErr no such file, dirNFErr no such folder, nsvErr no such volume, bdNamErr the name or path
-// cannot be one or is too long (a path has less than 4096 bytes), dupFNErr the file is there already, permErr
-// no permission, wPrErr not writable, ioErr any other failure of the host.
+// Result codes: fnfErr no such file, dirNFErr no such folder, nsvErr no such volume, bdNamErr the name or
+// path cannot be one or is too long (a path has less than 4096 bytes), dupFNErr the file is there already,
+// permErr no permission, wPrErr not writable, ioErr any other failure of the host.
 #ifndef QUILLON_TOOLBOX_FILES_H
 #define QUILLON_TOOLBOX_FILES_H
 
@@ -40,8 +41,8 @@ enum : std::uint16_t { kIsAlias = 0x8000 };
 enum : std::uint8_t { kioFlAttribDir = 0x10, kioFlAttribFileOpen = 0x80 };
 
 // What a catalogue call asks for and answers. ioFDirIndex > 0 asks for the entry of that index in folder
-// ioDirID, ordered by name with ASCII case folded, then by byte; 0 asks for the entry named ioNamePtr; < 0 asks
-// for the folder ioDirID itself.
+// ioDirID, ordered by name with ASCII case folded, then by byte; 0 asks for the entry named ioNamePtr; < 0
+// asks for the folder ioDirID itself.
 struct CInfoPBRec {
     unsigned char *ioNamePtr; // length-prefixed, room for 64 bytes; in: a name or an HFS path; out: the leaf
     std::int16_t ioVRefNum;
@@ -83,11 +84,12 @@ OSErr FSRefMakePath(const FSRef *ref, char *path, std::size_t room);
 // Makes the location of an absolute POSIX path, with the results of FSMakeFSSpec.
 OSErr FSPathMakeSpec(const char *posix_path, FSSpec *spec);
 // Replaces SPEC by the location that it leads to when it is a symbolic link: one link further, or to the end
-// when RESOLVE_CHAINS is 1. WAS_ALIASED and TARGET_IS_FOLDER become 1 or 0. fnfErr when the target is missing.
+// when RESOLVE_CHAINS is 1. WAS_ALIASED and TARGET_IS_FOLDER become 1 or 0. fnfErr when the target is
+// missing.
 OSErr ResolveAliasFile(FSSpec *spec, int resolve_chains, int *target_is_folder, int *was_aliased);
 
-// Creates an empty file with that type and creator. dupFNErr when something is there already, dirNFErr when the
-// folder is missing, bdNamErr directly in the root folder.
+// Creates an empty file with that type and creator. dupFNErr when something is there already, dirNFErr when
+// the folder is missing, bdNamErr directly in the root folder.
 OSErr FSpCreate(const FSSpec *spec, OSType creator, OSType type);
 // Opens a file for reading ('r') or for reading and writing ('w'). REFERENCE, above 0, is for the calls below
 // until FSClose; it is 0 on failure. fnfErr for anything but a regular file, fnOpnErr when none is left.
@@ -103,14 +105,15 @@ OSErr SetEOF(std::int16_t reference, long length);
 OSErr FSClose(std::int16_t reference);
 // Deletes a file. fnfErr for a folder and where nothing is.
 OSErr FSpDelete(const FSSpec *spec);
-// Opens a file as fopen does, with a mode of fopen: null with errno set when it fails. It refuses folders, and
-// pipes, which a program can wait on for ever. Programs started later do not inherit the file; the caller
+// Opens a file as fopen does, with a mode of fopen: null with errno set when it fails. It refuses folders,
+// and pipes, which a program can wait on for ever. Programs started later do not inherit the file; the caller
 // closes it with fclose.
 std::FILE *OpenPosixFile(const char *posix_path, const char *mode);
 
-// Finds a standard folder of the host: 'pref' preferences, 'asup' application support, 'temp' temporary items,
-// 'font' fonts, 'trns' the tools' transcripts. CREATE 1 makes it when it is missing. VREF and DIR_ID are 0 on
-// failure: fnfErr for another kind or a missing folder, permErr when others can write to the temporary folder.
+// Finds a standard folder of the host: 'pref' preferences, 'asup' application support, 'temp' temporary
+// items, 'font' fonts, 'trns' the tools' transcripts. CREATE 1 makes it when it is missing. VREF and DIR_ID
+// are 0 on failure: fnfErr for another kind or a missing folder, permErr when the temporary folder is not the
+// user's own.
 OSErr FindFolder(OSType kind, int create, std::int16_t *vref, std::int32_t *dir_id);
 
 // Turn an HFS path that begins with a volume, or a location, into a POSIX path: 1, or 0 (and an empty path)

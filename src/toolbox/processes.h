@@ -47,8 +47,8 @@ struct LaunchParamBlockRec {
 };
 
 // Replaces PSN by the process that follows it in the list, or by the first for kNoProcess. The programs
-// launched from here come first, then the applications on the bus, then the user's other processes. At the end
-// it gives procNotFound and kNoProcess.
+// launched from here come first, then the applications on the bus, then the user's other processes. At the
+// end it gives procNotFound and kNoProcess.
 OSErr GetNextProcess(ProcessSerialNumber *psn);
 // 1 for one of the user's other processes, which has no signature of its own and is told by its program
 // (ProcessIsProgram), else 0.
@@ -63,8 +63,8 @@ OSErr GetFrontProcess(ProcessSerialNumber *psn);
 int SameProcess(const ProcessSerialNumber *a, const ProcessSerialNumber *b);
 // Asks the process, the shell itself or one on the bus, to come to the front. Always noErr.
 OSErr SetFrontProcess(const ProcessSerialNumber *psn);
-// Starts the bundle or program at launchAppSpec and sets launchProcessSN. memFullErr when the host has no room
-// for a process, fnfErr when the program is missing, permErr when it cannot be started.
+// Starts the bundle or program at launchAppSpec and sets launchProcessSN. memFullErr when the host has no
+// room for a process, fnfErr when the program is missing, permErr when it cannot be started.
 OSErr LaunchApplication(LaunchParamBlockRec *block);
 // 1 when the process runs the program at SPEC, else 0. The canonical paths are compared, since many plain
 // programs share a signature.

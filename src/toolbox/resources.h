@@ -20,7 +20,8 @@ int RecordFileOpens(const char *path);
 // SIZE (may be null) is set to its length in bytes. Null when there is no such record or no readable file.
 char *RecordRead(const char *path, const char *key, std::size_t *size);
 // Writes all COUNT changes, or none: 1, or 0 when nothing was changed because another program held the file's
-// lock for two seconds or the file is missing or not writable. Values that are the same already count as written.
+// lock for two seconds or the file is missing or not writable. Values that are the same already count as
+// written.
 int RecordWrite(const char *path, const RecordChange *changes, int count);
 
 } // namespace quillon

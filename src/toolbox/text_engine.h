@@ -19,7 +19,7 @@ using TXNObject = TextObject *;
 TXNObject TXNNewObject(WindowRef window);
 // Frees the text object; null is passed over.
 void TXNDeleteObject(TXNObject text);
-// Sets the distance of the text from the window's edges, in points.
+// Sets the distance of the text from the window's edges, in pixels.
 void TXNSetMargins(TXNObject text, int margin);
 // Shows (1) or hides (0) the caret; only while it is shown does the engine take typed characters.
 void TXNShowSelection(TXNObject text, int show);
@@ -37,29 +37,30 @@ OSErr TXNSetData(TXNObject text, const void *data, std::size_t size);
 std::size_t TXNGetData(TXNObject text, std::size_t start, std::size_t end, void *data, std::size_t room);
 // Takes the whole text away and shows that.
 void TXNClear(TXNObject text);
-// Sets LINES to the number of line ends (byte 13) in the text. It grows when a line is completed, by output or
-// by a typed Return. paramErr for a null object.
+// Sets LINES to the number of line ends (byte 13) in the text. It grows when a line is completed, by output
+// or by a typed Return. paramErr for a null object.
 OSErr TXNGetLineCount(TXNObject text, std::uint32_t *lines);
 // Sets START and END to the ends of the selection as byte offsets. The caret always stands at the end of the
 // text, so both are the length of the text.
 void TXNGetSelection(TXNObject text, std::size_t *start, std::size_t *end);
-// Writes the whole text to an open file (FSpOpenDF), from its mark on. The result is the first error of FSWrite.
+// Writes the whole text to an open file (FSpOpenDF), from its mark on. The result is the first error of
+// FSWrite.
 OSErr TXNSave(TXNObject text, std::int16_t reference);
 
-// Shows what was appended, at most once in a frame of the display however often it is called. A null object is
-// passed over.
+// Shows what was appended, at most once in a frame of the display however often it is called. A null object
+// is passed over.
 void TXNUpdate(TXNObject text);
 // Shows the text anew at once.
 void TXNForceUpdate(TXNObject text);
-// Say whether the text has the keyboard and whether its window is in front (1 or 0); both must hold for the
-// caret to blink.
+// Give the text the keyboard (FOCUS 1), and say whether its window is in front (ACTIVE 1 or 0). The toolkit
+// takes the keyboard away by itself.
 void TXNFocus(TXNObject text, int focus);
 void TXNActivate(TXNObject text, int active);
 // Blinks the caret; to be called often.
 void TXNIdle(TXNObject text);
 // Handles a mouse click in the text.
 void TXNClick(TXNObject text, const EventRecord *event);
-// Lets the person size or zoom the window; the text is laid out anew for it.
+// Size and zoom the window with the mouse; a desktop whose title bar does that has done it already.
 void TXNGrowWindow(TXNObject text, const EventRecord *event);
 void TXNZoomWindow(TXNObject text, std::int16_t part);
 // Gives the mouse pointer the shape that it has over text.

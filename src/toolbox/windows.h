@@ -20,8 +20,8 @@ enum WindowPart : std::int16_t {
 };
 enum CursorShape { arrowCursor, watchCursor, iBeamCursor };
 
-// Makes the shell's window, not shown yet; BOUNDS is the rectangle of its content. Null when it cannot be made.
-// The window lasts as long as the process.
+// Makes the shell's window, not shown yet; BOUNDS is the rectangle of its content. Null when it cannot be
+// made. The window lasts as long as the process.
 WindowRef NewCWindow(const Rect *bounds, const char *title);
 // Show the window, hide it, and bring it before the shell's other windows.
 void ShowWindow(WindowRef window);
@@ -35,7 +35,8 @@ void GetWindowPortBounds(WindowRef window, Rect *bounds);
 void DragWindow(WindowRef window, Point where);
 // The part of the screen in which a mouse-down event fell; WINDOW is set to the window there, or to null.
 WindowPart FindWindow(const EventRecord *event, WindowRef *window);
-// Stores the rectangles of the active screens, the main one first, at most ROOM of them, and gives their number.
+// Stores the rectangles of the active screens, the main one first, at most ROOM of them, and gives their
+// number.
 int GetScreens(Rect *screens, int room);
 
 // Sets the shape of the mouse pointer.
@@ -54,15 +55,16 @@ struct NMRec {
     const char *nmStr;
     std::int32_t nmRefCon;
 };
-// Ask for the person's attention while the shell is in the background, and take the request back. Always noErr.
+// Ask for the person's attention while the shell is in the background, and take the request back. Always
+// noErr.
 OSErr NMInstall(NMRec *request);
 OSErr NMRemove(NMRec *request);
 
 enum : OSType { gestaltMenuMgrAttr = four("menu"), gestaltSystemVersion = four("sysv") };
 // Tells the system that the program follows its appearance, as every front does. Always noErr.
 OSErr RegisterAppearanceClient();
-// Sets RESPONSE to a feature of the system: for 'sysv' its version in binary-coded decimal (0x1000 is 10.0), for
-// 'menu' bit 1 tells the newer menu layout. paramErr for any other selector.
+// Sets RESPONSE to a feature of the system: for 'sysv' its version in binary-coded decimal (0x1000 is 10.0),
+// for 'menu' bit 1 tells the newer menu layout. paramErr for any other selector.
 OSErr Gestalt(OSType selector, std::int32_t *response);
 // Makes Gestalt answer as that version of the system does (the option --system 9 of the headless front).
 void SetSystemVersion(std::int32_t version);

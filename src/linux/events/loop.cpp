@@ -39,7 +39,6 @@ int LoopDescriptor() {
     return sd_event_get_fd(HostLoop());
 }
 
-// Serves sources until none is ready. 1 when any was served; the descriptor is armed afterwards.
 int LoopDispatch() {
     sd_event *const events = HostLoop();
     int served = 0;

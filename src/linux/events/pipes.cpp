@@ -15,7 +15,7 @@ namespace {
 
 void *library = nullptr;
 
-// Contents/Helpers of the shell's bundle; empty where there is none.
+// The POSIX path of Contents/Helpers of the shell's bundle; empty where there is none.
 std::string helpers_folder() {
     const std::string folder = common::above_own_program(2) + "/Helpers";
     return ::access(folder.c_str(), X_OK) == 0 ? folder : "";
@@ -28,7 +28,7 @@ std::string single_quoted(const std::string &text) {
     return quoted + "'";
 }
 
-// The command finds the helpers first; nothing else of this process sees their folder.
+// Runs a command that finds the helpers first. Only the command's own PATH names their folder.
 std::FILE *open_pipe(const char *command, const char *mode) {
     static const std::string folder = helpers_folder();
     std::string line;

@@ -24,18 +24,19 @@ struct Entry {
     std::uint8_t kind; // DT_DIR, DT_LNK, or DT_REG for everything else
 };
 
-// One read of a folder, which serves a whole walk over it.
+// The entries of a folder, read once for a whole walk by index.
 struct Listing {
     std::int16_t volume;
     std::int32_t folder;
     std::string path, names;
     std::vector<Entry> entries;
-    std::vector<std::uint32_t> files; // the entries that are no folders
+    std::vector<std::uint32_t> files; // the numbers of the entries that are no folders
 
     std::string_view name(const Entry &entry) const { return {names.data() + entry.offset, entry.length}; }
 };
 
-// As many walks as folders can lie in each other; the one used last comes first.
+// The number of walks that can go on at once, as in folders inside each other. The list has the last used
+// first.
 constexpr std::size_t listing_limit = 256;
 
 std::list<Listing> &listings() {
@@ -93,7 +94,7 @@ bool read_folder(Listing &listing) {
     return true;
 }
 
-// A walk begins anew at index 1.
+// The listing for a walk over the folder; ANEW (at index 1) reads it again. Null when it cannot be read.
 Listing *listing_for(std::int16_t volume, std::int32_t folder, bool anew) {
     std::list<Listing> &kept = listings();
     for (auto place = kept.begin(); place != kept.end(); ++place) {
@@ -300,7 +301,6 @@ int FSpToPosix(const FSSpec *spec, BoundedBuffer &posix_path) {
     return HostPath(*spec, path) == noErr && posix_path.copy(path);
 }
 
-// Without RESOLVE_CHAINS one link is followed, otherwise all of them.
 OSErr ResolveAliasFile(FSSpec *spec, int resolve_chains, int *target_is_folder, int *was_aliased) {
     std::string path, target;
     struct stat info;

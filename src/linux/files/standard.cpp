@@ -1,4 +1,4 @@
-// The host's standard folders.
+// The standard folders of this host.
 #include <cerrno>
 
 #include "common/host_files.h"
