@@ -15,7 +15,7 @@ struct TextObject {
 
 namespace {
 
-constexpr unsigned char backspace = 8, erase = 127, escape = 27;
+constexpr unsigned char backspace = 8, erase = 127;
 
 TextObject the_text;
 int in_use = 0;
