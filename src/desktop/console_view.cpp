@@ -20,8 +20,7 @@ constexpr std::int64_t frame_milliseconds = 16;
 // All layouts are dropped once they hold more bytes of text than this.
 constexpr std::size_t layout_bytes = 1 << 18;
 constexpr std::size_t layout_cost = 64; // bytes that an empty layout counts as
-// The steps of the scroll bar for each segment, and the number of segments from which on there is one step
-// only.
+// The steps of the scroll bar for each segment, and the number of segments from which there is only one.
 constexpr std::size_t fine_steps = 64, fine_segments = 1 << 24;
 constexpr int caret_width = 2;
 
@@ -145,8 +144,7 @@ ConsoleView::Place ConsoleView::moved(Place place, int rows) {
     return place;
 }
 
-// The first visible row when the view shows the end. An empty last row is left out unless the caret stands in
-// it.
+// The first visible row when the view shows the end. An empty last row counts only when it has the caret.
 ConsoleView::Place ConsoleView::end_top() {
     const std::size_t last = store_->segments() - 1;
     Place place{last, layout_of(last).rows() - 1};

@@ -28,8 +28,7 @@ class ConsoleView : public QAbstractScrollArea {
     explicit ConsoleView(QWidget *parent = nullptr);
     ~ConsoleView() override;
 
-    // Shows the text of STORE, which the caller owns and which must last until the next attach; null shows
-    // none.
+    // Shows the text of STORE, which the caller owns and which must last until the next attach (null: none).
     void attach(TextStore *store);
     // The store that is shown; null for none.
     const TextStore *store() const { return store_; }

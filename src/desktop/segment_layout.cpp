@@ -15,8 +15,7 @@ constexpr char16_t replacement = 0xFFFD, no_break_space = 0x00A0, control_pictur
                    delete_mark = 0x2421;
 constexpr int tab_columns = 8;
 
-// The length in bytes of the UTF-8 character at BYTES, whose code point goes into CODE; 0 when it is
-// malformed.
+// The length in bytes of the UTF-8 character at BYTES, whose code point goes into CODE; 0 if malformed.
 std::size_t utf8_character(const unsigned char *bytes, std::size_t size, char32_t *code) {
     const unsigned char lead = bytes[0];
     const std::size_t length = lead >= 0xC2 && lead < 0xE0   ? 2

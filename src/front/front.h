@@ -69,8 +69,7 @@ struct Front {
     void (*text_update)(int force);
     // Shows (1) or hides (0) the caret.
     void (*text_selection)(int shown);
-    // Says whether the text has the keyboard and whether its window is in front: 1 or 0; -1 leaves one as it
-    // is.
+    // Says whether the text has the keyboard and whether its window is in front (1 or 0; -1: as before).
     void (*text_focus)(int focus, int active);
     // Blinks the caret.
     void (*text_idle)();
@@ -78,12 +77,12 @@ struct Front {
     void (*text_click)(const EventRecord *event);
 
     // The procedures from here on may be null where there is no display.
+
     // Sets the distance of the text from the window's edges, in pixels.
     void (*text_margin)(int margin) = nullptr;
     // Puts the console's whole text on the clipboard; its lines end with line feeds there.
     void (*copy_text)() = nullptr;
-    // Copies the name of the installed font family number INDEX (from 0, ordered by name): 1, or 0 past the
-    // end.
+    // Copies the name of the installed font family number INDEX (from 0, by name): 1, or 0 past the end.
     int (*font_family)(int index, BoundedBuffer &family) = nullptr;
 };
 

@@ -48,8 +48,7 @@ static bool read_more() {
     return true;
 }
 
-// Sets LINE to the next line, without its line end, and leaves it there. False when there is none, or not
-// yet.
+// Sets LINE to the next line, without its line end, and leaves it there. False when there is none now.
 static bool peek_line(std::string *line) {
     std::size_t end = unread.find('\n');
     while (end == std::string::npos && read_more())
@@ -65,8 +64,7 @@ static void drop_line() {
     unread.erase(0, end == std::string::npos ? end : end + 1);
 }
 
-// Sets WORD and REST to the next step, past blank lines and comments, and leaves it there. False as
-// peek_line.
+// Sets WORD and REST to the next step, past blank lines and comments, and leaves it. False as peek_line.
 static bool peek_step(std::string *word, std::string *rest) {
     while (peek_line(rest)) {
         *word = TakeWord(rest);
@@ -144,8 +142,7 @@ static void choose_menu(const std::string &rest) {
 
 enum Taken { taken_more, taken_work };
 
-// Does one step. After taken_more the next can be taken at once; after taken_work the shell has work to do
-// first.
+// Does one step. After taken_more the next can be taken at once; after taken_work the shell works first.
 static Taken take_step(const std::string &word, const std::string &rest) {
     if (word == "menu") {
         choose_menu(rest);

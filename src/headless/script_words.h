@@ -7,8 +7,7 @@
 
 namespace quillon {
 
-// Cuts the first word off LINE and gives it back; "" when there is none. Of the rest, the blanks around it
-// go.
+// Cuts the first word off LINE and gives it back; "" when there is none. The rest loses its outer blanks.
 std::string TakeWord(std::string *line);
 // The words of LINE. Double or single quotes make one word of what they enclose; in double quotes a backslash
 // makes the character behind it plain, and \n and \r stand for a line feed and a carriage return.

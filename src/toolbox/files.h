@@ -2,9 +2,8 @@
 //
 // A location is a volume reference, a folder id and a leaf name. The volume is the first component of the
 // POSIX path; its root is folder 2, whose parent is folder 1. References and ids hold for this process only.
-// A
-// ":" in a Linux file name becomes byte 30 in names and HFS paths. A leaf of more than 63 bytes gets a unique
-// shortened name, from which every procedure here finds the whole name again.
+// A ":" in a Linux file name becomes byte 30 in names and HFS paths. A leaf of more than 63 bytes gets a
+// unique shortened name, from which every procedure here finds the whole name again.
 //
 // Result codes: fnfErr no such file, dirNFErr no such folder, nsvErr no such volume, bdNamErr the name or
 // path cannot be one or is too long (a path has less than 4096 bytes), dupFNErr the file is there already,

@@ -30,7 +30,8 @@ struct NavRequest {
     void (*filter_picked)(const NavMenuItem *item);
     // Answers 1 when the entry is to be shown; null shows all. SPEC is null for an item that is no file.
     int (*shows)(const FSSpec *spec);
-    // Called for an update or activate event of the shell's own windows while the chooser is up; may be null.
+    // Takes an update or activate event of the shell's own windows while the chooser is up; may be null. The
+    // fronts of this host never call it: such an event waits in the queue until the chooser has closed.
     void (*window_event)(const EventRecord *event);
 };
 

@@ -43,8 +43,7 @@ OSErr TXNGetLineCount(TXNObject text, std::uint32_t *lines);
 // Sets START and END to the ends of the selection as byte offsets. The caret always stands at the end of the
 // text, so both are the length of the text.
 void TXNGetSelection(TXNObject text, std::size_t *start, std::size_t *end);
-// Writes the whole text to an open file (FSpOpenDF), from its mark on. The result is the first error of
-// FSWrite.
+// Writes the whole text to an open file (FSpOpenDF), from its mark on; the first error of FSWrite.
 OSErr TXNSave(TXNObject text, std::int16_t reference);
 
 // Shows what was appended, at most once in a frame of the display however often it is called. A null object

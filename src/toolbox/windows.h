@@ -35,8 +35,7 @@ void GetWindowPortBounds(WindowRef window, Rect *bounds);
 void DragWindow(WindowRef window, Point where);
 // The part of the screen in which a mouse-down event fell; WINDOW is set to the window there, or to null.
 WindowPart FindWindow(const EventRecord *event, WindowRef *window);
-// Stores the rectangles of the active screens, the main one first, at most ROOM of them, and gives their
-// number.
+// Stores the rectangles of the active screens, at most ROOM, the main one first, and gives their number.
 int GetScreens(Rect *screens, int room);
 
 // Sets the shape of the mouse pointer.
@@ -55,8 +54,7 @@ struct NMRec {
     const char *nmStr;
     std::int32_t nmRefCon;
 };
-// Ask for the person's attention while the shell is in the background, and take the request back. Always
-// noErr.
+// Ask for the attention of the person while the shell is behind, and take that back. Always noErr.
 OSErr NMInstall(NMRec *request);
 OSErr NMRemove(NMRec *request);
 

@@ -1,5 +1,4 @@
-// Events that arrive from the bus. The bus's callback only queues them; the event loop handles and answers
-// them.
+// Events that arrive from the bus. The bus's callback only queues them, the event loop handles them.
 #ifndef QUILLON_LINUX_EVENTS_AE_RECEIVE_H
 #define QUILLON_LINUX_EVENTS_AE_RECEIVE_H
 

@@ -35,8 +35,7 @@ struct Listing {
     std::string_view name(const Entry &entry) const { return {names.data() + entry.offset, entry.length}; }
 };
 
-// The number of walks that can go on at once, as in folders inside each other. The list has the last used
-// first.
+// The number of walks that can go on at once, as in folders inside each other. The last used is first.
 constexpr std::size_t listing_limit = 256;
 
 std::list<Listing> &listings() {
