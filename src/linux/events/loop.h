@@ -5,10 +5,10 @@
 
 namespace quillon {
 
-// The descriptor, which belongs to the loop. It becomes readable when a source is ready, provided LoopDispatch
-// was called since it last did.
+// The descriptor, which belongs to the loop. It becomes readable when a source is ready, provided
+// LoopDispatch was called since it last did.
 int LoopDescriptor();
-// Serves every source that is ready, without waiting, and readies the descriptor. 1 when it served any, else 0.
+// Serves every source that is ready, without waiting, and readies the descriptor; 1 when it served any.
 int LoopDispatch();
 // Waits at most MILLISECONDS (-1: no limit) until a source is ready, and serves all that are. A front without
 // a toolkit of its own sleeps this way.
