@@ -20,7 +20,7 @@ namespace {
 
 constexpr int list_width = 420, list_height = 380, icon_size = 24, path_role = Qt::UserRole;
 
-// Every row has an icon, so that the names stand in one column.
+// The icon of that name, else a common one: every row has an icon, so that the names stand in one column.
 QIcon entry_icon(const QString &name) {
     const QIcon plain = QApplication::style()->standardIcon(QStyle::SP_FileIcon);
     const QIcon generic = QIcon::fromTheme(QStringLiteral("application-x-executable"), plain);
@@ -36,7 +36,7 @@ void add_row(QListWidget *list, const widgets::DesktopEntry &entry) {
     row->setData(path_role, entry.path);
 }
 
-// The applications of the distribution lie beside the shell's own bundle.
+// The folder beside the shell's own bundle, which holds the applications of the distribution.
 QString binaries_folder() {
     return QDir::cleanPath(QCoreApplication::applicationDirPath() + QStringLiteral("/../../.."));
 }
@@ -52,7 +52,8 @@ void add_rows(QListWidget *list, const NavRequest &request) {
             add_row(list, {bundle.completeBaseName(), {}, {}, bundle.filePath()});
 }
 
-// A program, a desktop entry, or a bundle by any file in its folder.
+// Lets the person choose a program, a desktop entry, or a bundle by any file in it. Gives its POSIX path,
+// empty when cancelled.
 QString choose_other(const NavRequest &request, QWidget *parent) {
     QFileDialog dialog(parent);
     prepare_file_dialog(dialog, request);

@@ -17,7 +17,8 @@ namespace quillon::desktop {
 
 namespace {
 
-// A run that lasts longer is one that people do not wait for; the tool's own window has gone a moment later.
+// People do something else during a run of at least this many milliseconds; a moment after its end the tool's
+// own window has gone.
 constexpr int long_run = 5000, moment = 500;
 
 std::uint32_t notification = 0; // 0: none is shown
@@ -93,7 +94,7 @@ void bring_to_front(const char *token) {
     MainWindow *const window = main_window();
     if (!window)
         return;
-    // The toolkit hands the token on to a Wayland compositor with the request.
+    // The toolkit reads the token from the environment and gives it to the compositor with its request.
     if (token && *token)
         qputenv("XDG_ACTIVATION_TOKEN", token);
     window->setWindowState(window->windowState() & ~Qt::WindowMinimized);

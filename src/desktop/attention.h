@@ -1,17 +1,20 @@
-// Asking for the person's attention while the shell is in the background, and coming to the front.
+// Asks for the person's attention while the shell is in the background, and brings the shell to the front.
 #ifndef QUILLON_DESKTOP_ATTENTION_H
 #define QUILLON_DESKTOP_ATTENTION_H
 
 namespace quillon::desktop {
 
-// A desktop notification and the window's urgency hint; 0 takes the notification back.
+// Shows a desktop notification and marks the window as urgent (1), or takes the notification back (0).
 void notify(int on);
-// Marks the begin and the end of a run: who is elsewhere when a long one ends is told, once.
+// To be called when a run begins and ends. When one of five seconds or more ends while another application is
+// in front, the person is notified once.
 void run_begins();
 void run_ends();
-// TOKEN is the activation token of who asks; may be null.
+// Shows the window in front of the others. TOKEN is the desktop's activation token of the program that asks
+// for it; it may be null.
 void bring_to_front(const char *token);
-// Posts suspend and resume as the application goes to the back and comes to the front.
+// Makes the toolkit post suspend and resume events as the application goes to the back and comes to the
+// front; to be called once.
 void watch_activation();
 
 } // namespace quillon::desktop

@@ -29,7 +29,7 @@ bool request_shows(const NavRequest &request, const QString &path) {
     return FSPathMakeSpec(QFile::encodeName(path).constData(), &spec) == noErr && request.shows(&spec);
 }
 
-// A record for an extension names it; the others show every name, and leave the rest to the request's filter.
+// Only an entry that stands for an extension gets a pattern; the others leave it to the request's filter.
 QString name_filter(const NavMenuItem &item) {
     const QString text = QString::fromUtf8(item.text.c_str());
     QString pattern = QStringLiteral("*");

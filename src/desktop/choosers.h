@@ -1,4 +1,4 @@
-// The choosers on screen: files and folders by the toolkit's file dialog, applications by a list.
+// The choosers on screen: the toolkit's file dialog for files and folders, a list for applications.
 #ifndef QUILLON_DESKTOP_CHOOSERS_H
 #define QUILLON_DESKTOP_CHOOSERS_H
 
@@ -12,10 +12,12 @@ class QWidget;
 
 namespace quillon::desktop {
 
-// Shows what the request's own filter shows.
+// The files of a file dialog that a request's filter shows. Folders are always shown.
 class ShownFiles : public QSortFilterProxyModel {
   public:
+    // SHOWS is the filter of a NavRequest, and not null.
     ShownFiles(int (*shows)(const FSSpec *spec), QObject *parent);
+    // Asks the filter anew for every file.
     void filter_changed() { invalidateFilter(); }
 
   protected:
@@ -25,15 +27,15 @@ class ShownFiles : public QSortFilterProxyModel {
     int (*const shows_)(const FSSpec *spec);
 };
 
-// 1 when the request's filter shows the file at PATH, or has no filter.
+// True when the request's filter shows the file at the absolute POSIX path, or when it has no filter.
 bool request_shows(const NavRequest &request, const QString &path);
-// The name filter that stands for a record of the filter pop-up.
+// The name filter of the toolkit, "TEXT (*.EXTENSION)", for an entry of the filter pop-up.
 QString name_filter(const NavMenuItem &item);
-// 1 and the chosen POSIX path, or 0.
+// Runs the chooser for the request over PARENT (may be null), as NavRun does.
 int run_chooser(const NavRequest &request, QWidget *parent, BoundedBuffer &posix_path);
-// The path chosen from the list of applications; empty when cancelled.
+// Runs the list of applications and gives the absolute POSIX path of the choice; empty when it was cancelled.
 QString choose_application(const NavRequest &request, QWidget *parent);
-// Sets the dialog up for the request.
+// Sets a file dialog up for the request, which must last as long as the dialog.
 void prepare_file_dialog(QFileDialog &dialog, const NavRequest &request);
 
 } // namespace quillon::desktop

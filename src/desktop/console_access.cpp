@@ -11,7 +11,7 @@ namespace quillon::desktop {
 ConsoleAccess::ConsoleAccess(ConsoleView *view)
     : QAccessibleWidget(view, QAccessible::Terminal, view->accessibleName()), view_(view) {}
 
-// Up to date whenever it is asked, also before the text was painted.
+// Brings the text up to date first, since a listener may ask before the view was painted.
 const SpokenText &ConsoleAccess::spoken() const {
     refresh();
     return spoken_;

@@ -1,4 +1,4 @@
-// The console for screen readers and other assistive technology.
+// Offers the console's text to screen readers and other assistive technology.
 #ifndef QUILLON_DESKTOP_CONSOLE_ACCESS_H
 #define QUILLON_DESKTOP_CONSOLE_ACCESS_H
 
@@ -10,16 +10,20 @@ namespace quillon::desktop {
 
 class ConsoleView;
 
+// The console's accessible interface. Offsets are characters (UTF-16) of its text, which is the part of the
+// console's text that SpokenText keeps; there is no selection and the text cannot be changed.
 class ConsoleAccess : public QAccessibleWidget, public QAccessibleTextInterface {
   public:
+    // VIEW must last longer than this interface.
     explicit ConsoleAccess(ConsoleView *view);
 
-    // Brings the text up to date and says what changed.
+    // Brings the text up to date and tells listeners what changed.
     void refresh() const;
 
+    // The procedures of the toolkit's interface. The caret stands at the end of the text. A rectangle is in
+    // global coordinates and empty for text above the view; offsetAtPoint gives -1 where there is no text.
     QAccessible::State state() const override;
     void *interface_cast(QAccessible::InterfaceType type) override;
-
     void selection(int index, int *start, int *end) const override;
     int selectionCount() const override { return 0; }
     void addSelection(int, int) override {}
@@ -42,9 +46,10 @@ class ConsoleAccess : public QAccessibleWidget, public QAccessibleTextInterface 
     mutable SpokenText spoken_;
 };
 
-// Makes the view's interface known to the toolkit; made only when something asks for it.
+// Tells the toolkit how to make the interface of a console view, which it does when a listener asks for it.
 void offer_console_access();
-// Called when the text or what is seen of it changed; costs nothing while nobody listens.
+// Tells listeners that the text of the view, or the part that is seen, changed. It costs next to nothing
+// while there is no listener.
 void tell_assistive_technology(ConsoleView *view);
 
 } // namespace quillon::desktop

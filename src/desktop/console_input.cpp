@@ -1,4 +1,4 @@
-// What the person does to the console: keys, clicks and the wheel.
+// The console's keys, clicks and wheel. Keys and clicks become events for the shell; the rest scrolls.
 #include <QFocusEvent>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
@@ -16,7 +16,7 @@ namespace {
 constexpr std::uint32_t key_return = 13, key_backspace = 8, key_tab = 9, key_escape = 27, key_delete = 127;
 constexpr int wheel_notch = 120, rows_a_notch = 3;
 
-// The character of a command key or of a key that has no text of its own; 0 for none.
+// The character for a command key, or for a key that types no text; 0 for all others.
 std::uint32_t key_character(const QKeyEvent &event) {
     switch (event.key()) {
     case Qt::Key_Return:
@@ -74,8 +74,8 @@ bool ConsoleView::scroll_by_key(const QKeyEvent *event) {
     }
 }
 
-// While the menus are greyed the Alt key and its letters are the view's own: the menu bar would take the
-// keyboard for a menu that does not open, and keep it.
+// While the menus are disabled this view takes the Alt key and its letters: otherwise the menu bar would take
+// the keyboard for a menu that does not open, and keep it.
 bool ConsoleView::event(QEvent *event) {
     if (event->type() == QEvent::ShortcutOverride && !commands_admitted_) {
         const auto *const key = static_cast<QKeyEvent *>(event);

@@ -17,14 +17,14 @@ namespace quillon::desktop {
 namespace {
 
 constexpr std::int64_t frame_milliseconds = 16;
-// Layouts are kept while the text they hold is not more than this.
+// All layouts are dropped once they hold more bytes of text than this.
 constexpr std::size_t layout_bytes = 1 << 18;
-constexpr std::size_t layout_cost = 64; // of an empty one
-// Steps of the scroll bar a segment, as long as they fit its range.
+constexpr std::size_t layout_cost = 64; // bytes that an empty layout counts as
+// The steps of the scroll bar for each segment, and the number of segments from which there is only one.
 constexpr std::size_t fine_steps = 64, fine_segments = 1 << 24;
 constexpr int caret_width = 2;
 
-// Milliseconds, from a clock that costs next to nothing to read.
+// The time in milliseconds, from a coarse clock that is cheap to read.
 std::int64_t coarse_now() {
     timespec now;
     clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
@@ -103,7 +103,7 @@ void ConsoleView::refresh(bool force) {
     stale_ = true;
     settle();
     viewport()->repaint();
-    // The display's own messages are answered also while the shell is busy; what the person does waits.
+    // A busy shell still answers the display's own messages; the person's keys and clicks wait.
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::ExcludeSocketNotifiers);
 }
 
@@ -144,7 +144,7 @@ ConsoleView::Place ConsoleView::moved(Place place, int rows) {
     return place;
 }
 
-// The top row when the view shows the end. An empty last row takes no room unless the caret stands in it.
+// The first visible row when the view shows the end. An empty last row counts only when it has the caret.
 ConsoleView::Place ConsoleView::end_top() {
     const std::size_t last = store_->segments() - 1;
     Place place{last, layout_of(last).rows() - 1};
@@ -275,7 +275,6 @@ void ConsoleView::paintEvent(QPaintEvent *event) {
         option.backgroundColor = palette().color(QPalette::Base);
         style()->drawPrimitive(QStyle::PE_FrameFocusRect, &option, &painter, this);
     }
-    ++paints_;
     painted_at_ = coarse_now();
 }
 

@@ -1,7 +1,7 @@
 // The console on screen: a scrolling text view over the text store that lays out only what is seen.
 //
-// The view stays at the end of the text until the person scrolls up, and again once they scroll back down.
-// Text wraps at the view's edge. Nothing is selected with the mouse: a click becomes an event for the shell.
+// The view stays at the end of the text unless the person has scrolled up. Text wraps at the view's edge. The
+// mouse selects nothing: a click becomes an event for the shell.
 #ifndef QUILLON_DESKTOP_CONSOLE_VIEW_H
 #define QUILLON_DESKTOP_CONSOLE_VIEW_H
 
@@ -17,52 +17,66 @@ namespace quillon::desktop {
 
 class ConsoleView : public QAbstractScrollArea {
   public:
-    // A row of the text.
+    // A row of the text, by the number of its segment and its number in that.
     struct Place {
         std::size_t segment = 0;
         int row = 0;
         auto operator<=>(const Place &) const = default;
     };
 
+    // Makes a view without text; PARENT, where there is one, owns it.
     explicit ConsoleView(QWidget *parent = nullptr);
     ~ConsoleView() override;
 
-    // STORE is not owned; null detaches.
+    // Shows the text of STORE, which the caller owns and which must last until the next attach (null: none).
     void attach(TextStore *store);
+    // The store that is shown; null for none.
     const TextStore *store() const { return store_; }
+    // Sets the font of the text.
     void set_text_font(const QFont &font);
+    // Sets the distance of the text from the edges, in pixels.
     void set_margin(int margin);
-    // The text has grown; shown with the next paint.
+    // Says that the text has grown, which the next paint shows.
     void appended() {
         if (!stale_)
             mark_stale();
     }
-    // Paints now when the text has changed and the last paint is a display's frame ago (FORCE: whenever).
+    // Paints at once when the text has changed and the last paint is a frame of the display ago. FORCE paints
+    // in any case.
     void refresh(bool force);
+    // Shows or hides the caret at the end of the text.
     void show_caret(bool shown);
+    // Turns the caret on or off when half its period has passed; to be called often.
     void blink_caret();
-    // 0: commands are held back, so Ctrl+C is the view's own.
+    // Says whether commands can be chosen. While they cannot, the view itself copies the text on Ctrl+C.
     void set_commands_admitted(bool admitted) { commands_admitted_ = admitted; }
+    // Puts the whole text on the clipboard, with line feeds, and blanks for the shell's substitute of a
+    // blank.
     void copy_all() const;
 
+    // True while the view stays at the end of the text; the first visible row; the number of rows that fit.
     bool at_end() const { return at_end_; }
     Place top() const { return top_; }
     int visible_rows() const;
+    // Scroll down by ROWS (up when negative), to the start or to the end; the text's ends are the limits.
     void scroll_rows(int rows);
     void scroll_to_start();
     void scroll_to_end();
-    // Scrolls only when no part of the segment is seen.
+    // Scrolls so that SEGMENT is at the top, unless its first row can be seen already.
     void show_segment(std::size_t segment);
-    // Text of the visible row INDEX from the top; null past the end.
+    // The text of the visible row number INDEX (from 0); null past the end of the text.
     QString row_text(int index);
+    // The layout of a segment of the store; it belongs to the view and holds until the text, the font or the
+    // width changes.
     const SegmentLayout &layout_of(std::size_t segment);
-    // Where the first row of SEGMENT stands, in the view's coordinates.
+    // The distance of the first row of SEGMENT from the view's upper edge; -1 for a segment above the first
+    // that is seen, and at least the view's height for one below.
     int y_of(std::size_t segment);
+    // The margin in pixels, and the measures of the text.
     int margin() const { return margin_; }
     const TextMetrics &metrics() const { return metrics_; }
-    // Brings the scroll position in line with the text.
+    // Brings the scroll position and the scroll bar in line with the text after a change.
     void settle();
-    int paints() const { return paints_; }
 
   protected:
     bool event(QEvent *event) override;
@@ -96,7 +110,7 @@ class ConsoleView : public QAbstractScrollArea {
     std::unordered_map<std::size_t, std::pair<std::size_t, std::unique_ptr<SegmentLayout>>> layouts_;
     std::size_t laid_out_bytes_ = 0, generation_ = 0;
     Place top_;
-    int margin_ = 5, paints_ = 0, wheel_rest_ = 0;
+    int margin_ = 5, wheel_rest_ = 0;
     bool at_end_ = true, stale_ = false, settling_ = false, commands_admitted_ = true;
     bool caret_shown_ = false, caret_on_ = false, keyboard_focus_ = false;
     std::int64_t painted_at_ = 0, blinked_at_ = 0;

@@ -1,4 +1,4 @@
-// The front with windows: the struct of procedures, and the entry that the shell looks up.
+// The front with windows: its procedures, and the one that the shell's program looks up in this library.
 #include <QApplication>
 #include <QFontDatabase>
 #include <QScreen>
@@ -24,7 +24,7 @@ namespace {
 
 constexpr int smallest_font = 4, largest_font = 144, icon_delay = 300;
 
-// There is one window; the shell only hands its reference back.
+// The shell only gives the window's reference back, so the address of this serves as one.
 char window_identity;
 
 WindowRef window_ref() {
@@ -83,7 +83,7 @@ void window_bounds(WindowRef window, Rect *bounds) {
     *bounds = window && main_window() ? main_window()->content() : Rect{};
 }
 
-// The desktop's own title bar moves and sizes the window.
+// The desktop moves and sizes the window by its title bar and its edges.
 void drag_window(WindowRef, Point) {}
 void grow_window(WindowRef, Point) {}
 
@@ -172,7 +172,7 @@ void text_idle() {
         view->blink_caret();
 }
 
-// The scroll bars are the toolkit's own and have served the click already.
+// A click has no effect on the text; the toolkit serves the scroll bars itself.
 void text_click(const EventRecord *) {}
 
 void text_margin(int margin) {
@@ -239,11 +239,11 @@ void sync_menus() {
 void make_application(int argc, char **argv) {
     static int count = argc;
     static char **const arguments = argv;
-    // The host's signals are blocked before the toolkit starts its threads.
+    // This makes the event loop, which must block the host's signals before the toolkit starts threads.
     LoopDescriptor();
     QGuiApplication::setDesktopFileName(QStringLiteral("org.quillon.Shell"));
     QCoreApplication::setApplicationName(QStringLiteral("org.quillon.Shell"));
-    // Lives as long as the process: the shell leaves by exit().
+    // The object is never freed, since the shell ends by exit().
     auto *const application = new QApplication(count, arguments);
     QApplication::setQuitOnLastWindowClosed(false);
     QObject::connect(application, &QGuiApplication::commitDataRequest, application,
@@ -251,7 +251,7 @@ void make_application(int argc, char **argv) {
     watch_activation();
     offer_console_access();
     set_before_wait(sync_menus);
-    // The first paint does not wait for the icon.
+    // The icon is set later, so that the first paint does not wait for it.
     QTimer::singleShot(icon_delay, application, [] { QApplication::setWindowIcon(widgets::shell_icon()); });
 }
 
@@ -259,7 +259,8 @@ void make_application(int argc, char **argv) {
 
 } // namespace quillon::desktop
 
-// ARGV must last as long as the process. Null when no display opens.
+// Starts the toolkit and gives the front's procedures; null when no display can be opened. ARGV must last as
+// long as the process.
 extern "C" __attribute__((visibility("default"))) const quillon::Front *quillon_desktop_front(int argc,
                                                                                               char **argv) {
     if (!widgets::display_opens())

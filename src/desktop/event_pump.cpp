@@ -16,7 +16,7 @@ namespace {
 bool something_happened = false;
 void (*before_wait)() = nullptr;
 
-// A modal window holds up the shell's own loop: one that is asked to leave closes it.
+// Closes the modal windows, since the shell's loop goes on only when they have gone.
 void close_modal_windows() {
     for (int depth = 0; depth < 8; ++depth) {
         auto *const dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
@@ -63,11 +63,11 @@ void set_before_wait(void (*procedure)()) {
 }
 
 void pump_events(int milliseconds) {
-    // Lives as long as the process: the shell leaves by exit().
+    // The object is never freed, since the shell ends by exit().
     static Waker *const waker = new Waker;
     if (before_wait)
         before_wait();
-    // Served by hand once, which also arms the descriptor.
+    // This also readies the descriptor that the notifier watches.
     something_happened = LoopDispatch() != 0;
     QCoreApplication::processEvents();
     if (milliseconds == 0 || something_happened)

@@ -1,5 +1,5 @@
-// The toolkit's events and the shell's: the toolkit is served while the shell waits, and what a person does
-// only becomes event records in the shell's queue.
+// The wait of the shell in a program with a toolkit: while the shell waits for an event the toolkit is
+// served, and what the person does becomes event records in the shell's queue.
 #ifndef QUILLON_DESKTOP_EVENT_PUMP_H
 #define QUILLON_DESKTOP_EVENT_PUMP_H
 
@@ -9,15 +9,17 @@
 
 namespace quillon::desktop {
 
-// Serves the toolkit until a source of the shell's loop was served, something was posted, or MILLISECONDS
+// Serves the toolkit until a source of the shell's loop was served, an event was posted here, or MILLISECONDS
 // have passed (-1: no limit).
 void pump_events(int milliseconds);
-// Called at the start of every wait.
+// Sets the procedure that is called at the start of every wait.
 void set_before_wait(void (*procedure)());
 
+// The modifier bits of an event record: Ctrl is the command key, Alt the option key.
 std::uint16_t event_modifiers(Qt::KeyboardModifiers modifiers);
-// PostEvent, which also ends the wait.
+// Appends an event to the shell's queue, as PostEvent does, and ends the wait.
 void post_event(std::uint16_t what, std::uint32_t message, std::uint16_t modifiers, Point where = {0, 0});
+// Asks the shell to end, closes a modal window that is open, and ends the wait.
 void post_leave();
 
 } // namespace quillon::desktop

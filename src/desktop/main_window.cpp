@@ -1,7 +1,7 @@
 #include "desktop/main_window.h"
 
-#include <QApplication>
 #include <QCloseEvent>
+#include <QGuiApplication>
 #include <QMenuBar>
 #include <algorithm>
 #include <limits>
@@ -21,7 +21,7 @@ std::int16_t coordinate(int value) {
     return static_cast<std::int16_t>(std::clamp<int>(value, Limits::min(), Limits::max()));
 }
 
-// A display whose windows do not know where they are.
+// True for a display that places the windows and does not tell them where.
 bool places_windows_itself() {
     return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
 }
@@ -52,7 +52,7 @@ Rect MainWindow::content() const {
             coordinate(left + console_->width())};
 }
 
-// The window never closes by itself: the shell ends its run, saves, and exits.
+// Asks the shell to end instead of closing the window, so that it can end its run and save first.
 void MainWindow::closeEvent(QCloseEvent *event) {
     event->ignore();
     post_leave();

@@ -12,11 +12,14 @@ namespace quillon::desktop {
 
 class MainWindow : public QMainWindow {
   public:
+    // Makes the window with that title, not shown yet.
     explicit MainWindow(const QString &title);
 
+    // The console and the menu bar, which belong to the window.
     ConsoleView *console() { return console_; }
     MenuMirror &menus() { return menus_; }
-    // The console's rectangle, in global coordinates.
+    // Set and ask the console's rectangle, in global coordinates. It is at least 160 by 80 pixels. On a
+    // display that places windows itself, the answer has the place that was asked for.
     void place_content(const Rect &bounds);
     Rect content() const;
 
@@ -30,7 +33,7 @@ class MainWindow : public QMainWindow {
     Rect placed_{};
 };
 
-// Null until it is made.
+// The window; null until it was made. make_main_window makes it at the first call. It is never freed.
 MainWindow *main_window();
 MainWindow *make_main_window(const QString &title);
 

@@ -1,6 +1,5 @@
 #include "desktop/menu_mirror.h"
 
-#include <QApplication>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <algorithm>
@@ -13,10 +12,10 @@ namespace quillon::desktop {
 
 namespace {
 
-// A menu longer than this scrolls instead of covering the screen in columns.
+// A menu with more items than this scrolls; otherwise the toolkit would cover the screen with columns.
 constexpr std::int16_t long_menu = 30;
 
-// The title with the first letter that no other title uses as its mnemonic.
+// The title with a mnemonic: its first letter that is not among TAKEN, to which the letter is added.
 QString bar_title(const char *title, QString &taken) {
     QString text = label_text(title);
     for (qsizetype i = 0; i < text.size(); ++i) {
@@ -49,7 +48,7 @@ void MirrorMenu::mirror() {
         setStyleSheet(QStringLiteral("QMenu { menu-scrollable: 1; }"));
 }
 
-// A letter goes to the next item that begins with it, as the arrow keys would: a submenu is not opened.
+// Moves to the next item that begins with the letter, as the arrow keys do, without opening a submenu.
 void MirrorMenu::go_to_letter(QChar letter) {
     QKeyEvent down(QEvent::KeyPress, Qt::Key_Down, Qt::NoModifier);
     const QAction *const from = activeAction();
@@ -61,7 +60,7 @@ void MirrorMenu::go_to_letter(QChar letter) {
     }
 }
 
-// Whether an item that can be chosen begins with the letter.
+// True when an item that can be chosen begins with the letter.
 bool MirrorMenu::has_letter(QChar letter) const {
     const QList<QAction *> items = actions();
     return std::any_of(items.begin(), items.end(), [letter](const QAction *item) {
@@ -87,7 +86,7 @@ void MirrorMenu::add_item(std::int16_t item) {
     BoundedString<1024> bytes;
     GetMenuItemText(menu_, item, bytes);
     QString text = label_text(bytes.c_str());
-    // The key is shown only: command keys are looked up by the shell.
+    // The item only shows its key; the shell itself looks command keys up.
     if (const char key = GetItemCmd(menu_, item))
         text += QStringLiteral("\tCtrl+") + QChar::fromLatin1(key).toUpper();
     QAction *action = nullptr;
@@ -109,7 +108,7 @@ void MirrorMenu::add_item(std::int16_t item) {
 }
 
 MenuMirror::MenuMirror(QMenuBar *bar) : bar_(bar) {
-    // The bar keeps its height while the shell has not made its menus yet.
+    // The bar gets its height now, although the shell makes its menus later.
     bar_->addAction(QStringLiteral(" "));
     bar_->setMinimumHeight(bar_->sizeHint().height());
     bar_->clear();

@@ -1,5 +1,5 @@
-// The menu bar on screen, a mirror of the shell's menus: a menu's items are made when it is about to show,
-// and a choice only becomes an event for the shell.
+// The menu bar on screen, which shows the shell's menus. A menu's items are made when it is about to open,
+// and a choice becomes an event for the shell.
 #ifndef QUILLON_DESKTOP_MENU_MIRROR_H
 #define QUILLON_DESKTOP_MENU_MIRROR_H
 
@@ -12,8 +12,10 @@
 
 namespace quillon::desktop {
 
+// One menu on screen.
 class MirrorMenu : public QMenu {
   public:
+    // MENU is the shell's menu to show, which lasts as long as the process.
     MirrorMenu(MenuHandle menu, QWidget *parent);
     // Makes the items anew from the shell's menu.
     void mirror();
@@ -30,11 +32,14 @@ class MirrorMenu : public QMenu {
     QList<QMenu *> submenus_;
 };
 
+// All menus of the bar.
 class MenuMirror {
   public:
+    // BAR belongs to the caller and must last longer than this.
     explicit MenuMirror(QMenuBar *bar);
-    // Brings the titles in line with the shell's menus; cheap when nothing changed.
+    // Brings the titles of the bar in line with the shell's menus; it is cheap when nothing changed.
     void sync();
+    // Disables all menus and closes an open one (false), or enables them again (true).
     void set_commands_admitted(bool admitted);
 
   private:

@@ -15,7 +15,7 @@ constexpr char16_t replacement = 0xFFFD, no_break_space = 0x00A0, control_pictur
                    delete_mark = 0x2421;
 constexpr int tab_columns = 8;
 
-// The length of the well-formed UTF-8 character at BYTES, its code point in CODE; 0 when there is none.
+// The length in bytes of the UTF-8 character at BYTES, whose code point goes into CODE; 0 if malformed.
 std::size_t utf8_character(const unsigned char *bytes, std::size_t size, char32_t *code) {
     const unsigned char lead = bytes[0];
     const std::size_t length = lead >= 0xC2 && lead < 0xE0   ? 2
@@ -37,7 +37,7 @@ std::size_t utf8_character(const unsigned char *bytes, std::size_t size, char32_
     return length;
 }
 
-// Characters that would end a row or turn the text around by themselves.
+// A harmless stand-in for a character that would end a row or turn the direction of the text around.
 char32_t harmless(char32_t code) {
     const bool breaks = (code >= 0x80 && code < 0xA0) || code == 0x2028 || code == 0x2029;
     const bool turns = (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
@@ -114,8 +114,8 @@ SegmentLayout::SegmentLayout(const char *bytes, std::size_t size, const TextMetr
         wrap_clusters();
 }
 
-// Every character is one cell: a row breaks after the last blank that fits, else at the edge. Blanks at a
-// row's end may hang over the edge.
+// Wraps a text whose characters all take one cell. A row breaks after the last blank that fits, else at the
+// edge; blanks at a row's end may stand beyond the edge.
 void SegmentLayout::wrap_cells() {
     const qsizetype columns = metrics_.columns;
     qsizetype start = 0;
@@ -143,7 +143,7 @@ void SegmentLayout::wrap_clusters() {
     layout_->beginLayout();
     for (QTextLine line = layout_->createLine(); line.isValid(); line = layout_->createLine()) {
         line.setLineWidth(metrics_.width);
-        // Whatever font a row falls back on, its base line is the rows' own.
+        // A row in which another font stands in keeps the base line of all rows.
         const qreal top = static_cast<qreal>(starts_.size()) * metrics_.row_height;
         line.setPosition(QPointF(0, top + metrics_.ascent - line.ascent()));
         starts_.push_back(line.textStart());

@@ -1,4 +1,4 @@
-// Texts of the shell as the toolkit shows them.
+// The shell's texts for the labels and menus of the toolkit.
 #ifndef QUILLON_DESKTOP_SHELL_TEXT_H
 #define QUILLON_DESKTOP_SHELL_TEXT_H
 
@@ -6,7 +6,8 @@
 
 namespace quillon::desktop {
 
-// Bytes that are not UTF-8 show as the replacement character; "&" is no mnemonic.
+// The text of NUL-terminated UTF-8 for a label. Other bytes become the replacement character, and "&" is
+// doubled, as the toolkit takes a single one for a mnemonic.
 inline QString label_text(const char *bytes) {
     QString text = QString::fromUtf8(bytes);
     text.replace(u'&', QStringLiteral("&&"));

@@ -8,7 +8,7 @@ namespace quillon::desktop {
 
 namespace {
 
-constexpr std::size_t segments_above = 100; // kept above what the person sees
+constexpr std::size_t segments_above = 100; // segments kept above the first one that is seen
 
 std::size_t bytes_from(const TextStore &store, std::size_t segment) {
     return store.size() - store.segment(segment).start;
@@ -20,7 +20,7 @@ bool SpokenText::must_move(const TextStore &store, std::size_t visible, bool at_
     if (starts_.empty() || generation_ != store.generation() || first_ >= store.segments() ||
         at_end != follows_)
         return true;
-    if (at_end) // so much came at once that nothing of the window would stay
+    if (at_end) // then so much was added that nothing of the window would stay
         return bytes_from(store, first_) > bytes_ + largest;
     return visible < first_ || visible >= first_ + starts_.size();
 }
@@ -74,7 +74,7 @@ SpokenText::Change SpokenText::refresh(const TextStore *store, std::size_t visib
     }
     if (follows_)
         drop_front(*store, change);
-    // The last segment may have grown since.
+    // The last segment may have grown, so it is taken anew.
     const TextStore::Segment last = store->segment(first_ + starts_.size() - 1);
     change.changed_from = starts_.back();
     change.removed = text_.mid(change.changed_from);
@@ -82,7 +82,7 @@ SpokenText::Change SpokenText::refresh(const TextStore *store, std::size_t visib
     starts_.pop_back();
     bytes_ = last.start - store->segment(first_).start;
     add_segments(*store, space_substitute);
-    // What only grew was not removed.
+    // A text that only grew counts as inserted, not as removed.
     const qsizetype common = std::min(change.removed.size(), text_.size() - change.changed_from);
     if (QStringView(text_).mid(change.changed_from, common) == QStringView(change.removed).left(common)) {
         change.changed_from += common;

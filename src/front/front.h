@@ -1,4 +1,5 @@
-// What the two fronts differ in: the desktop front has windows, the headless front a script.
+// The procedures in which the two fronts differ: the desktop front has windows, the headless front a script.
+// Where a toolbox procedure only passes its arguments on to a front, its comment holds here too.
 #ifndef QUILLON_FRONT_FRONT_H
 #define QUILLON_FRONT_FRONT_H
 
@@ -16,24 +17,28 @@ namespace quillon {
 class TextStore;
 
 struct Front {
-    const char *name;
+    const char *name; // "desktop" or "headless"
 
-    // Events. sleep() returns when a source of the event loop has something, when something was posted, or
-    // after MILLISECONDS (-1: no limit).
+    // Sleeps until a source of the event loop is ready, something is posted, or MILLISECONDS have passed (-1:
+    // no limit), and serves what is ready.
     void (*sleep)(int milliseconds);
-    // A wait that admits every event found the queue empty: the headless front takes its next script step.
-    // 1 when something was done.
+    // Called when a wait for any event finds the queue empty. The headless front takes its next script step
+    // then; 1 when it did something, else 0.
     int (*idle)();
-    // The wait for a tool found nothing: a script step that cancels may be taken.
+    // Called when a wait for a tool finds nothing to do: a script step that cancels may be taken.
     void (*tool_wait)();
-    // The wait to be brought to the front found nothing: a script step that does it may be taken.
+    // Called while the shell waits to come to the front: a script step that brings it there may be taken.
     void (*front_wait)();
-    // 0 while a run admits no commands: the menus are shown disabled.
+    // Called with 0 when a run begins, during which no command can be chosen and the menus are disabled, and
+    // with 1 when it has ended.
     void (*commands_admitted)(int admitted);
+    // 1 while the shell is in front of the other programs, else 0.
     int (*is_front)();
+    // Brings the shell to the front. The token comes from the desktop by way of the program that asks; it may
+    // be null.
     void (*bring_to_front)(const char *activation_token);
 
-    // Windows.
+    // Windows, the mouse pointer and the bell (toolbox/windows.h). show_window hides when SHOW is 0.
     WindowRef (*new_window)(const Rect *bounds, const char *title);
     void (*show_window)(WindowRef window, int show);
     void (*select_window)(WindowRef window);
@@ -45,33 +50,43 @@ struct Front {
     int (*screens)(Rect *screens, int room);
     void (*set_cursor)(CursorShape shape);
     void (*beep)();
+    // Asks for the person's attention (1), or takes the request back (0).
     void (*notify)(int on);
     // Shows the message window of that name ("about box", "Quit", "ConfirmDelete", "LongName", "alert 900")
-    // until it is dismissed: 1 by OK, 0 by Cancel.
+    // until the person dismisses it: 1 by OK, 0 by Cancel.
     int (*message_window)(const char *name);
+    // Shows a chooser (toolbox/navigation.h).
     int (*navigate)(const NavRequest *request, BoundedBuffer &posix_path);
 
-    // The console's text. STORE belongs to the text engine.
-    void (*text_attach)(TextStore *store, WindowRef window); // null store: detached
+    // Shows the text of STORE, which belongs to the text engine, in the window; null takes the text away.
+    void (*text_attach)(TextStore *store, WindowRef window);
+    // The font of the console's text (toolbox/text_engine.h).
     void (*text_font)(const char *family, int size);
     int (*font_installed)(const char *family);
-    void (*text_appended)(const void *data, std::size_t size); // after the bytes went into the store
+    // Called after SIZE bytes went into the store.
+    void (*text_appended)(const void *data, std::size_t size);
+    // Shows what was appended: when the display is due for it, or at once when FORCE is 1.
     void (*text_update)(int force);
+    // Shows (1) or hides (0) the caret.
     void (*text_selection)(int shown);
-    // 1 or 0; -1 leaves that one as it is.
+    // Says whether the text has the keyboard and whether its window is in front (1 or 0; -1: as before).
     void (*text_focus)(int focus, int active);
+    // Blinks the caret.
     void (*text_idle)();
+    // Handles a click in the text.
     void (*text_click)(const EventRecord *event);
 
-    // The rest may be null where there is no display.
+    // The procedures from here on may be null where there is no display.
+
+    // Sets the distance of the text from the window's edges, in pixels.
     void (*text_margin)(int margin) = nullptr;
-    // Puts the console's whole text on the clipboard, with line feeds.
+    // Puts the console's whole text on the clipboard; its lines end with line feeds there.
     void (*copy_text)() = nullptr;
-    // The installed font families, from 0, by name; 0 past the end.
+    // Copies the name of the installed font family number INDEX (from 0, by name): 1, or 0 past the end.
     int (*font_family)(int index, BoundedBuffer &family) = nullptr;
 };
 
-// The front in use, set before start-up.
+// The front in use, which the program sets before the shell starts.
 extern const Front *front;
 
 } // namespace quillon

@@ -1,7 +1,6 @@
-// The model behind the menus.
+// The menus and their items, as the toolbox offers them; both fronts show these.
 #include "toolbox/menus.h"
 
-#include <deque>
 #include <map>
 #include <string>
 #include <vector>

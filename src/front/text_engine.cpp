@@ -1,4 +1,4 @@
-// The text engine over the text store; what is seen of it is the front's.
+// The text engine: it keeps the text in a text store and leaves showing it to the front.
 #include "toolbox/text_engine.h"
 
 #include "front/front.h"
@@ -15,7 +15,7 @@ struct TextObject {
 
 namespace {
 
-constexpr unsigned char backspace = 8, erase = 127, escape = 27;
+constexpr unsigned char backspace = 8, erase = 127;
 
 TextObject the_text;
 int in_use = 0;
@@ -24,7 +24,7 @@ int is_continuation(unsigned char byte) {
     return (byte & 0xC0) == 0x80;
 }
 
-// Takes the last character away, all its bytes when it is a UTF-8 character.
+// Takes the last character away, with all its bytes when it is a UTF-8 character.
 void erase_character(TextStore &store) {
     for (int bytes = 0; bytes < 4 && store.size() > 0; ++bytes) {
         const unsigned char last = store.byte(store.size() - 1);
@@ -87,10 +87,6 @@ OSErr TXNSetData(TXNObject text, const void *data, std::size_t size) {
 
 std::size_t TXNGetData(TXNObject text, std::size_t start, std::size_t end, void *data, std::size_t room) {
     return text->store.copy(start, end, data, room);
-}
-
-std::size_t TXNDataSize(TXNObject text) {
-    return text->store.size();
 }
 
 void TXNClear(TXNObject text) {

@@ -31,8 +31,8 @@ void TextStore::append(const void *data, std::size_t size) {
     }
 }
 
-// Finds the segments that end in the bytes FROM to TO, which DATA points at and which lie in the store
-// already.
+// Counts the line ends and segments that end in the bytes FROM to TO. DATA points at these bytes, which the
+// store holds already.
 void TextStore::scan(const char *data, std::size_t from, std::size_t to) {
     const char *const base = data;
     const std::size_t origin = from;
@@ -55,7 +55,7 @@ void TextStore::scan(const char *data, std::size_t from, std::size_t to) {
     }
 }
 
-// Where the segment that begins at START is cut when no line end closes it in time.
+// The offset at which a segment that begins at START is cut when no line end closes it in time.
 std::size_t TextStore::split_at(std::size_t start) const {
     const std::size_t limit = start + segment_limit;
     for (std::size_t at = limit; at + 4 > limit; --at)
@@ -83,7 +83,7 @@ int TextStore::erase_last() {
     Mark mark = block.mark;
     if (size_ % block_size == 0)
         blocks_.pop_back();
-    // The mark was set by the bytes before its block, all of which are still there.
+    // The bytes that set the block's mark lie before the block, so the mark still holds.
     for (Mark following = next(mark); following.number != mark.number; following = next(mark))
         mark = following;
     last_ = mark;
@@ -91,12 +91,7 @@ int TextStore::erase_last() {
     return 1;
 }
 
-std::size_t TextStore::line_count() const {
-    const bool unfinished = size_ > 0 && byte(size_ - 1) != line_end;
-    return line_ends_ + (unfinished ? 1 : 0);
-}
-
-// The first line end in FROM to TO, else TO.
+// The offset of the first line end in FROM to TO; TO when there is none.
 std::size_t TextStore::find_line_end(std::size_t from, std::size_t to) const {
     while (from < to) {
         std::size_t count = 0;
@@ -109,7 +104,7 @@ std::size_t TextStore::find_line_end(std::size_t from, std::size_t to) const {
     return to;
 }
 
-// The segment after MARK; MARK itself when it is the last.
+// The mark of the segment after that of MARK; MARK itself when it is the last.
 TextStore::Mark TextStore::next(Mark mark) const {
     const std::size_t limit = mark.start + segment_limit + 1;
     const std::size_t stop = std::min(size_, limit);
@@ -121,7 +116,7 @@ TextStore::Mark TextStore::next(Mark mark) const {
     return mark;
 }
 
-// The last block whose mark's FIELD is not above VALUE.
+// The number of the last block whose mark has a FIELD of at most VALUE.
 std::size_t TextStore::block_before(std::size_t Mark::*field, std::size_t value) const {
     const auto after = std::upper_bound(blocks_.begin(), blocks_.end(), value,
                                         [field](std::size_t v, const Block &b) { return v < b.mark.*field; });
@@ -175,10 +170,6 @@ std::size_t TextStore::copy(std::size_t start, std::size_t end, void *data, std:
         done += count;
     }
     return done;
-}
-
-std::size_t TextStore::memory() const {
-    return blocks_.size() * block_size + blocks_.capacity() * sizeof(Block) + sizeof *this;
 }
 
 } // namespace quillon

@@ -1,4 +1,4 @@
-// The window, cursor, notification and system calls, as the front answers them.
+// The calls for windows, the pointer, notifications and the system's features; most go on to the front.
 #include "toolbox/windows.h"
 
 #include "front/front.h"
@@ -6,7 +6,7 @@
 
 namespace quillon {
 
-// Version 10.0 with the Aqua menu layout: a modern system.
+// Version 10.0, which has the newer menu layout.
 static std::int32_t system_version = 0x1000;
 
 WindowRef NewCWindow(const Rect *bounds, const char *title) {
@@ -35,10 +35,6 @@ void GetWindowPortBounds(WindowRef window, Rect *bounds) {
 
 void DragWindow(WindowRef window, Point where) {
     front->drag_window(window, where);
-}
-
-void GrowWindow(WindowRef window, Point where) {
-    front->grow_window(window, where);
 }
 
 WindowPart FindWindow(const EventRecord *event, WindowRef *window) {

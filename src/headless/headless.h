@@ -1,4 +1,5 @@
-// The front without a display: console text on standard output, a script in place of the person.
+// The front without a display: it prints the console's text on standard output, and a script takes the place
+// of the person.
 #ifndef QUILLON_HEADLESS_HEADLESS_H
 #define QUILLON_HEADLESS_HEADLESS_H
 
@@ -6,28 +7,32 @@
 
 namespace quillon {
 
+// The procedures of this front.
 extern const Front headless_front;
 
-// The steps come from the file at PATH ("-": standard input). 0 when it cannot be opened. A script that
-// begins with "background" starts the shell there, where that line can be read at once.
+// Opens the script at the POSIX path ("-": standard input), from which the steps come: 1, or 0 when it cannot
+// be opened. When its first line is "background" and can be read at once, the shell starts behind the others.
 int OpenScript(const char *path);
-// Takes the next steps up to one that gives the shell something to do: 1 when something was done, 0 when
-// there is nothing to take now. The end of the script quits.
+// Takes the next steps up to one that gives the shell something to do: 1, or 0 when there is no step now. At
+// the end of the script the shell is asked to end.
 int TakeScriptStep();
-// While a tool runs: takes the next step when it is one that cancels.
+// Takes the next step when it is one that cancels (key .); to be called while a tool runs.
 void TakeCancelStep();
-// While the shell waits to be in front: takes the next step when it is the one that brings it there. At the
-// end of the script the shell leaves.
+// Takes the next step when it is "foreground", to be called while the shell waits to be in front. At the end
+// of the script the shell is asked to end.
 void TakeForegroundStep();
-// Readable when the script may hold more; -1 when it needs no waiting for.
+// The descriptor to wait on for more of the script; -1 when the script has ended or never makes one wait.
 int ScriptDescriptor();
 
-// What the script queued ahead for the next window or chooser. 0 when there is nothing.
+// Takes the first answer that the script queued for a chooser: 1 and the path, or CANCELLED 1 for a step
+// without a path; 0 when none is queued.
 int NextChoice(BoundedBuffer &path, int *cancelled);
+// Takes the first answer that the script queued for the message window of that name: 1 and the number of the
+// button PRESSED, or 0 when none is queued.
 int NextDialogAnswer(const char *name, int *pressed);
-// The shell starts behind the other programs.
+// Makes the shell start behind the other programs, without an event.
 void StartInBackground();
-// background and foreground steps.
+// Sends the shell to the front (1) or behind the other programs (0), with the event that tells it.
 void SetHeadlessFront(int in_front);
 
 } // namespace quillon

@@ -1,5 +1,4 @@
 #include <poll.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -20,7 +19,7 @@ static Window console_window = {{0, 0, 0, 0}, 0};
 static int made = 0;
 static int in_front = 1;
 
-// The one screen that there is without a display.
+// The bounds of the one screen that this front claims to have.
 static constexpr Rect screen = {0, 0, 1080, 1920};
 
 static void headless_sleep(int milliseconds) {
@@ -122,7 +121,7 @@ static int headless_font_installed(const char *) {
     return 0;
 }
 
-// Line ends as line feeds; every other byte as it is.
+// Prints a line end as a line feed and every other byte as it is.
 static void headless_text_appended(const void *data, std::size_t size) {
     const char *place = static_cast<const char *>(data);
     const char *const end = place + size;

@@ -1,11 +1,9 @@
-// Scripts: one step a line, taken when the shell waits for an event.
+// Scripts: each line is one step, which is taken when the shell waits for an event.
 #include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <deque>
 #include <string>
@@ -14,7 +12,6 @@
 #include "headless/script_events.h"
 #include "headless/script_print.h"
 #include "headless/script_words.h"
-#include "state/job_scope.h"
 #include "toolbox/events.h"
 
 namespace quillon {
@@ -25,17 +22,17 @@ struct DialogAnswer {
 };
 
 static int descriptor = -1;
-static bool can_wait = false; // a pipe or a terminal, which may have nothing now
+static bool can_wait = false; // true for a pipe or a terminal, which may hold nothing yet
 static bool at_end = true;
 static std::string unread;
-static std::deque<std::string> choices; // an empty one cancels
+static std::deque<std::string> choices; // an empty path cancels the chooser
 static std::deque<DialogAnswer> answers;
 
 int ScriptDescriptor() {
     return can_wait && !at_end ? descriptor : -1;
 }
 
-// Reads what there is. False when nothing can be read now.
+// Reads the next part of the script. False when nothing can be read now.
 static bool read_more() {
     if (at_end)
         return false;
@@ -51,7 +48,7 @@ static bool read_more() {
     return true;
 }
 
-// Looks at the next line, without its line end. False when there is none yet, or none any more.
+// Sets LINE to the next line, without its line end, and leaves it there. False when there is none now.
 static bool peek_line(std::string *line) {
     std::size_t end = unread.find('\n');
     while (end == std::string::npos && read_more())
@@ -67,7 +64,7 @@ static void drop_line() {
     unread.erase(0, end == std::string::npos ? end : end + 1);
 }
 
-// Looks at the next step past blank lines and comments.
+// Sets WORD and REST to the next step, past blank lines and comments, and leaves it. False as peek_line.
 static bool peek_step(std::string *word, std::string *rest) {
     while (peek_line(rest)) {
         *word = TakeWord(rest);
@@ -110,7 +107,7 @@ int NextDialogAnswer(const char *name, int *pressed) {
     return 0;
 }
 
-// "dialog NAME" and the indented lines that follow.
+// Queues the answer of "dialog NAME" and reads the indented lines that follow it.
 static void queue_dialog(const std::string &name) {
     DialogAnswer answer;
     answer.name = name;
@@ -143,9 +140,9 @@ static void choose_menu(const std::string &rest) {
         std::fprintf(stderr, "quillon: script: menu takes an id and an item: %s\n", rest.c_str());
 }
 
-enum Taken { taken_more, taken_work, taken_wait };
+enum Taken { taken_more, taken_work };
 
-// One step. taken_more: the next can be taken at once; taken_work: the shell has something to do first.
+// Does one step. After taken_more the next can be taken at once; after taken_work the shell works first.
 static Taken take_step(const std::string &word, const std::string &rest) {
     if (word == "menu") {
         choose_menu(rest);

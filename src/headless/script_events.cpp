@@ -13,7 +13,7 @@
 
 namespace quillon {
 
-// A code of up to four characters, filled up with blanks.
+// Reads a code of up to four characters, which is filled up with blanks: 1, or 0 for any other text.
 static int parse_short_code(const std::string &text, OSType *code) {
     return !text.empty() && text.size() <= 4 && parse_code(text + std::string(4 - text.size(), ' '), code);
 }

@@ -6,9 +6,9 @@
 
 namespace quillon {
 
-// "CLASS ID [KEYWORD TYPE VALUE]...": queues the event; its reply is printed when it has been handled. A
-// value of more than one word runs up to the next KEYWORD TYPE, or stands in quotes. Types: TEXT, long, fss
-// (a POSIX path), list (POSIX paths).
+// Queues the event that LINE, "CLASS ID [KEYWORD TYPE VALUE]...", describes, and prints its reply once it was
+// handled. A value of more than one word reaches up to the next KEYWORD TYPE, or stands in quotes. The types
+// are TEXT, long, fss (a POSIX path) and list (POSIX paths). A mistake in LINE is reported on standard error.
 void PostScriptEvent(const std::string &line);
 
 } // namespace quillon

@@ -158,7 +158,7 @@ static const SignatureState signature_states[] = {
     {"theOSType", theOSType},
 };
 
-// The variables of a width of their own.
+// Prints the variables whose types no other has: 1, or 0 when NAME is none of them.
 static int print_odd_state(const std::string &name) {
     if (name == "appvol")
         std::printf("appvol=%d\n", appvol);
@@ -194,7 +194,7 @@ static void print_state(const std::string &name) {
         }
     for (const SignatureState &row : signature_states)
         if (name == row.name) {
-            // The four characters as they are, zero bytes too.
+            // All four characters are printed, NUL bytes too.
             std::printf("%s=", row.name);
             std::fwrite(code_text(row.value).data(), 1, 4, stdout);
             std::putchar('\n');

@@ -1,4 +1,4 @@
-// What a script prints of the shell.
+// The step that prints a menu, a variable or a setting of the shell.
 #ifndef QUILLON_HEADLESS_SCRIPT_PRINT_H
 #define QUILLON_HEADLESS_SCRIPT_PRINT_H
 
@@ -6,7 +6,8 @@
 
 namespace quillon {
 
-// "menu ID", "state NAME" or "setting KEY".
+// Prints what LINE asks for on standard output: "menu ID" the items of a menu, "state NAME" a variable,
+// "setting KEY" a setting. A mistake in LINE is reported on standard error.
 void PrintForScript(const std::string &line);
 
 } // namespace quillon

@@ -7,9 +7,10 @@
 
 namespace quillon {
 
-// Cuts the first word off LINE; the rest keeps its inner blanks, without those around it.
+// Cuts the first word off LINE and gives it back; "" when there is none. The rest loses its outer blanks.
 std::string TakeWord(std::string *line);
-// The words of LINE; double or single quotes group, a backslash in double quotes stands before \ " n r.
+// The words of LINE. Double or single quotes make one word of what they enclose; in double quotes a backslash
+// makes the character behind it plain, and \n and \r stand for a line feed and a carriage return.
 std::vector<std::string> SplitWords(const std::string &line);
 
 } // namespace quillon

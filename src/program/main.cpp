@@ -62,7 +62,7 @@ static const Front *desktop_front(int argc, char **argv) {
     return make ? make(argc, argv) : nullptr;
 }
 
-// A document event for each file on the command line.
+// Queues a document event for each file on the command line; one that is missing is reported.
 static void open_files(int argc, char **argv, int first) {
     for (int i = first; i < argc; i++) {
         FSSpec spec;
@@ -79,7 +79,7 @@ static void open_files(int argc, char **argv, int first) {
     }
 }
 
-// A headless start with files ends with the status of the last run.
+// Ends the program with the status of the last run, as a headless start with files does.
 static void exit_with_run_status() {
     std::fflush(stdout);
     std::fflush(stderr);

@@ -1,4 +1,8 @@
 // Apple Event Manager: events between programs, with their parameters and replies.
+//
+// A descriptor (AEDesc) holds one value, a list of values, or a whole event. It owns the memory of its value:
+// whoever made it or was given it as a result frees it with AEDisposeDesc. No procedure here frees what a
+// RESULT held before.
 #ifndef QUILLON_TOOLBOX_APPLE_EVENTS_H
 #define QUILLON_TOOLBOX_APPLE_EVENTS_H
 
@@ -37,10 +41,10 @@ enum : std::int32_t {
     kAEDefaultTimeout = -1,
     kNoTimeOut = -2,
 };
-enum : std::int16_t { kAENormalPriority = 0, kAEHighPriority = 1, kAutoGenerateReturnID = -1 };
+enum : std::int16_t { kAEHighPriority = 1, kAutoGenerateReturnID = -1 };
 enum : std::int32_t { kAnyTransactionID = 0, kAEInteractWithAll = 2 };
 
-struct AEData; // the bytes of a descriptor, or its items; owned by the descriptor
+struct AEData; // the value of a descriptor: its bytes or its items
 
 struct AEDesc {
     OSType descriptorType = typeNull;
@@ -49,52 +53,73 @@ struct AEDesc {
 using AppleEvent = AEDesc;
 using AEDescList = AEDesc;
 
+// Carries one received event out. The handler puts its results into REPLY as parameters; its own result goes
+// back to the sender as the reply's error number. REFCON is the number given when it was installed.
 using AEEventHandler = OSErr (*)(const AppleEvent *event, AppleEvent *reply, std::int32_t refcon);
-// Called while a send waits. SLEEP (ticks) may be set; a result of 1 abandons the wait.
+// AESend calls this for each event that comes while it waits, and with a null event when none comes. SLEEP is
+// how long the next wait may sleep, in ticks (1/60 s), and may be set. A result of 1 abandons the wait.
 using AEIdleProc = int (*)(EventRecord *event, std::uint32_t *sleep);
 
-// A descriptor of SIZE bytes of DATA. 'fss ' takes an FSSpec, 'psn ' a ProcessSerialNumber, 'sign' an OSType,
-// 'long' an int32, 'TEXT' bytes without a final NUL.
+// Makes a descriptor that holds a copy of SIZE bytes of DATA. A value of type 'fss ' is an FSSpec, 'psn ' a
+// ProcessSerialNumber, 'sign' an OSType, 'long' an int32, 'TEXT' bytes without a final NUL. Always noErr.
 OSErr AECreateDesc(OSType type, const void *data, std::size_t size, AEDesc *result);
+// Frees the value of DESC, which is an empty 'null' descriptor from then on. Always noErr.
 OSErr AEDisposeDesc(AEDesc *desc);
-OSErr AEDuplicateDesc(const AEDesc *desc, AEDesc *result);
-// TARGET is a 'psn ' or 'sign' descriptor.
+// Makes an event without parameters for the program that TARGET (a 'psn ' or 'sign' descriptor, copied)
+// names. RETURN_ID and TRANSACTION_ID are not used: the bus tells replies apart itself. Always noErr.
 OSErr AECreateAppleEvent(OSType event_class, OSType event_id, const AEDesc *target, std::int16_t return_id,
                          std::int32_t transaction_id, AppleEvent *result);
+// Makes an empty list. Always noErr.
 OSErr AECreateList(AEDescList *result);
+// Appends a copy of DESC at the end of the list, whatever INDEX says. errAECoercionFail when LIST is none.
 OSErr AEPutDesc(AEDescList *list, std::int32_t index, const AEDesc *desc);
+// Sets COUNT to the number of items; 0 for a descriptor without a value. Always noErr.
 OSErr AECountItems(const AEDescList *list, std::int32_t *count);
-// INDEX from 1. ACTUAL (may be null) is the size of the data; at most ROOM bytes are stored.
+// Copies the item number INDEX (from 1) of the list, at most ROOM bytes of it. ACTUAL (may be null) is set to
+// its whole size. errAEDescNotFound when there is no such item, errAECoercionFail when it is not of type
+// WANTED ('****' takes any).
 OSErr AEGetNthPtr(const AEDescList *list, std::int32_t index, OSType wanted, void *data, std::size_t room,
                   std::size_t *actual);
+// Give the event a parameter under KEYWORD, a copy of SIZE bytes of DATA or of DESC; a parameter of that
+// keyword is replaced. paramErr when EVENT was never made.
 OSErr AEPutParamPtr(AppleEvent *event, OSType keyword, OSType type, const void *data, std::size_t size);
 OSErr AEPutParamDesc(AppleEvent *event, OSType keyword, const AEDesc *desc);
-// errAEDescNotFound when there is no such parameter, errAECoercionFail when it has another type. Reading a
-// parameter marks it as known. ACTUAL as in AEGetNthPtr.
+// Copies the bytes of the parameter under KEYWORD, with ROOM, ACTUAL and WANTED as in AEGetNthPtr, and marks
+// the parameter as read. errAEDescNotFound when there is none, errAECoercionFail when it has another type.
 OSErr AEGetParamPtr(const AppleEvent *event, OSType keyword, OSType wanted, void *data, std::size_t room,
                     std::size_t *actual);
+// Makes RESULT a copy of the parameter, with the results of AEGetParamPtr. Where a list is wanted, a single
+// value becomes a list of one item.
 OSErr AEGetParamDesc(const AppleEvent *event, OSType keyword, OSType wanted, AEDesc *result);
-// 'miss': found (0) when a parameter was never read. 'evid' as 'type': the event id.
+// Copies an attribute of the event, a code of four bytes, at most ROOM bytes of it: for 'evid' the event id,
+// for 'miss' the keyword of the first parameter that nobody has read. errAEDescNotFound for any other
+// attribute and when every parameter was read. WANTED is not used.
 OSErr AEGetAttributePtr(const AppleEvent *event, OSType keyword, OSType wanted, void *data, std::size_t room);
 
-// Sends, and with kAEWaitReply waits: IDLE gets every update, activate and operating-system event and a null
-// event when there is none; events from other programs that start no work are handled in the wait. TIMEOUT in
-// ticks. Results: 0; -600 unknown process; -609 the peer went; -1711 abandoned by IDLE; -1712 time-out;
-// -1708 the target cannot take such an event.
+// Sends EVENT to its target. With kAEWaitReply in MODE it waits for the reply at most TIMEOUT ticks
+// (kAEDefaultTimeout: one minute, kNoTimeOut: for ever) and fills REPLY, which the caller disposes of. While
+// it waits, IDLE (may be null) gets every update, activate and operating-system event, and a null event when
+// there is none; events from other programs that start no work are handled. The result is the receiver's own
+// error number, or procNotFound: there is no such process; connectionInvalid: the bus or the receiver has
+// gone; errAEWaitCanceled: IDLE abandoned the wait; errAETimeout; errAEEventNotHandled: the target cannot
+// take such an event; paramErr: the target is no process and no signature.
 OSErr AESend(const AppleEvent *event, AppleEvent *reply, std::int32_t mode, std::int16_t priority,
              std::int32_t timeout, AEIdleProc idle);
 
+// Makes HANDLER the procedure for events of that class and id, in place of an earlier one. Always noErr.
 OSErr AEInstallEventHandler(OSType event_class, OSType event_id, AEEventHandler handler, std::int32_t refcon);
+// Says which senders may make the shell show windows. On this host all may. Always noErr.
 OSErr AESetInteractionAllowed(std::int32_t level);
-// Handles the received event of a high-level event record and sends its reply.
+// Calls the handler of the received event that a high-level event record stands for, and sends its reply. The
+// result is the handler's; errAEEventNotHandled when there is none.
 OSErr AEProcessAppleEvent(const EventRecord *event);
 
-// What a caller on the shell's own bus interface is told of an 'exec' beyond its reply: 'none' (the default),
-// 'nrun' no such tool or the launch failed, 'cncl' cancelled, 'unkn' unknown command. Cleared at each
-// dispatch.
+// Says how a command that came over the shell's own bus interface ended, when that is more than the reply
+// holds: 'none' (as it is before each event), 'nrun' there is no such tool or it could not be launched,
+// 'cncl' it was cancelled, 'unkn' the command is unknown.
 void AESetCallOutcome(OSType outcome);
 
-// The event id packed in a high-level event record.
+// The event id of a high-level event record, whose WHERE holds it: the high half in v, the low half in h.
 inline OSType high_level_event_id(const EventRecord &event) {
     return static_cast<OSType>(static_cast<std::uint16_t>(event.where.v)) << 16 |
            static_cast<std::uint16_t>(event.where.h);

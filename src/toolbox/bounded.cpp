@@ -56,7 +56,7 @@ int BoundedBuffer::prepend(std::string_view text) {
 }
 
 int BoundedBuffer::format_at(std::size_t offset, const char *format, std::va_list values) {
-    // Measured first, so that a text that does not fit leaves the buffer as it was.
+    // The text is measured first, so that one that does not fit leaves the buffer as it was.
     std::va_list measured;
     va_copy(measured, values);
     const int length = std::vsnprintf(nullptr, 0, format, measured);

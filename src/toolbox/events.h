@@ -1,5 +1,5 @@
-// Event Manager: the one queue of event records that everything a person or another program does goes
-// through.
+// Event Manager: the one queue of event records. Everything that a person or another program does reaches the
+// shell as a record in this queue.
 #ifndef QUILLON_TOOLBOX_EVENTS_H
 #define QUILLON_TOOLBOX_EVENTS_H
 
@@ -7,7 +7,7 @@
 
 namespace quillon {
 
-// Kinds of event. The mask bit of a kind is 1 << kind.
+// Kinds of event. The mask bit of a kind is 1 << kind; that of high-level events is bit 10.
 enum : std::uint16_t {
     nullEvent = 0,
     mouseDown = 1,
@@ -32,7 +32,7 @@ enum : std::uint16_t {
     optionKey = 0x0800,
 };
 
-// Message of an operating-system event: the high byte 1 is suspend or resume, bit 0 says resume.
+// The message of an operating-system event: a high byte of 1 means suspend or resume, bit 0 tells resume.
 enum : std::uint32_t { suspendResumeMessage = 0x01000000, resumeFlag = 1 };
 
 struct EventRecord {
@@ -40,48 +40,52 @@ struct EventRecord {
     // Key events: the character. Menu choices (a mouse down in the menu bar): menu id << 16 | item.
     // High-level events: the event class.
     std::uint32_t message;
-    std::uint32_t when;
+    std::uint32_t when; // ticks
     // High-level events carry the event id here, packed as (v << 16 | h).
     Point where;
     std::uint16_t modifiers;
-    // High-level events: which of the received events this is. 0 for all others.
+    // High-level events: the number of the received event. 0 for all other records.
     std::uint32_t serial;
 };
 
-// Takes the first queued event that MASK admits: 1 and the event, or 0 and a null event. The first call that
-// finds nothing after something happened answers at once; the next sleeps, at most SLEEP ticks (1/60 s),
-// until something happens.
+// Takes the first queued event that MASK and the gate admit: 1 and the event, or 0 and a null event. Where
+// none waits, the first call since something happened answers at once; later calls sleep at most SLEEP ticks
+// (1/60 s) until something happens.
 int WaitNextEvent(std::uint16_t mask, EventRecord *event, std::uint32_t sleep);
-// As WaitNextEvent, without sleeping.
+// Takes an event as WaitNextEvent does, without ever sleeping.
 int GetNextEvent(std::uint16_t mask, EventRecord *event);
-// Looks, taking nothing and not sleeping.
+// Copies the first event that MASK and the gate admit and leaves it in the queue: 1, or 0 and a null event.
 int EventAvail(std::uint16_t mask, EventRecord *event);
-// Command-period or Escape in the queue: takes it and answers 1.
+// Takes the first Command-period or Escape out of the queue: 1, or 0 when there is none.
 int CheckEventQueueForUserCancel();
 
-// Appends an event for the shell. 0 when the queue is full; that is said on standard error, nothing is lost
-// that was queued before.
+// Appends an event for the shell, stamped with the present tick: 1, or 0 when the queue (512 records) is
+// full. A refusal is reported on standard error; the events that wait already are all kept.
 int PostEvent(std::uint16_t what, std::uint32_t message, std::uint16_t modifiers, Point where);
-// A high-level event record for the received event SERIAL (see apple_events.h).
+// Appends a high-level event record for the received event number SERIAL, or for an event of the host itself
+// (0): 1, or 0 as PostEvent. Events of other programs leave the last 64 places free, except a tool's reports.
 int PostHighLevelEvent(OSType event_class, OSType event_id, std::uint32_t serial);
-// Says that something happened that is no event of its own (a reply came, a process ended): a wait wakes.
+// Wakes a waiting WaitNextEvent when something happened that is no event (a reply came, a process ended).
 void WakeUp();
 
-// While ADMITS answers 0 for an event, that event stays in the queue whatever the mask. Null admits
-// everything.
+// Sets the gate: an event for which ADMITS answers 0 stays in the queue whatever the mask. Null removes it.
 void SetEventGate(int (*admits)(const EventRecord &event));
+// 1 while a gate is set, else 0.
 int EventsAreGated();
 
+// The ticks (1/60 s) of the host's monotonic clock; the count runs over after some two years.
 std::uint32_t TickCount();
+// The longest time between the clicks of a double click: always 30 ticks.
 std::uint32_t GetDblTime();
 
-// What the host or the person has asked outside the queue: the window's close button, SIGTERM, log-out, the
-// bus. The loop ends any run, saves and exits.
+// Asks the shell to end: the window's close button, SIGTERM, log-out and the bus do. The event loop then ends
+// any run, saves and exits.
 void RequestLeave();
+// 1 once the shell was asked to end, else 0.
 int LeaveRequested();
-// Another program asks to cancel the run in progress, wherever the shell stands on the screen.
-// CancelRequested takes the request.
+// Asks to cancel the run in progress, also while the shell is behind other programs.
 void RequestCancel();
+// 1 when somebody asked to cancel since the last call, else 0; the call takes the request back.
 int CancelRequested();
 
 } // namespace quillon

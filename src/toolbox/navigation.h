@@ -11,12 +11,13 @@ namespace quillon {
 
 enum NavKind { navGetFile, navPutFile, navChooseFolder, navChooseApplication };
 
-// A record of the filter pop-up.
+// An entry of the filter pop-up: files of that creator and type, under the name TEXT.
 struct NavMenuItem {
     OSType creator, type;
     BoundedString<512> text;
 };
 
+// What a chooser asks for. All strings and the filters belong to the caller.
 struct NavRequest {
     NavKind kind;
     const char *prompt;
@@ -25,16 +26,17 @@ struct NavRequest {
     const NavMenuItem *filters;
     int filter_count;
     int initial_filter; // index into FILTERS
-    // The person picked a filter record (may be null).
+    // Called when the person picks an entry of the filter pop-up; may be null.
     void (*filter_picked)(const NavMenuItem *item);
-    // 1 when the entry is to be shown (may be null: all are). SPEC is null for an item that is no file.
+    // Answers 1 when the entry is to be shown; null shows all. SPEC is null for an item that is no file.
     int (*shows)(const FSSpec *spec);
-    // An update or activate event for one of the shell's own windows came while the chooser is up (may be
-    // null).
+    // Takes an update or activate event of the shell's own windows while the chooser is up; may be null. The
+    // fronts of this host never call it: such an event waits in the queue until the chooser has closed.
     void (*window_event)(const EventRecord *event);
 };
 
-// 1 and the chosen POSIX path, or 0 when the person cancels.
+// Shows the chooser until the person chooses or cancels: 1 and the absolute POSIX path of the choice, or 0
+// when it was cancelled or the path does not fit.
 int NavRun(const NavRequest *request, BoundedBuffer &posix_path);
 
 } // namespace quillon

@@ -10,6 +10,7 @@ namespace quillon {
 
 constexpr ProcessSerialNumber kNoProcess = {0, 0};
 
+// What GetProcessInformation fills. The name and the location are filled where their pointers are not null.
 struct ProcessInfoRec {
     std::uint32_t processInfoLength; // 60
     unsigned char *processName;      // length-prefixed, room for 64 bytes; may be null
@@ -19,6 +20,7 @@ struct ProcessInfoRec {
     FSSpec *processAppSpec; // may be null: the location of the program or of its executable
 };
 
+// The first event that a launched application gets.
 struct AppParameters {
     EventRecord theMsgEvent;
     std::uint32_t eventRefCon;
@@ -33,40 +35,42 @@ enum : std::uint16_t {
     launchDontSwitch = 0x0200,
 };
 
+// What LaunchApplication launches and how; it fills launchProcessSN.
 struct LaunchParamBlockRec {
-    std::uint32_t reserved1;
-    std::uint16_t reserved2;
     std::uint16_t launchBlockID;
     std::uint32_t launchEPBLength;
     std::uint16_t launchFileFlags;
     std::uint16_t launchControlFlags;
     FSSpec *launchAppSpec;
     ProcessSerialNumber launchProcessSN;
-    std::uint32_t launchPreferredSize;
-    std::uint32_t launchMinimumSize;
-    std::uint32_t launchAvailableSize;
     AppParameters *launchAppParameters;
 };
 
-// The process after PSN (kNoProcess: the first); procNotFound at the end. In order: the programs launched
-// from here, the applications on the bus, the user's other processes.
+// Replaces PSN by the process that follows it in the list, or by the first for kNoProcess. The programs
+// launched from here come first, then the applications on the bus, then the user's other processes. At the
+// end it gives procNotFound and kNoProcess.
 OSErr GetNextProcess(ProcessSerialNumber *psn);
-// 1 for one of the user's other processes: they come last, are known by their program (ProcessIsProgram), and
-// have no signature of their own.
+// 1 for one of the user's other processes, which has no signature of its own and is told by its program
+// (ProcessIsProgram), else 0.
 int IsPlainProcess(const ProcessSerialNumber *psn);
+// Fills INFO; the signature is '????' where none is known. procNotFound when there is no such process.
 OSErr GetProcessInformation(const ProcessSerialNumber *psn, ProcessInfoRec *info);
+// Sets PSN to the shell itself. Always noErr.
 OSErr GetCurrentProcess(ProcessSerialNumber *psn);
+// Sets PSN to the shell while it is in front, else to kNoProcess. Always noErr.
 OSErr GetFrontProcess(ProcessSerialNumber *psn);
+// 1 when both are the same process, else 0.
 int SameProcess(const ProcessSerialNumber *a, const ProcessSerialNumber *b);
+// Asks the process, the shell itself or one on the bus, to come to the front. Always noErr.
 OSErr SetFrontProcess(const ProcessSerialNumber *psn);
-// Starts the bundle or program at launchAppSpec. memFullErr when the host has no room for a process, another
-// code when it cannot be started.
+// Starts the bundle or program at launchAppSpec and sets launchProcessSN. memFullErr when the host has no
+// room for a process, fnfErr when the program is missing, permErr when it cannot be started.
 OSErr LaunchApplication(LaunchParamBlockRec *block);
 // Ends a program launched from here at once, with every process of its group. procNotFound for any other
 // process.
 OSErr EndProcess(const ProcessSerialNumber *psn);
-// Whether the process is the program at SPEC: a plain program is known by its canonical path, since many
-// share a signature.
+// 1 when the process runs the program at SPEC, else 0. The canonical paths are compared, since many plain
+// programs share a signature.
 int ProcessIsProgram(const ProcessSerialNumber *psn, const FSSpec *spec);
 
 } // namespace quillon

@@ -1,7 +1,7 @@
 // Resource Manager, as far as the preferences file needs it: named string records in one file.
 //
 // The file is text, one record a line, KEY=value; in a value "\\", "\n", "\r" and "\xHH" stand for bytes that
-// a line cannot hold. Blank lines, lines that begin with "#" and lines that are no record are kept.
+// a line cannot hold. Writing keeps blank lines, lines that begin with "#" and lines that are no record.
 #ifndef QUILLON_TOOLBOX_RESOURCES_H
 #define QUILLON_TOOLBOX_RESOURCES_H
 
@@ -14,14 +14,14 @@ struct RecordChange {
     const char *value;
 };
 
-// All paths are POSIX paths. 1 when the file can be opened for reading.
+// 1 when the file at the POSIX path can be opened for reading, else 0.
 int RecordFileOpens(const char *path);
-// The value of KEY in newly allocated memory (malloc; the caller frees it), null when there is no such record
-// or the file cannot be read. SIZE (may be null) is its length in bytes.
+// The value of KEY in the file at the POSIX path, with a final NUL, in memory that the caller frees (free).
+// SIZE (may be null) is set to its length in bytes. Null when there is no such record or no readable file.
 char *RecordRead(const char *path, const char *key, std::size_t *size);
-// Writes all the changes as one transaction: 1, or 0 when nothing was changed (the lock was not had in two
-// seconds, the file is missing or cannot be written). A value that is the same already writes nothing and
-// is 1.
+// Writes all COUNT changes, or none: 1, or 0 when nothing was changed because another program held the file's
+// lock for two seconds or the file is missing or not writable. Values that are the same already count as
+// written.
 int RecordWrite(const char *path, const RecordChange *changes, int count);
 
 } // namespace quillon

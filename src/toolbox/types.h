@@ -10,7 +10,7 @@ using OSErr = std::int16_t;
 using OSStatus = std::int32_t;
 using OSType = std::uint32_t;
 
-// A four-character code, first character in the high byte.
+// The four-character code that CODE spells; the first character goes into the high byte.
 constexpr OSType four(const char (&code)[5]) {
     return static_cast<OSType>(static_cast<unsigned char>(code[0])) << 24 |
            static_cast<OSType>(static_cast<unsigned char>(code[1])) << 16 |
@@ -39,13 +39,11 @@ enum : OSStatus {
     eofErr = -39,
     fnfErr = -43,
     wPrErr = -44,
-    opWrErr = -49,
     paramErr = -50,
     dupFNErr = -48,
     permErr = -54,
     memFullErr = -108,
     dirNFErr = -120,
-    resNotFound = -192,
     procNotFound = -600,
     memFragErr = -601,
     connectionInvalid = -609,

@@ -1,11 +1,11 @@
-// The toolkit in programs that show a window only now and then.
+// Starts the toolkit in programs that seldom show a window.
 #ifndef QUILLON_WIDGETS_APPLICATION_H
 #define QUILLON_WIDGETS_APPLICATION_H
 
 namespace widgets {
 
-// Makes the application object, once: it lives as long as the process, since the toolkit allows no second.
-// False when no display opens.
+// Makes the toolkit's application object at the first call; it is never freed, since the toolkit allows no
+// second. False when no display can be opened.
 bool make_window_application();
 
 } // namespace widgets

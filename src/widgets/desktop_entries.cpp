@@ -12,7 +12,7 @@ namespace widgets {
 
 namespace {
 
-// The value of KEY in the person's own language where there is one.
+// The value of KEY in the person's language, else the common one.
 QString localised(const QHash<QString, QString> &values, const QString &key) {
     const QString locale = QLocale().name();
     for (const QString &suffix : {locale, locale.section(u'_', 0, 0)})

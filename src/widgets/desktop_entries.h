@@ -1,4 +1,4 @@
-// The applications that the desktop offers: installed desktop entries.
+// The applications that the desktop offers, read from its desktop entries.
 #ifndef QUILLON_WIDGETS_DESKTOP_ENTRIES_H
 #define QUILLON_WIDGETS_DESKTOP_ENTRIES_H
 
@@ -9,12 +9,14 @@ namespace widgets {
 
 struct DesktopEntry {
     QString name, comment, icon;
-    QString path; // of the desktop file
+    QString path; // absolute POSIX path of the desktop file
 };
 
-// The entry in the file at PATH; its path is empty when it is no application to show.
+// Reads the desktop file at the POSIX path, in the person's language. The entry's path is empty when the file
+// cannot be read or is no application that this desktop shows.
 DesktopEntry read_desktop_entry(const QString &path);
-// By name. An entry of the user's own folder hides one of the same id further along.
+// The installed applications, ordered by name. An entry in the user's own folder hides those of the same id
+// in the system's folders.
 QList<DesktopEntry> installed_applications();
 
 } // namespace widgets

@@ -44,7 +44,7 @@ bool wayland_opens() {
     return opens;
 }
 
-// The toolkit's X11 plug-in loads the same library, so that this costs one connection only.
+// The library is loaded by name, so that programs do not depend on it; the X11 plug-in loads it too.
 bool x11_opens() {
     if (!is_set("DISPLAY"))
         return false;

@@ -6,7 +6,7 @@
 
 namespace widgets {
 
-// The installed icon, else the same drawn here.
+// The installed icon, else the same one drawn here in five sizes.
 QIcon shell_icon();
 
 } // namespace widgets

@@ -10,17 +10,14 @@
 #include "files/paths.h"
 #include "support/recording_front.h"
 #include "support/temporary_home.h"
+#include "support/whole_text.h"
 
 namespace quillon {
 namespace {
 
 class Console : public ::testing::Test {
   protected:
-    std::string text_bytes() const {
-        std::string bytes(TXNDataSize(text), '\0');
-        TXNGetData(text, 0, bytes.size(), bytes.data(), bytes.size());
-        return bytes;
-    }
+    std::string text_bytes() const { return test::whole_text(text); }
     FSSpec file_of(const std::string &content) {
         std::ofstream(home_.path("work/log"), std::ios::binary) << content;
         FSSpec spec;

@@ -11,6 +11,7 @@
 #include "settings/settings.h"
 #include "state/job_state.h"
 #include "support/temporary_home.h"
+#include "support/whole_text.h"
 #include "toolbox/files.h"
 
 namespace quillon::test {
@@ -131,12 +132,6 @@ EventRecord click_at(int v, int h) {
     return {mouseDown, 0, 0, {static_cast<std::int16_t>(v), static_cast<std::int16_t>(h)}, 0, 0};
 }
 
-std::string whole_text() {
-    std::string bytes(TXNDataSize(text), '\0');
-    TXNGetData(text, 0, bytes.size(), bytes.data(), bytes.size());
-    return bytes;
-}
-
 } // namespace
 
 TEST_F(ConsoleWindow, RestoresARectangleThatAScreenContains) {
@@ -194,7 +189,7 @@ TEST_F(ConsoleWindow, SecondTextObjectGivesNullAndLeavesTheFirst) {
     open_with("");
     TXNSetData(text, "kept", 4);
     EXPECT_EQ(SetUpTextWindow("Quillon", 0), nullptr);
-    EXPECT_EQ(whole_text(), "kept");
+    EXPECT_EQ(whole_text(text), "kept");
 }
 
 TEST_F(ConsoleWindow, UninstalledFontGivesMonacoAndUnreadableSizeTen) {
@@ -229,7 +224,7 @@ TEST_F(ConsoleWindow, ClearKeepsTheWindowAndAppliesTheFontAgain) {
     EXPECT_EQ(seen.windows_made, 1);
     EXPECT_EQ(seen.attached, 1);
     ASSERT_NE(text, nullptr);
-    EXPECT_EQ(TXNDataSize(text), 0u);
+    EXPECT_EQ(whole_text(text), "");
     expect_bounds(seen.bounds, 60, 30, 410, 510);
     EXPECT_EQ(seen.font, "Courier");
     EXPECT_EQ(seen.size, 14);
@@ -281,14 +276,14 @@ TEST_F(ConsoleWindow, CancelledSaveChangesNothing) {
     open_with("");
     SaveConsole();
     EXPECT_TRUE(savelogname.empty());
-    EXPECT_EQ(whole_text(), "");
+    EXPECT_EQ(whole_text(text), "");
 }
 
 TEST_F(ConsoleWindow, FileThatCannotBeOpenedIsSaid) {
     open_with("");
     seen.chosen = home_.folder("work/a folder");
     SaveConsole();
-    EXPECT_EQ(whole_text(), "can't open data fork\r");
+    EXPECT_EQ(whole_text(text), "can't open data fork\r");
 }
 
 TEST_F(ConsoleWindow, ClicksInTheTextAreIgnored) {
@@ -358,17 +353,17 @@ TEST_F(ConsoleWindow, TypedKeysReachTheTextOnlyWhileTheSelectionShows) {
         TXNKeyDown(text, &event);
     };
     type('x');
-    EXPECT_EQ(whole_text(), "");
+    EXPECT_EQ(whole_text(text), "");
     TXNShowSelection(text, 1);
     for (const std::uint32_t byte : {0x61u, 0xC3u, 0xA9u, 0x62u})
         type(byte);
     type('k', cmdKey);
     type(27);
-    EXPECT_EQ(whole_text(), "a\xC3\xA9"
-                            "b");
+    EXPECT_EQ(whole_text(text), "a\xC3\xA9"
+                                "b");
     type(8);
     type(127); // both bytes of the character
-    EXPECT_EQ(whole_text(), "a");
+    EXPECT_EQ(whole_text(text), "a");
     type(13);
     std::uint32_t lines = 0;
     TXNGetLineCount(text, &lines);

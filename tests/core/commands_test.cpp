@@ -19,6 +19,7 @@
 #include "menus/recent_files.h"
 #include "support/recording_front.h"
 #include "support/temporary_home.h"
+#include "support/whole_text.h"
 #include "toolbox/events.h"
 #include "toolbox/received_events.h"
 #include "tools/shell_commands.h"
@@ -187,8 +188,7 @@ class Commands : public ::testing::Test {
         };
         for (const std::string &window : recorded_->windows)
             found["windows"] += window + "\n";
-        std::string console(TXNDataSize(text), '\0');
-        TXNGetData(text, 0, console.size(), console.data(), console.size());
+        std::string console = test::whole_text(text);
         std::replace(console.begin(), console.end(), '\r', '\n');
         found["console"] = console;
         std::istringstream settings(home_.read("config/Quillon Preferences"));

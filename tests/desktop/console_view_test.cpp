@@ -219,28 +219,45 @@ TEST_F(View, LineOfHundredMegabytesIsShownAtOnce) {
     EXPECT_EQ(row(0), std::string(80, 'w'));
 }
 
+// Counts the paints of the view.
+class PaintCounter : public QObject {
+  public:
+    explicit PaintCounter(const ConsoleView &view) { view.viewport()->installEventFilter(this); }
+    int paints = 0;
+
+  protected:
+    bool eventFilter(QObject *, QEvent *event) override {
+        paints += event->type() == QEvent::Paint;
+        return false;
+    }
+};
+
 TEST_F(View, OnePaintServesManyWrites) {
+    const PaintCounter counter(view_);
     write("first\r");
     view_.refresh(true);
-    const int before = view_.paints();
+    const int before = counter.paints;
+    EXPECT_GT(before, 0);
     for (int i = 0; i < 2000; ++i) {
         write("x\r");
         view_.refresh(false);
     }
-    EXPECT_LT(view_.paints() - before, 200);
+    EXPECT_LT(counter.paints - before, 200);
     QApplication::processEvents();
     EXPECT_EQ(last_row(), "x");
 }
 
 TEST_F(View, RefreshWithNothingNewPaintsNothing) {
+    const PaintCounter counter(view_);
     write("a\r");
     view_.refresh(true);
     QApplication::processEvents();
-    const int before = view_.paints();
+    const int before = counter.paints;
+    EXPECT_GT(before, 0);
     for (int i = 0; i < 100; ++i)
         view_.refresh(false);
     QApplication::processEvents();
-    EXPECT_EQ(view_.paints(), before);
+    EXPECT_EQ(counter.paints, before);
 }
 
 TEST_F(View, ClearedTextShowsNothing) {

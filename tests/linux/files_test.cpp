@@ -1,15 +1,11 @@
 #include <fcntl.h>
 #include <sys/xattr.h>
 
-#include <ctime>
 #include <filesystem>
 
 #include "files/paths.h"
-#include "linux/events/loop.h"
 #include "linux/files/host.h"
-#include "linux/files/kept_folders.h"
 #include "support/temporary_home.h"
-#include "toolbox/pipes.h"
 
 using namespace quillon;
 using namespace quillon::test;
@@ -63,6 +59,17 @@ class Files : public testing::Test {
 };
 
 } // namespace
+
+// The first test of all: a process reads the table of editors once.
+TEST_F(Files, EditorsHaveTheirCreator) {
+    home_.file("data/Quillon/editors.table", "ed | | +%l %f\n");
+    home_.file("work/ed", "#!/bin/sh\n");
+    home_.file("work/other", "#!/bin/sh\n");
+    ::chmod(home_.path("work/ed").c_str(), 0755);
+    ::chmod(home_.path("work/other").c_str(), 0755);
+    EXPECT_EQ(info("work/ed").fdCreator, four("!Rch"));
+    EXPECT_EQ(info("work/other").fdCreator, four("????"));
+}
 
 TEST_F(Files, VolumeIsTheFirstComponentAndItsRootIsFolderTwo) {
     FSSpec volume, inside;
@@ -145,11 +152,10 @@ TEST_F(Files, LongLeavesAreShortenedUniquelyAndComeBackWhole) {
     EXPECT_EQ(posix(first), home_.path("work/" + one));
     EXPECT_EQ(unix_path(second), home_.path("work/" + two));
     BoundedString<256> text;
-    unsigned char name[64];
-    ASSERT_EQ(to_pascal(one.c_str(), name), 1);
-    from_pascal(name, text);
+    from_pascal(first.name, text);
     EXPECT_EQ(text.view(), one);
-    EXPECT_TRUE(std::string_view(reinterpret_cast<const char *>(name + 1), name[0]).ends_with(".tex"));
+    EXPECT_TRUE(
+        std::string_view(reinterpret_cast<const char *>(first.name + 1), first.name[0]).ends_with(".tex"));
 }
 
 TEST_F(Files, LongFolderNamesStayWholeInPaths) {
@@ -254,13 +260,8 @@ TEST_F(Files, FolderTestsAsAbsentForFinderInfo) {
     EXPECT_EQ(FSFileExists(home_.mac("work").c_str()), 0);
 }
 
-// Three times, since a folder is held only from the second on.
 static int seen(const std::string &path) {
-    int answers[3];
-    for (int &answer : answers)
-        answer = PosixFileExists(path.c_str());
-    EXPECT_TRUE(answers[0] == answers[1] && answers[1] == answers[2]) << path;
-    return answers[2];
+    return PosixFileExists(path.c_str());
 }
 
 TEST_F(Files, ExistenceIsThatOfTheMomentOfAsking) {
@@ -278,55 +279,6 @@ TEST_F(Files, ExistenceIsThatOfTheMomentOfAsking) {
     ASSERT_EQ(::mkdir(file.c_str(), 0755), 0);
     EXPECT_EQ(seen(file), 0);
     EXPECT_EQ(seen(home_.path("work/")), 0);
-}
-
-TEST_F(Files, MovedFolderIsSeenAfterAWaitAndAfterACommand) {
-    const std::string folder = home_.path("work/f"), other = home_.path("work/g");
-    home_.file("work/f/x");
-    EXPECT_EQ(seen(folder + "/x"), 1);
-    ASSERT_EQ(::rename(folder.c_str(), other.c_str()), 0);
-    LoopDispatch();
-    EXPECT_EQ(seen(folder + "/x"), 0);
-    EXPECT_EQ(seen(other + "/x"), 1);
-    const auto run = reinterpret_cast<std::FILE *(*)(const char *, const char *)>(SystemFunction("popen"));
-    const auto end = reinterpret_cast<int (*)(std::FILE *)>(SystemFunction("pclose"));
-    EXPECT_EQ(end(run(("mv '" + other + "' '" + folder + "'").c_str(), "r")), 0);
-    EXPECT_EQ(seen(folder + "/x"), 1);
-    EXPECT_EQ(seen(other + "/x"), 0);
-}
-
-TEST_F(Files, MovedFolderIsSeenWithoutAWaitToo) {
-    home_.file("work/f/x");
-    const std::string path = home_.path("work/f/x");
-    EXPECT_EQ(seen(path), 1);
-    ASSERT_EQ(::rename(home_.path("work/f").c_str(), home_.path("work/g").c_str()), 0);
-    const std::time_t limit = std::time(nullptr) + 30;
-    while (PosixFileExists(path.c_str()) && std::time(nullptr) < limit) {
-    }
-    EXPECT_EQ(seen(path), 0);
-}
-
-TEST_F(Files, FoldersAreHeldOnlyForAWhile) {
-    const auto descriptors = [] {
-        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-    };
-    LoopDispatch();
-    const auto before = descriptors();
-    for (int i = 0; i < 1000; i++) {
-        const std::string path = "work/" + std::to_string(i) + "/x";
-        home_.file(path);
-        EXPECT_EQ(seen(home_.path(path)), 1);
-    }
-    EXPECT_LE(descriptors() - before, 256);
-    LoopDispatch();
-    EXPECT_EQ(descriptors(), before);
-    // No folder's path is too long to be looked into.
-    std::string deep = "work";
-    for (int i = 0; i < 5; i++)
-        deep += "/" + std::string(60, 'd');
-    home_.file(deep + "/x");
-    EXPECT_EQ(seen(home_.path(deep + "/x")), 1);
-    EXPECT_EQ(seen(home_.path(deep + "/y")), 0);
 }
 
 TEST_F(Files, ExistenceCheckReadsNoAttributesAndNoContents) {
@@ -396,14 +348,6 @@ TEST_F(Files, UnstampedFormatsAreJudgedByTheEngineInTheirHeader) {
             ("gzip -c '" + home_.path("work/a.fmt") + "' > '" + home_.path("work/z.fmt") + "'").c_str()),
         0);
     EXPECT_EQ(info("work/z.fmt").fdCreator, four("QXET"));
-}
-
-TEST_F(Files, EditorsHaveTheirCreator) {
-    home_.file("work/ed", "#!/bin/sh\n");
-    ::chmod(home_.path("work/ed").c_str(), 0755);
-    SetEditorJudge([](const char *path) { return std::string_view(path).ends_with("/ed") ? 1 : 0; });
-    EXPECT_EQ(info("work/ed").fdCreator, four("!Rch"));
-    SetEditorJudge(nullptr);
 }
 
 TEST_F(Files, PipesAreNeverOpened) {

@@ -13,7 +13,7 @@ using common::Parameter;
 using common::Parameters;
 using common::ValueKind;
 
-// The value of a descriptor's bytes; a shorter one is filled up with zeros.
+// The bytes of a descriptor as a Value; missing bytes are 0.
 template <typename Value> static Value value_of(const AEDesc &desc) {
     Value value = {};
     const auto &bytes = desc.data->bytes;
@@ -63,7 +63,7 @@ static int make_location(const std::string &path, AEDesc *value) {
     return 1;
 }
 
-// On success VALUE owns its data; on failure it may own some.
+// Makes VALUE of the parameter: 1, or 0 when they do not fit. The caller disposes of VALUE in both cases.
 static int make_value(const Parameter &parameter, AEDesc *value) {
     OSType type = 0;
     if (!parse_code(parameter.type, &type))

@@ -1,5 +1,5 @@
-// Descriptors turned into the parameters of an event on the bus, and back. A location travels as its POSIX
-// path.
+// Turns the parameters of an event into those of a message on the bus, and back. A location travels as its
+// POSIX path.
 #ifndef QUILLON_LINUX_EVENTS_AE_CODEC_H
 #define QUILLON_LINUX_EVENTS_AE_CODEC_H
 
@@ -8,10 +8,10 @@
 
 namespace quillon {
 
-// The items of an event or a reply; none for one without data.
+// The parameters of an event or a reply, as the bus carries them; none for an empty record.
 common::Parameters parameters_of(const AppleEvent &record);
-// Appends the parameters to RECORD, which has data. 0 when a value does not fit its type, a code is not four
-// characters or a path cannot be a location; RECORD then holds those before it.
+// Appends the parameters to RECORD, an event or a reply that was made: 1, or 0 when a value does not fit its
+// type, a code is not four characters or a path cannot be a location. RECORD then holds those before it.
 int take_parameters(const common::Parameters &parameters, AppleEvent *record);
 
 } // namespace quillon

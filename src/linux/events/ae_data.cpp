@@ -51,11 +51,6 @@ OSErr AEDisposeDesc(AEDesc *desc) {
     return noErr;
 }
 
-OSErr AEDuplicateDesc(const AEDesc *desc, AEDesc *result) {
-    *result = ae_copy(*desc);
-    return noErr;
-}
-
 OSErr AECreateAppleEvent(OSType event_class, OSType event_id, const AEDesc *target, std::int16_t,
                          std::int32_t, AppleEvent *result) {
     result->data = nullptr;

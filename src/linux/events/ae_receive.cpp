@@ -92,7 +92,7 @@ int events_wait_from(const char *owner) {
 OSErr AEProcessAppleEvent(const EventRecord *record) {
     const auto found = received_events.find(record->serial);
     if (found == received_events.end()) {
-        // An event of the host itself carries no parameters and wants no reply.
+        // Only events of the host itself have no entry; they carry no parameters and want no reply.
         AppleEvent event, reply;
         ae_make_record(&event, record->message, high_level_event_id(*record));
         const OSErr result = dispatch_event(&event, &reply);
@@ -106,7 +106,7 @@ OSErr AEProcessAppleEvent(const EventRecord *record) {
         ae_make_record(&reply, four("aevt"), four("ansr"));
     const bool leaves = record->message == four("aevt") && high_level_event_id(*record) == four("quit");
     if (leaves && received.answer) {
-        // The program exits in the handler: the answer goes first.
+        // The handler ends the program, so the answer is sent first.
         received.answer(received.call, noErr, &reply);
         if (HostBus())
             sd_bus_flush(HostBus());

@@ -1,10 +1,9 @@
-// Events that arrive from the bus: queued in the bus's callback, handled from the event loop, answered then.
+// Events that arrive from the bus. The bus's callback only queues them, the event loop handles them.
 #ifndef QUILLON_LINUX_EVENTS_AE_RECEIVE_H
 #define QUILLON_LINUX_EVENTS_AE_RECEIVE_H
 
 #include <systemd/sd-bus.h>
 
-#include <cstdint>
 #include <functional>
 #include <string>
 
@@ -12,26 +11,26 @@
 
 namespace quillon {
 
-// Takes a call of the method Event of org.quillon.App1: the event is queued, the answer comes when it has
-// been handled.
+// Takes a call of the method Event of org.quillon.App1: it queues the event, which is answered once it was
+// handled. A negative errno value, with ERROR set, when the call is malformed or refused.
 int receive_application_event(sd_bus_message *call, sd_bus_error *error);
 
-// Queues EVENT (its data is taken over). ANSWER is called once with the handler's result and the reply, and
-// with the call's message, of which a reference is kept (null for an event from within). 0 when the queue is
-// full.
+// Appends EVENT to the event queue and takes its data over: 1, or 0 when the queue is full. ANSWER is called
+// once, with the handler's result, the reply, and CALL, which is kept until then (null for an event from
+// within).
 using AnswerProcedure = std::function<void(sd_bus_message *call, OSErr result, const AppleEvent *reply)>;
 int queue_received_event(AppleEvent event, sd_bus_message *call, AnswerProcedure answer);
 
-// The bus name of the client whose command runs now, where that client can answer the tool; empty for none.
+// The bus name of the client whose command runs now when it offered to answer the tool's questions, else "".
 const std::string &answering_client();
 
-// Hands EVENT to its handler at once, as an event from this program itself.
+// Calls the handler of EVENT at once; the result is the handler's, errAEEventNotHandled when there is none.
 OSErr dispatch_event(const AppleEvent *event, AppleEvent *reply);
 
-// 1 when an event from the bus peer OWNER waits in the queue.
+// 1 when an event from the program with the unique bus name OWNER waits in the queue, else 0.
 int events_wait_from(const char *owner);
 
-// How an 'exec' ended beyond its reply, for the caller on the bus; see AESetCallOutcome.
+// What the last handler told with AESetCallOutcome; 'none' when it told nothing.
 OSType call_outcome();
 
 } // namespace quillon

@@ -1,4 +1,4 @@
-// Sending events: to applications on the bus, and to plain programs as far as they understand any.
+// Sending events to applications on the bus, and documents and quit requests to plain programs.
 #include <signal.h>
 #include <spawn.h>
 #include <unistd.h>
@@ -20,7 +20,7 @@
 
 namespace quillon {
 
-// A wait for a reply that a bus callback fills in.
+// The state of a wait for a reply, which a callback of the bus completes.
 struct Waiting {
     bool done = false;
     OSErr result = noErr;
@@ -55,16 +55,17 @@ static int on_reply(sd_bus_message *message, void *context, sd_bus_error *) {
     return 0;
 }
 
-// Serves events until DONE answers 1: noErr, or -1711 abandoned by IDLE, -1712 after TIMEOUT ticks.
+// Serves events until DONE answers 1: noErr, errAEWaitCanceled when IDLE gives the wait up, or errAETimeout
+// after TIMEOUT ticks.
 template <typename Done> static OSErr wait_for(Done done, std::int32_t timeout, AEIdleProc idle) {
     const std::uint32_t start = TickCount();
     std::uint32_t sleep = 0;
     while (!done()) {
         EventRecord event;
-        // Other programs' events pass while a job holds back those that start work; else they wait for the
-        // loop, which carries out what they ask for.
+        // While a job's gate holds back the events that start work, other programs' events are taken here;
+        // otherwise they stay in the queue for the event loop.
         WaitNextEvent(EventsAreGated() ? 0x8140 | highLevelEventMask : 0x8140, &event, sleep);
-        // An event that was taken is handled, also when the wait is over.
+        // An event that was taken must be handled even when the wait is over.
         if (event.what == kHighLevelEvent) {
             AEProcessAppleEvent(&event);
             continue;
@@ -140,7 +141,7 @@ static OSErr open_document(const std::string &program, const AppleEvent *event) 
     return failure == 0 ? static_cast<OSErr>(noErr) : static_cast<OSErr>(connectionInvalid);
 }
 
-// A desktop program that is not on the bus: documents and quit requests, nothing else.
+// Sends to a program that is not on the bus; it can only be given documents and be asked to quit.
 static OSErr send_to_plain(const AppleEvent *event, const ProcessSerialNumber &psn) {
     if (event->data->event_class != four("aevt"))
         return errAEEventNotHandled;
@@ -156,13 +157,13 @@ static OSErr send_to_plain(const AppleEvent *event, const ProcessSerialNumber &p
     return path.empty() ? static_cast<OSErr>(procNotFound) : open_document(path, event);
 }
 
-// Asks a program launched from here that has no name on the bus to end, and what it started with it.
+// Ends a program launched from here that has no name on the bus, together with the programs it started.
 static OSErr end_program(const Launched &program) {
     return !program.exited && kill(-program.pid, SIGTERM) == 0 ? static_cast<OSErr>(noErr)
                                                                : static_cast<OSErr>(procNotFound);
 }
 
-// The process that TARGET names. A quit by signature goes only to a program launched from here.
+// Sets PSN to the process that TARGET names. A quit by signature only reaches programs launched from here.
 static OSErr find_target(const AEDesc &target, bool quits, ProcessSerialNumber *psn) {
     if (target.descriptorType == typeProcessSerialNumber &&
         target.data->bytes.size() == sizeof(ProcessSerialNumber)) {
@@ -187,7 +188,7 @@ static OSErr find_target(const AEDesc &target, bool quits, ProcessSerialNumber *
     return procNotFound;
 }
 
-// What is handled in a wait may forget a program, so each look finds it anew.
+// An event that is handled during a wait may forget the program, so it is looked up anew each time.
 static bool has_ended(pid_t pid) {
     const Launched *const program = find_launched(pid);
     return !program || program->exited;
@@ -222,7 +223,7 @@ OSErr AESend(const AppleEvent *event, AppleEvent *reply, std::int32_t mode, std:
     tool_waits += wait;
     OSErr result = noErr;
     if (program)
-        // The program has only just been launched: its name comes in a moment, or it ends.
+        // A program that was only just launched gets its name on the bus in a moment, or ends.
         result = wait_for([pid] { return has_settled(pid); }, limit, idle);
     const std::string owner = bus_owner(psn.highLongOfPSN, pid);
     if (result == noErr)

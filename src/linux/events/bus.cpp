@@ -1,4 +1,4 @@
-// The session bus: connecting, this application's own name and properties, and the loss of the bus.
+// The session bus: connects to it, offers this application on it, and tells the shell when it is lost.
 #include <unistd.h>
 
 #include "common/application_object.h"

@@ -1,4 +1,5 @@
-// The event queue: sources only post to it, the loop takes from it. A full queue is said, never overwritten.
+// The event queue. Sources only append to it, and the event loop takes from it. A full queue refuses an event
+// and reports that; it never overwrites one.
 #include <time.h>
 
 #include <cstdio>
@@ -11,7 +12,7 @@
 namespace quillon {
 
 static constexpr unsigned queue_limit = 512;
-// Places that the events of other programs leave to the person, the host and the tools' reports.
+// The places that events of other programs leave free for those of the person, the host and the tools.
 static constexpr unsigned reserved_places = 64;
 static EventRecord queue[queue_limit];
 static unsigned queue_length = 0;

@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -19,7 +18,7 @@
 
 namespace quillon {
 
-// The environment of a tool: the shell's own, and what the tool is to know of the shell.
+// The environment of a tool: the shell's own, with the front and the process id of the shell added.
 static std::vector<std::string> tool_environment() {
     std::vector<std::string> variables;
     for (char **variable = environ; *variable; variable++)
@@ -46,8 +45,8 @@ static int spawn(const std::string &program, bool is_bundle, pid_t *pid) {
                                                 (is_bundle ? POSIX_SPAWN_SETPGROUP : POSIX_SPAWN_SETSID)));
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    // Standard output is the console's text in the headless front; what a program says goes to standard
-    // error.
+    // The headless front prints the console's text on standard output, so the output of a program goes to
+    // standard error.
     posix_spawn_file_actions_adddup2(&actions, STDERR_FILENO, STDOUT_FILENO);
 
     std::vector<std::string> variables = is_bundle ? tool_environment() : std::vector<std::string>();

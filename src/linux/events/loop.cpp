@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <initializer_list>
 
 #include "linux/events/event_sources.h"
-#include "linux/files/kept_folders.h"
 
 namespace quillon {
 
@@ -39,10 +39,8 @@ int LoopDescriptor() {
     return sd_event_get_fd(HostLoop());
 }
 
-// Serves sources until none is ready. 1 when any was served; the descriptor is armed afterwards.
 int LoopDispatch() {
     sd_event *const events = HostLoop();
-    ForgetFolders();
     int served = 0;
     for (;;) {
         if (sd_event_get_state(events) == SD_EVENT_FINISHED)

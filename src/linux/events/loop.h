@@ -1,16 +1,17 @@
-// The event sources of this host (the bus, child processes, signals, timers) as one descriptor, so that
-// either front can sleep on it.
+// The loop over the event sources of this host (the bus, child processes, signals, timers). It offers them as
+// one descriptor, so that either front can sleep on it.
 #ifndef QUILLON_LINUX_EVENTS_LOOP_H
 #define QUILLON_LINUX_EVENTS_LOOP_H
 
 namespace quillon {
 
-// Readable when a source is ready, provided LoopDispatch was called since.
+// The descriptor, which belongs to the loop. It becomes readable when a source is ready, provided
+// LoopDispatch was called since it last did.
 int LoopDescriptor();
-// Serves every source that is ready, without waiting, and leaves the descriptor armed. 1 when any was served.
+// Serves every source that is ready, without waiting, and readies the descriptor; 1 when it served any.
 int LoopDispatch();
-// Waits at most MILLISECONDS (-1: no limit) for a source, then serves what is ready. For a front without a
-// toolkit of its own.
+// Waits at most MILLISECONDS (-1: no limit) until a source is ready, and serves all that are. A front without
+// a toolkit of its own sleeps this way.
 void LoopSleep(int milliseconds);
 
 } // namespace quillon

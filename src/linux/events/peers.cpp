@@ -1,12 +1,11 @@
-// The applications on the bus: names come and go, signatures are cached as they come, never asked in a scan.
+// The programs launched from here and the applications on the bus. Signatures are read when a name appears,
+// so that a scan of the process list never asks anybody.
 #include "linux/events/peers.h"
 
-#include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <list>
 
@@ -51,8 +50,8 @@ Peer *find_peer(pid_t pid) {
 bool is_listed(const Launched &program) {
     if (!program.exited)
         return true;
-    // What it sent before it ended comes ahead of the news that its name has gone. A child that kept its
-    // connection open keeps the name for ever, so that is not waited for long.
+    // The bus delivers all that the program sent before it tells that its name has gone. A child process that
+    // keeps the connection open keeps the name too, so the wait for that news has a limit.
     if (!program.owner.empty() && !program.owner_gone && HostBus() &&
         TickCount() - program.ended_at < name_patience)
         return true;
@@ -85,8 +84,6 @@ static int on_properties(sd_bus_message *reply, void *context, sd_bus_error *) {
             return 0;
         if (std::strcmp(property, "Signature") == 0)
             peer->known = parse_code(value, &peer->signature);
-        else if (std::strcmp(property, "Name") == 0)
-            peer->name = value;
         else if (std::strcmp(property, "Path") == 0)
             peer->path = value;
         sd_bus_message_exit_container(reply);
@@ -100,7 +97,7 @@ struct Claim {
     std::string owner;
 };
 
-// A name says a process id; the bus says whether its owner is that process.
+// A name only claims a process id; the bus tells whether the owner of the name is that process.
 static int on_owner_process(sd_bus_message *reply, void *context, sd_bus_error *) {
     Claim *const claim = static_cast<Claim *>(context);
     std::uint32_t pid = 0;
@@ -185,7 +182,7 @@ void watch_bus_names(sd_bus *bus) {
 static int on_exit(sd_event_source *source, int, std::uint32_t, void *context) {
     Launched *const program = static_cast<Launched *>(context);
     siginfo_t info;
-    // The descriptor is readable once the process has ended; reap it.
+    // The descriptor becomes readable when the process has ended; waitid removes it from the host's table.
     waitid(P_PIDFD, static_cast<id_t>(program->descriptor), &info, WEXITED);
     sd_event_source_unref(source);
     close(program->descriptor);

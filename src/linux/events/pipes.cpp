@@ -8,7 +8,6 @@
 #include <string>
 
 #include "common/places.h"
-#include "linux/files/kept_folders.h"
 
 namespace quillon {
 
@@ -16,7 +15,7 @@ namespace {
 
 void *library = nullptr;
 
-// Contents/Helpers of the shell's bundle; empty where there is none.
+// The POSIX path of Contents/Helpers of the shell's bundle; empty where there is none.
 std::string helpers_folder() {
     const std::string folder = common::above_own_program(2) + "/Helpers";
     return ::access(folder.c_str(), X_OK) == 0 ? folder : "";
@@ -29,20 +28,13 @@ std::string single_quoted(const std::string &text) {
     return quoted + "'";
 }
 
-// The command finds the helpers first; nothing else of this process sees their folder.
+// Runs a command that finds the helpers first. Only the command's own PATH names their folder.
 std::FILE *open_pipe(const char *command, const char *mode) {
     static const std::string folder = helpers_folder();
     std::string line;
     if (!folder.empty())
         line = "PATH=" + single_quoted(folder) + "${PATH:+:$PATH}; export PATH\n";
     return ::popen((line + command).c_str(), mode);
-}
-
-// What the command did to folders is seen from here on.
-int close_pipe(std::FILE *pipe) {
-    const int status = ::pclose(pipe);
-    ForgetFolders();
-    return status;
 }
 
 } // namespace
@@ -58,8 +50,6 @@ void *SystemFunction(const char *name) {
         return nullptr;
     if (std::strcmp(name, "popen") == 0)
         return reinterpret_cast<void *>(open_pipe);
-    if (std::strcmp(name, "pclose") == 0)
-        return reinterpret_cast<void *>(close_pipe);
     return ::dlsym(library, name);
 }
 

@@ -1,4 +1,4 @@
-// The process list: programs launched from here, applications on the bus, the user's other processes.
+// The process list: programs launched from here, applications on the bus, and the user's other processes.
 #include <dirent.h>
 #include <signal.h>
 #include <sys/stat.h>
@@ -21,8 +21,8 @@
 
 namespace quillon {
 
-// One scan walks one snapshot of the programs and applications known; after them the user's other processes
-// are read one by one, as far as the scan goes.
+// A scan walks over a snapshot of the known programs and applications; then it reads the user's other
+// processes one by one, as far as the caller goes on.
 static std::vector<ProcessSerialNumber> snapshot;
 static DIR *process_folder = nullptr;
 
@@ -36,7 +36,7 @@ static void stop_plain_scan() {
     process_folder = nullptr;
 }
 
-// The next of the user's other processes; false at the end.
+// Sets PSN to the next of the user's other processes; false at the end.
 static bool next_plain(ProcessSerialNumber *psn) {
     if (!process_folder && !(process_folder = opendir("/proc")))
         return false;
@@ -92,7 +92,7 @@ int IsPlainProcess(const ProcessSerialNumber *psn) {
     return psn->highLongOfPSN == psn_plain;
 }
 
-// POSIX path of the bundle or program of a process, and its signature. False when there is no such process.
+// Sets the POSIX path of the bundle or program of a process, and its signature. False when there is none.
 static bool look_up(const ProcessSerialNumber &psn, std::string *path, OSType *signature) {
     const pid_t pid = static_cast<pid_t>(psn.lowLongOfPSN);
     *signature = four("????");
@@ -126,8 +126,8 @@ OSErr GetProcessInformation(const ProcessSerialNumber *psn, ProcessInfoRec *info
     OSType signature = 0;
     if (!look_up(*psn, &path, &signature))
         return procNotFound;
-    // A plain program's signature is its file's creator, and reading it costs a look at the file; such
-    // programs are known by their path (ProcessIsProgram).
+    // The signature of a plain program would be its file's creator, which takes a look at the file; such
+    // programs are told by their path instead (ProcessIsProgram).
     info->processNumber = *psn;
     info->processType = four("APPL");
     info->processSignature = signature;

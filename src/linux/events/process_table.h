@@ -1,8 +1,6 @@
-// The tables behind the process list, for this folder alone.
+// The tables behind the process list. Only the files of this folder use them.
 #ifndef QUILLON_LINUX_EVENTS_PROCESS_TABLE_H
 #define QUILLON_LINUX_EVENTS_PROCESS_TABLE_H
-
-#include <sys/wait.h>
 
 #include <list>
 

@@ -41,7 +41,7 @@ static void put_number(AppleEvent *event, OSType keyword, std::int32_t value) {
     AEPutParamPtr(event, keyword, typeLongInteger, &value, sizeof value);
 }
 
-// The text under KEYWORD of a reply.
+// The text of the parameter KEYWORD of a reply; "" when there is none.
 static std::string reply_text(const AppleEvent *reply, OSType keyword) {
     std::size_t size = 0;
     if (AEGetParamPtr(reply, keyword, typeChar, nullptr, 0, &size) != noErr)
@@ -56,7 +56,7 @@ static void answer_text(sd_bus_message *call, const std::string &text) {
     sd_bus_reply_method_return(call, "s", (valid.take(text) + valid.finish()).c_str());
 }
 
-// Answers with the error that kept a command from being run. 0, and the run's status, when it was run.
+// Answers the call with the error when a command was not run, and gives 1; else 0 with the run's STATUS.
 static int answer_failure(sd_bus_message *call, OSErr result, const AppleEvent *reply, std::int32_t *status) {
     const OSType outcome = call_outcome();
     if (result != noErr ||
@@ -93,7 +93,7 @@ static int append_bytes_entry(sd_bus_message *message, const char *name, const s
     return result < 0 ? result : sd_bus_message_close_container(message);
 }
 
-// The status of the run, and where its first error is.
+// Answers with the status of the run, and with the file, line and message of its first error.
 static void answer_run(sd_bus_message *call, OSErr result, const AppleEvent *reply) {
     std::int32_t status = 0, line = 0;
     sd_bus_message *answer = nullptr;
@@ -123,7 +123,7 @@ static void answer_formats(sd_bus_message *call, OSErr, const AppleEvent *reply)
     answer_text(call, reply_text(reply, keyDirectObject));
 }
 
-// The reply to 'loca' holds an HFS path.
+// Answers with the POSIX path for the HFS path that the reply holds.
 static void answer_locate(sd_bus_message *call, OSErr, const AppleEvent *reply) {
     static FSRef reference;
     FSSpec spec;
@@ -143,12 +143,13 @@ static int queue_event(AppleEvent event, sd_bus_message *call, AnswerProcedure a
     return sd_bus_error_set(error, "org.quillon.Shell1.Error.Busy", "too many events wait");
 }
 
-// What Run was asked for beyond the command.
+// The options of the method Run.
 struct RunOptions {
     int view = 0, edit = 0, answer = 0;
 };
 
-// OPTIONS are null for a command without any.
+// Queues the event that runs COMMAND in FOLDER (a POSIX path, may be empty). OPTIONS is null for a command
+// that has none, whose answer is the status alone.
 static int queue_exec(const std::string &command, const std::string &folder, const RunOptions *options,
                       sd_bus_message *call, sd_bus_error *error) {
     AppleEvent event;
@@ -327,7 +328,7 @@ static int method_open_uris(sd_bus_message *call, void *, sd_bus_error *error) {
     int result = sd_bus_message_enter_container(call, 'a', "s");
     const char *uri = nullptr;
     while (result >= 0 && (result = sd_bus_message_read(call, "s", &uri)) > 0) {
-        // One document event a file; the call itself is answered below.
+        // Each file becomes an event of its own; the call itself is answered below.
         const int queued = queue_open(common::path_of_uri(uri), nullptr, nullptr, error);
         if (queued < 0)
             return queued;

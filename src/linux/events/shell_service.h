@@ -1,4 +1,4 @@
-// org.quillon.Shell on the bus: the shell as other programs call it.
+// The service org.quillon.Shell on the bus, through which other programs use the shell.
 #ifndef QUILLON_LINUX_EVENTS_SHELL_SERVICE_H
 #define QUILLON_LINUX_EVENTS_SHELL_SERVICE_H
 
@@ -8,7 +8,7 @@
 
 namespace quillon {
 
-// Takes the name org.quillon.Shell and offers its interfaces: 0 when another shell has it.
+// Offers the service's interfaces and takes its name: 1, or 0 when another shell has the name.
 int offer_shell_service(sd_bus *bus);
 
 } // namespace quillon

@@ -13,7 +13,6 @@
 #include <vector>
 
 #include "linux/files/host.h"
-#include "linux/files/kept_folders.h"
 
 namespace quillon {
 
@@ -25,18 +24,18 @@ struct Entry {
     std::uint8_t kind; // DT_DIR, DT_LNK, or DT_REG for everything else
 };
 
-// One read of a folder, which serves a whole walk over it.
+// The entries of a folder, read once for a whole walk by index.
 struct Listing {
     std::int16_t volume;
     std::int32_t folder;
     std::string path, names;
     std::vector<Entry> entries;
-    std::vector<std::uint32_t> files; // the entries that are no folders
+    std::vector<std::uint32_t> files; // the numbers of the entries that are no folders
 
     std::string_view name(const Entry &entry) const { return {names.data() + entry.offset, entry.length}; }
 };
 
-// As many walks as folders can lie in each other; the one used last comes first.
+// The number of walks that can go on at once, as in folders inside each other. The last used is first.
 constexpr std::size_t listing_limit = 256;
 
 std::list<Listing> &listings() {
@@ -94,7 +93,7 @@ bool read_folder(Listing &listing) {
     return true;
 }
 
-// A walk begins anew at index 1.
+// The listing for a walk over the folder; ANEW (at index 1) reads it again. Null when it cannot be read.
 Listing *listing_for(std::int16_t volume, std::int32_t folder, bool anew) {
     std::list<Listing> &kept = listings();
     for (auto place = kept.begin(); place != kept.end(); ++place) {
@@ -253,13 +252,9 @@ int FSFileExists(const char *hfs_path) {
 
 int PosixFileExists(const char *posix_path) {
     struct stat info;
-    const char *const slash = std::strrchr(posix_path, '/');
-    if (slash == posix_path)
+    if (std::strrchr(posix_path, '/') == posix_path)
         return 0;
-    const int folder = KeptFolder({posix_path, static_cast<std::size_t>(slash - posix_path)});
-    const int looked_up =
-        folder >= 0 && slash[1] ? ::fstatat(folder, slash + 1, &info, 0) : ::stat(posix_path, &info);
-    return looked_up == 0 && !S_ISDIR(info.st_mode);
+    return ::stat(posix_path, &info) == 0 && !S_ISDIR(info.st_mode);
 }
 
 OSErr FSPathMakeSpec(const char *posix_path, FSSpec *spec) {
@@ -305,7 +300,6 @@ int FSpToPosix(const FSSpec *spec, BoundedBuffer &posix_path) {
     return HostPath(*spec, path) == noErr && posix_path.copy(path);
 }
 
-// Without RESOLVE_CHAINS one link is followed, otherwise all of them.
 OSErr ResolveAliasFile(FSSpec *spec, int resolve_chains, int *target_is_folder, int *was_aliased) {
     std::string path, target;
     struct stat info;

@@ -1,4 +1,4 @@
-// Finder information: type and creator, stamped in extended attributes or judged from the file itself.
+// Type and creator of files, which are stamped in extended attributes or judged from the file itself.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
@@ -22,8 +22,6 @@ constexpr const char *type_attribute = "user.quillon.type";
 constexpr const char *creator_attribute = "user.quillon.creator";
 constexpr std::size_t looked_at = 4096;
 
-int (*editor_judge)(const char *posix_path) = common::IsTableEditor;
-
 bool read_stamp(const char *path, const char *attribute, OSType *code) {
     unsigned char bytes[4];
     if (::getxattr(path, attribute, bytes, sizeof bytes) != static_cast<ssize_t>(sizeof bytes))
@@ -42,8 +40,8 @@ int write_stamp(const char *path, const char *attribute, OSType code) {
     return ::setxattr(path, attribute, bytes, sizeof bytes, 0) == 0 ? 0 : errno;
 }
 
-// A format file begins, under its compression, with "W2TX", the length of the engine's name in four bytes and
-// the name, filled up with NULs.
+// True for a format file of pdfTeX. Such a file, uncompressed, begins with "W2TX", the length of the engine's
+// name in four bytes, and the name, filled up with NULs.
 bool format_of_pdftex(int fd) {
     unsigned char head[64] = {};
     const int copy = ::dup(fd);
@@ -60,7 +58,8 @@ bool format_of_pdftex(int fd) {
     return std::strcmp(reinterpret_cast<const char *>(head) + 8, "pdftex") == 0;
 }
 
-// Text has no control characters but those that move and the escape; a PDF file only begins like text.
+// True when the bytes hold no control characters but those that move the place, 26 and the escape. A PDF
+// file, which begins like text, is none.
 bool is_text(const unsigned char *bytes, std::size_t count) {
     if (count >= 5 && std::memcmp(bytes, "%PDF-", 5) == 0)
         return false;
@@ -76,8 +75,8 @@ bool is_program(const unsigned char *bytes, std::size_t count) {
            (count >= 2 && std::memcmp(bytes, "#!", 2) == 0);
 }
 
-// A file system without permissions marks every file as executable: the contents decide where they can be
-// read.
+// Judges type and creator from the contents. The permission to run alone does not make a program, since a
+// file system without permissions marks every file as executable.
 void judge(const std::string &path, const struct stat &info, FInfo *finder) {
     const bool may_run = (info.st_mode & 0111) != 0;
     const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
@@ -99,27 +98,23 @@ void judge(const std::string &path, const struct stat &info, FInfo *finder) {
 
 } // namespace
 
-void SetEditorJudge(int (*judge)(const char *posix_path)) {
-    editor_judge = judge;
-}
-
 void FinderInfo(const std::string &path, const struct stat &info, FInfo *finder) {
     OSType type = 0, creator = 0;
     *finder = {unknown_code, unknown_code, 0};
     const bool typed = read_stamp(path.c_str(), type_attribute, &type);
     const bool created = read_stamp(path.c_str(), creator_attribute, &creator);
-    // Pipes and devices are never opened: that could wait, or do something.
+    // Opening a pipe or a device could wait for ever or set something off, so only regular files are opened.
     if (S_ISREG(info.st_mode) && !(typed && created))
         judge(path, info, finder);
     if (typed)
         finder->fdType = type;
     if (created)
         finder->fdCreator = creator;
-    else if (finder->fdType == four("APPL") && editor_judge && editor_judge(path.c_str()))
+    else if (finder->fdType == four("APPL") && common::IsTableEditor(path.c_str()))
         finder->fdCreator = four("!Rch");
 }
 
-// A folder counts as absent.
+// Sets the POSIX path and the status of a file. fnfErr for a folder and where nothing is.
 static OSErr find_file(const FSSpec *spec, std::string &path, struct stat *status) {
     const OSErr error = HostPath(*spec, path);
     if (error != noErr)
@@ -147,8 +142,8 @@ OSErr FSpSetFInfo(const FSSpec *spec, const FInfo *info) {
     return ErrorCode(failed ? failed : write_stamp(path.c_str(), creator_attribute, info->fdCreator));
 }
 
-// The lease is asked for and given back at once. Should somebody open the file in between, the host would
-// send a signal that ends the program by default; one that is ignored is chosen instead.
+// The lease is given back at once. When somebody opens the file in between, the host sends a signal, by
+// default one that ends the program; SIGURG, which does nothing, is chosen instead.
 bool FileIsOpen(const std::string &path) {
     struct stat info;
     const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);

@@ -1,9 +1,8 @@
 // Volumes, folder ids and the paths that they stand for.
 //
-// An id stands for a path, not for what lies there: a folder that was moved away and made anew keeps its id.
-#include <fcntl.h>
+// An id stands for a path and not for the folder there: after a folder was moved away, a new one at the same
+// path has the same id.
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <climits>
@@ -33,7 +32,7 @@ struct Catalogue {
     std::unordered_map<std::string, std::int16_t> volume_references;
     std::vector<Folder> folders;
     std::unordered_map<std::string, std::int32_t> folder_ids;
-    std::string key; // kept, so that a look-up allocates nothing
+    std::string key; // the key of a look-up, kept so that a look-up allocates no memory
 };
 
 Catalogue &catalogue() {
@@ -68,7 +67,7 @@ OSErr add_component(std::string &path, std::string_view component) {
     return noErr;
 }
 
-// The ids of all the folders on the way to PARENT, which exists.
+// Gives out ids for the folders on the way to PARENT, which is there, and sets its volume and id.
 OSErr intern(std::string_view parent, std::int16_t &volume, std::int32_t &id) {
     std::size_t at = parent.find('/', 1);
     volume = VolumeReference(parent.substr(1, at == std::string_view::npos ? at : at - 1), true);

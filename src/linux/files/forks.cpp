@@ -1,4 +1,4 @@
-// Data forks: files opened, read and written by location.
+// Data forks: opens, reads, writes and deletes files by their locations.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -12,7 +12,7 @@ namespace quillon {
 
 namespace {
 
-// A reference is the index here, plus one; -1 marks a free place.
+// The descriptors of the open files. A reference is an index into this, plus one; -1 marks a free place.
 std::vector<int> &forks() {
     static std::vector<int> open_forks;
     return open_forks;
@@ -48,7 +48,7 @@ OSErr FSpCreate(const FSSpec *spec, OSType creator, OSType type) {
     if (fd < 0)
         return ErrorCode(errno == ENOENT ? ENOTDIR : errno);
     ::close(fd);
-    // A file system without attributes still takes the file: its type is judged then.
+    // On a file system without attributes the stamp fails; the type is judged from the contents then.
     const FInfo info = {type, creator, 0};
     FSpSetFInfo(spec, &info);
     return noErr;
@@ -120,7 +120,7 @@ OSErr SetEOF(std::int16_t reference, long length) {
         return fnOpnErr;
     if (::ftruncate(*fd, length) != 0)
         return ErrorCode(errno);
-    // The mark never stands behind the end.
+    // A mark behind the new end moves to it.
     if (::lseek(*fd, 0, SEEK_CUR) > length)
         ::lseek(*fd, length, SEEK_SET);
     return noErr;

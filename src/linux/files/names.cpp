@@ -1,7 +1,7 @@
-// Names: ":" and long leaves.
+// Names of the host and of the shell: colons and long names.
 //
-// A leaf that an FSSpec cannot hold stands under a shortened name: its first bytes, byte 29, a number, and
-// its extension. Host names that hold byte 29 or 30 themselves are shortened too, so that every name leads
+// A name that an FSSpec cannot hold gets a shortened one: its first bytes, byte 29, a number, and its
+// extension. Names of the host that hold byte 29 or 30 themselves are shortened too, so that each name leads
 // back to one file only.
 #include <cstdio>
 #include <cstring>
@@ -26,7 +26,7 @@ std::unordered_map<std::string, std::string> &whole_names() {
     return names;
 }
 
-// At most LENGTH bytes, not ending inside a UTF-8 character.
+// The first bytes of TEXT, at most LENGTH of them, which do not end inside a UTF-8 character.
 std::string_view cut_text(std::string_view text, std::size_t length) {
     if (text.size() <= length)
         return text;
@@ -80,17 +80,6 @@ std::string ShellName(std::string_view host_name) {
         if (c == ':')
             c = colon_byte;
     return name;
-}
-
-int to_pascal(const char *text, unsigned char (&name)[64]) {
-    const std::string_view leaf = text;
-    name[0] = 0;
-    if (leaf.size() > 255)
-        return 0;
-    const std::string stored = leaf.size() > leaf_limit ? ShellName(HostName(leaf)) : std::string(leaf);
-    name[0] = static_cast<unsigned char>(stored.size());
-    std::memcpy(name + 1, stored.data(), stored.size());
-    return 1;
 }
 
 void from_pascal(const unsigned char *name, BoundedBuffer &text) {

@@ -1,4 +1,4 @@
-// The host's standard folders.
+// The standard folders of this host.
 #include <dirent.h>
 #include <fcntl.h>
 #include <signal.h>
