@@ -50,7 +50,7 @@ std::string engine_output(const EngineRun &run, const RunParser &parser) {
     if (name.empty())
         return {};
     std::string best;
-    // A file system may keep coarser times than the clock.
+    // The times of a file system may be coarser than the clock, so the last 10 ms before the start count too.
     timespec best_time = {run.started.tv_sec, run.started.tv_nsec - run.started.tv_nsec % 10000000};
     for (const char *extension : {".dvi", ".pdf"}) {
         const std::string path = common::absolute_path(output_folder(run), name + extension);
@@ -91,7 +91,7 @@ void stamp_format(const EngineRun &run, const RunParser &parser) {
     std::string path = common::absolute_path(run.folder, parser.dumped_format());
     if (!common::is_regular_file(path))
         path = common::absolute_path(output_folder(run), parser.dumped_format());
-    // What Knuth's own engine dumps is no format for the engine that the shell runs.
+    // The engine that the shell runs cannot load a format of Knuth's own engine.
     const char *const creator = leads_e_tex(run.words[0]) ? "qXET" : run.program == "tex" ? "????" : "QXET";
     setxattr(path.c_str(), "user.quillon.creator", creator, 4, 0);
     setxattr(path.c_str(), "user.quillon.type", "TFMT", 4, 0);
