@@ -216,7 +216,8 @@ std::string encode(std::string_view value) {
     return raw;
 }
 
-// O_NONBLOCK: a pipe under that name must not hold the program up.
+// Opens the regular file at PATH and fills INFO; -1 when there is none. With O_NONBLOCK a pipe of that name
+// does not hold the program up.
 int open_regular(const char *path, int flags, struct stat *info) {
     const int fd = ::open(path, flags | O_CLOEXEC | O_NONBLOCK);
     if (fd >= 0 && (::fstat(fd, info) != 0 || !S_ISREG(info->st_mode))) {
