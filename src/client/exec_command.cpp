@@ -29,7 +29,7 @@ struct Session {
     bool done = false;
     int status = status_unavailable;
     LiveOutput output;
-    std::string tool; // unique name of the tool that runs
+    std::string tool; // the unique bus name of the tool that runs
     bool tool_waits = false;
     bool input_ended = false;
 };
@@ -117,7 +117,8 @@ int on_done(sd_bus_message *reply, void *data, sd_bus_error *) {
     return 0;
 }
 
-// What a person typed, one line for each prompt; at the end of the input, an end of file.
+// Reads one line from the standard input and sends it to the tool that waits. At the end of the input the
+// tool gets an end of file.
 void pass_answer(Session &session) {
     char block[4096];
     const ssize_t count = read(STDIN_FILENO, block, 1);
@@ -210,7 +211,8 @@ void loop(Session &session, int signals) {
     }
 }
 
-// Waits until the shell that was just started has its name. False when it ends before.
+// Waits, at most 20 seconds, until the shell that was just started has its bus name. False when it ends
+// before.
 bool wait_for_shell(sd_bus *bus, pid_t process) {
     for (int i = 0; i < 4000; i++) {
         if (shell_runs(bus))
@@ -261,7 +263,7 @@ int exec_command(sd_bus *bus, const ExecRequest &request) {
     listen(session);
     if (send_exec(session, request) >= 0)
         loop(session, signals);
-    // Console text that came with the answer.
+    // Console text may have come together with the answer.
     while (sd_bus_process(bus, nullptr) > 0) {
     }
     if (own > 0) {

@@ -1,4 +1,4 @@
-// `quillon exec`: a command run by the shell, its console here, its status ours.
+// `quillon exec`: the shell runs a command, and this program shows its console and exits with its status.
 #ifndef QUILLON_CLIENT_EXEC_COMMAND_H
 #define QUILLON_CLIENT_EXEC_COMMAND_H
 
@@ -9,16 +9,18 @@
 namespace client {
 
 struct ExecRequest {
-    std::vector<std::string> words;
-    std::string folder; // absolute
-    bool follow = false;
+    std::vector<std::string> words; // of the command
+    std::string folder;             // where it runs, an absolute POSIX path
+    bool follow = false;            // show the tool's output live and pass answers to it
 };
 
-// The command line as the shell takes it: a blank inside a word is SPACE, an empty word two quotes.
+// Returns WORDS as one command line for the shell. A blank inside a word becomes the byte SPACE, an empty
+// word two quotes.
 std::string command_line(const std::vector<std::string> &words, unsigned char space);
 
-// Runs the request in the running shell, or in a headless one of its own. The exit status: the run's; 127
-// where no tool was run, 130 when cancelled, 75 when the shell was busy, 69 when it went.
+// Runs the request in the running shell, else in a headless shell that it starts and ends. Returns the exit
+// status: that of the run, 127 when nothing could be run, 130 after a cancel, 75 when the shell is busy, 64
+// for a request that it refuses, 69 when there is no shell or it went away.
 int exec_command(sd_bus *bus, const ExecRequest &request);
 
 } // namespace client

@@ -3,7 +3,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 #include "client/exec_command.h"
@@ -38,8 +37,7 @@ int say_usage(const std::string &problem) {
     return status_usage;
 }
 
-// Everything after --headless goes to the shell; relative paths mean the same to it, which starts in this
-// folder.
+// Becomes the shell, which gets all the words. It starts in this folder, so relative paths stay valid.
 int headless(const Words &words) {
     client::ensure_preferences();
     sd_bus *const bus = common::open_session_bus();

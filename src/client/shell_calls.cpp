@@ -28,7 +28,8 @@ int say_error(const sd_bus_error &error) {
                : 1;
 }
 
-// A call whose answer nobody waits for: a run may be in progress, and the shell takes it up afterwards.
+// Asks the shell to open the file. It waits for no answer, since the shell opens it only after the run that
+// is in progress. Returns a negative errno on failure.
 int send_open(sd_bus *bus, const std::string &path) {
     const bool text = common::is_utf8(path);
     sd_bus_message *call = nullptr;
@@ -109,7 +110,7 @@ int quit_shell(sd_bus *bus) {
     sd_bus_error error = SD_BUS_ERROR_NULL;
     const int result =
         sd_bus_call_method(bus, shell_name, shell_path, shell_interface, "Quit", &error, nullptr, "");
-    // A shell that leaves without a word has quit all the same.
+    // A shell that goes away without an answer has quit.
     const bool gone = sd_bus_error_has_name(&error, SD_BUS_ERROR_NO_REPLY);
     const int status = result < 0 && !gone ? say_error(error) : 0;
     sd_bus_error_free(&error);

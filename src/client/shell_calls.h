@@ -1,4 +1,6 @@
-// The shell, as this command calls it over the bus.
+// Calls of this command to the running shell over the session bus. Those that return an int return the exit
+// status of the command, after a message on the standard error when it is not 0: 69 when the shell does not
+// answer, 1 for other failures.
 #ifndef QUILLON_CLIENT_SHELL_CALLS_H
 #define QUILLON_CLIENT_SHELL_CALLS_H
 
@@ -8,13 +10,17 @@
 
 namespace client {
 
+// True when a shell has its name on the bus.
 bool shell_runs(sd_bus *bus);
-// Sends every file to the running shell and brings it forward; the status of the command.
+// Asks the shell to open every file and to come forward. FILES are POSIX paths, relative ones in the working
+// folder. Waits for no answer; the status is 1 when a file is not there or cannot be sent.
 int open_files(sd_bus *bus, const std::vector<std::string> &files);
-// Calls METHOD with the text (none when null) and prints the text that comes back.
+// Calls METHOD of the shell with TEXT, or with nothing when TEXT is null. Prints the text that comes back,
+// with a line end. An empty text is status 1 when EMPTY_IS_FAILURE.
 int call_for_text(sd_bus *bus, const char *method, const char *text, bool empty_is_failure);
+// Tells the shell to quit.
 int quit_shell(sd_bus *bus);
-// Says that no shell runs.
+// Says that no shell runs, and returns 69.
 int no_shell();
 
 } // namespace client

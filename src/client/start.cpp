@@ -64,10 +64,10 @@ pid_t start_service() {
     std::vector<std::string> words = {program, "--headless", "--service"};
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    // What its console says comes over the bus.
+    // Its console's text comes over the bus.
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    // A group of its own: an interrupt typed at the terminal is for this command, which cancels.
+    // In a group of its own it gets no interrupt that is typed at the terminal; this command cancels the run.
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);

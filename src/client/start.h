@@ -8,19 +8,21 @@
 
 namespace client {
 
-constexpr int status_unavailable = 69;
+constexpr int status_unavailable = 69; // EX_UNAVAILABLE of sysexits.h
 
-// The shell's Contents folder, beside the folder of this command.
+// Return the absolute POSIX paths of the shell's bundle folder Contents, which is found from the place of
+// this command, and of the shell's program. Neither need exist.
 std::string contents_folder();
 std::string shell_program();
-// Runs `setpaths --defaults` when there is no preferences file yet.
+// Runs `setpaths --defaults` and waits for its end when there is no preferences file yet. A failure is said
+// on the standard error.
 void ensure_preferences();
-// Becomes PROGRAM with WORDS; under a session bus of its own when OWN_BUS. Answers only on failure, with a
-// status.
+// Replaces this process by PROGRAM (a POSIX path) with the arguments WORDS, under a session bus of its own
+// when OWN_BUS. Returns only on failure: the exit status, after a message.
 int become(const std::string &program, const std::vector<std::string> &words, bool own_bus);
-// Starts a headless shell that runs until it is told to quit; its process id, or -1.
+// Starts a headless shell that runs until it is told to quit. Returns its process id, or -1 after a message.
 pid_t start_service();
-// Waits for the process, at most SECONDS, then kills it.
+// Waits at most SECONDS for the end of the child PROCESS, then kills it.
 void wait_for_end(pid_t process, int seconds);
 
 } // namespace client

@@ -1,4 +1,4 @@
-// Argument and environment lists as the system's calls take them.
+// Argument and environment lists in the form that execve and posix_spawn take.
 #ifndef QUILLON_COMMON_ARGUMENT_LIST_H
 #define QUILLON_COMMON_ARGUMENT_LIST_H
 
@@ -7,7 +7,7 @@
 
 namespace common {
 
-// A null-terminated list of pointers into WORDS, which must outlive it and stay as they are.
+// Returns a null-terminated list of pointers into WORDS. WORDS must outlive the list and must not change.
 std::vector<char *> argument_list(std::vector<std::string> &words);
 
 } // namespace common

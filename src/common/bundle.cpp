@@ -22,8 +22,8 @@ std::string trimmed(std::string_view text) {
     return std::string(text);
 }
 
-// The bundle of PROGRAM, which is <bundle>/Contents/Linux/<tool>; empty when it is no such path. The folder
-// is made canonical and the leaf stays as it is.
+// Returns the bundle of PROGRAM, a path <bundle>/Contents/Linux/<tool>; empty for any other path. Links in
+// the folder are resolved, but not the program's own, since all tools are links to one program.
 std::string bundle_of_program(const std::string &program) {
     if (program.find('/') == std::string::npos)
         return {};

@@ -6,7 +6,7 @@
 
 namespace common {
 
-// Microseconds of the monotonic clock, which no change of the date moves.
+// Returns the microseconds of the monotonic clock, which no change of the date moves.
 std::uint64_t now_microseconds();
 
 } // namespace common

@@ -1,8 +1,8 @@
 // The editors table: which programs are editors, and how each is sent to a line.
 //
-// A text file, one row an editor: "programs | desktop ids | arguments at a line | arguments without one |
-// flags", where %f is the file and %l the line. It leans on nothing of the shell, since the helpers use it
-// too.
+// The table is a text file with one row for each editor: "programs | desktop ids | arguments at a line |
+// arguments without one | flags". In the arguments %f is the file and %l the line. The flags are "terminal"
+// and "x11". The shell and the helper commands share this code, so it uses nothing of the shell.
 #ifndef QUILLON_COMMON_EDITORS_TABLE_H
 #define QUILLON_COMMON_EDITORS_TABLE_H
 
@@ -13,21 +13,22 @@
 namespace common {
 
 struct EditorRow {
-    std::vector<std::string> programs, desktop_ids;
-    std::vector<std::string> at_line, plain; // arguments, with %f and %l
-    bool terminal = false;
-    bool x11_only = false;
+    std::vector<std::string> programs, desktop_ids; // names without a folder and without ".desktop"
+    std::vector<std::string> at_line, plain;        // arguments, with %f and %l
+    bool terminal = false;                          // the editor runs in a terminal
+    bool x11_only = false;                          // the row holds only where the display is X11
 };
 
-// Lines that are no row (blank, "#", fewer than three fields) are passed over.
+// Returns the rows of TEXT. A blank line, a line that begins with "#" and one with fewer than three fields
+// give no row; missing arguments without a line are "%f".
 std::vector<EditorRow> ParseEditorRows(std::string_view text);
-// The rows of the person's own table, then those of the bundle that this program is in; read when first asked
-// for.
+// Returns the rows of the person's own table (editors.table in the support folder), then those of the table
+// in the bundle of this program. Both files are read at the first call.
 const std::vector<EditorRow> &EditorRows();
-// The row of the program or desktop entry at PATH, by its name or by the name of what it links to; null when
-// it is no editor of the table.
+// Returns the row for the program or desktop entry at the POSIX path PATH. Its own name is looked for first,
+// then the name of the file that it links to. Null when no row of ROWS has either.
 const EditorRow *FindEditorRow(const std::vector<EditorRow> &rows, const std::string &path);
-// 1 when the program or desktop entry at PATH is an editor of the table.
+// Returns 1 when EditorRows has a row for the program or desktop entry at that path, else 0.
 int IsTableEditor(const char *posix_path);
 
 } // namespace common

@@ -7,7 +7,7 @@ namespace common {
 
 namespace {
 
-// Only lists nest, and none does so deeper than this.
+// Lists may hold lists, up to this depth.
 constexpr int deepest_list = 8;
 
 Parameter parameter_of(std::string_view keyword, const char *type, ValueKind kind) {
@@ -71,7 +71,7 @@ int read_value(sd_bus_message *message, Parameter &parameter, int depth) {
     return result < 0 ? result : sd_bus_message_exit_container(message);
 }
 
-// "(sv)": the type and the value.
+// Reads one "(sv)": the type and the value.
 int read_pair(sd_bus_message *message, Parameter &parameter, int depth) {
     const char *type = nullptr;
     int result = sd_bus_message_enter_container(message, 'r', "sv");
@@ -160,11 +160,6 @@ int read_event(sd_bus_message *message, Event &event) {
     return read_parameters(message, event.parameters);
 }
 
-int append_event(sd_bus_message *message, const Event &event) {
-    const int result = sd_bus_message_append(message, "ss", event.event_class.c_str(), event.id.c_str());
-    return result < 0 ? result : append_parameters(message, event.parameters);
-}
-
 int read_parameters(sd_bus_message *message, Parameters &parameters) {
     int result = sd_bus_message_enter_container(message, 'a', "{s(sv)}");
     while (result >= 0 && (result = sd_bus_message_enter_container(message, 'e', "s(sv)")) > 0) {
@@ -195,9 +190,11 @@ int append_parameters(sd_bus_message *message, const Parameters &parameters) {
 }
 
 int new_event_call(sd_bus *bus, const std::string &name, const Event &event, sd_bus_message **call) {
-    const int result = sd_bus_message_new_method_call(bus, call, name.c_str(), application_path,
-                                                      application_interface, "Event");
-    return result < 0 ? result : append_event(*call, event);
+    int result = sd_bus_message_new_method_call(bus, call, name.c_str(), application_path,
+                                                application_interface, "Event");
+    if (result >= 0)
+        result = sd_bus_message_append(*call, "ss", event.event_class.c_str(), event.id.c_str());
+    return result < 0 ? result : append_parameters(*call, event.parameters);
 }
 
 int answer_event(sd_bus_message *call, std::int32_t error, const Parameters &reply) {

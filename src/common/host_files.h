@@ -1,4 +1,4 @@
-// Looks at the files of this host.
+// Questions about the files of this host. All paths are POSIX paths.
 #ifndef QUILLON_COMMON_HOST_FILES_H
 #define QUILLON_COMMON_HOST_FILES_H
 
@@ -7,19 +7,20 @@
 
 namespace common {
 
-// All paths are POSIX paths; a symbolic link counts as what it leads to.
+// True when there is a regular file, or a folder, at PATH. A symbolic link counts as what it leads to.
 bool is_regular_file(const std::string &path);
 bool is_folder(const std::string &path);
 // True for a regular file that this user may execute.
 bool can_run(const std::string &path);
-// The contents of the file at PATH, up to LIMIT bytes and the rest of the block that reaches it; empty when
-// it cannot be read. A pipe of that name does not hold the caller up.
+// Returns the contents of the file at PATH, empty when it cannot be read. Reading stops at the end of the
+// block (8 KiB) in which LIMIT bytes are reached. A pipe of that name does not hold the caller up.
 std::string read_file(const std::string &path, std::size_t limit);
-// Makes the folder at PATH with every missing one above it, of mode MODE. False when it is not there
-// afterwards.
+// Makes the folder at PATH, and every missing folder above it, with the permissions MODE. False when the
+// folder is not there afterwards.
 bool make_folders(const std::string &path, unsigned mode);
-// The absolute path of PROGRAM along SEARCH, a list as PATH is, of which only absolute folders count; empty
-// when there is none. A name with a slash is taken in FOLDER.
+// Returns the absolute path of the program named PROGRAM, empty when there is none that can be run. SEARCH is
+// a list of folders as in the variable PATH; relative ones are passed over. A name with a slash is not
+// searched for: it is a path, relative to FOLDER.
 std::string find_program(const std::string &program, const std::string &search, const std::string &folder);
 
 } // namespace common

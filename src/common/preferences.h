@@ -1,4 +1,4 @@
-// The person's preferences file, as the programs beside the shell read it.
+// The person's preferences file, for the programs beside the shell.
 #ifndef QUILLON_COMMON_PREFERENCES_H
 #define QUILLON_COMMON_PREFERENCES_H
 
@@ -7,20 +7,20 @@
 
 namespace common {
 
-// The value of KEY in the preferences; empty when it is not set.
+// Returns the value of KEY in the preferences, empty when it is not set. The file is read at each call.
 std::string setting(const char *key);
-// The same; false when there is no such record, or no file.
+// Copies the value of KEY to VALUE. False, with VALUE untouched, when there is no such record or no file.
 bool read_setting(const char *key, std::string *value);
-// The byte that stands for a blank.
+// Returns the byte that stands for a blank in the Unix paths of the settings (`SPACECHAR`).
 unsigned char space_byte();
 
 struct SettingChange {
     std::string key, value;
 };
-// Writes all changes as one transaction. False when nothing was changed: the file is missing or cannot be
-// written, or its lock was not had in two seconds.
+// Writes all the changes as one transaction. False, with nothing changed, when the file is missing or cannot
+// be written, or when another program held its lock for two seconds.
 bool write_preferences(const std::vector<SettingChange> &changes);
-// The same for the preferences file at PATH.
+// Does the same for the preferences file at the POSIX path PATH.
 bool write_preferences(const std::string &path, const std::vector<SettingChange> &changes);
 
 } // namespace common

@@ -1,8 +1,8 @@
 // The preferences file: named records, one a line, read and written by several programs at once.
 //
 // Where a key stands in several lines the first one counts: reading stops there and writing changes that one.
-// A carriage return before a line end belongs to the line end, so that a file edited elsewhere still reads
-// right. This file leans on nothing of the shell, since the tool host and the set-up application use it too.
+// A carriage return before a line end belongs to the line end, so that a file from another system's editor
+// reads right. The tool host and the set-up use this file too, so it uses nothing of the shell.
 #include "toolbox/resources.h"
 
 #include <fcntl.h>
@@ -22,7 +22,6 @@
 #include <vector>
 
 #include "common/clock.h"
-#include "common/path_forms.h"
 #include "common/utf8.h"
 
 namespace quillon {
@@ -32,7 +31,7 @@ namespace {
 constexpr std::size_t block_size = 64 * 1024;
 constexpr std::uint64_t lock_limit = 2'000'000; // microseconds
 
-// A descriptor that closes itself.
+// An open file that is closed when the object goes.
 class Descriptor {
   public:
     explicit Descriptor(int fd) : fd_(fd) {}
@@ -56,12 +55,13 @@ class Descriptor {
     int fd_;
 };
 
-// Lines of a file without holding more than one block and the line that crosses its border.
+// Reads a file line by line. Only one block of it is in memory, and the line that crosses the block's end.
 class LineReader {
   public:
     explicit LineReader(int fd) : fd_(fd), block_(new char[block_size]) {}
 
-    // The next line with its line end, valid until the next call; false at the end or when reading failed.
+    // Puts the next line with its line end into LINE, where it stays until the next call. False at the end of
+    // the file and when reading failed.
     bool next(std::string_view &line) {
         carry_.clear();
         for (;;) {
@@ -142,7 +142,8 @@ class BlockWriter {
     std::string pending_;
 };
 
-// Of a last line that nothing ends, a carriage return is the line end's too: it may get its line feed later.
+// Returns the line end of LINE. A carriage return at the end of a file counts as one, since its line feed may
+// still be written.
 std::string_view line_end_of(std::string_view line) {
     for (const std::string_view end : {"\r\n", "\n", "\r"})
         if (line.ends_with(end))
@@ -150,7 +151,8 @@ std::string_view line_end_of(std::string_view line) {
     return "";
 }
 
-// A line without its line end into key and raw value; false for a comment or a line that is no record.
+// Splits a line into its key and its value, in which the escapes still stand. False for a comment and for a
+// line that is no record.
 bool split_record(std::string_view line, std::string_view &key, std::string_view &value) {
     if (line.empty() || line.front() == '#')
         return false;
@@ -171,7 +173,7 @@ int hex_digit(char c) {
     return c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
 }
 
-// A backslash that begins no known form stands for itself.
+// Replaces the escapes of a value. A backslash that begins no escape stands for itself.
 std::string decode(std::string_view raw) {
     std::string value;
     value.reserve(raw.size());
@@ -191,8 +193,8 @@ std::string decode(std::string_view raw) {
     return value;
 }
 
-// Control characters, bytes that are not UTF-8 and a last blank are written as \xHH: the file stays a text
-// that every editor leaves whole.
+// Writes control characters, bytes that are not UTF-8 and a blank at the end as \xHH, so that no text editor
+// changes them when it saves the file.
 std::string encode(std::string_view value) {
     std::string raw;
     raw.reserve(value.size() + 8);
@@ -214,7 +216,8 @@ std::string encode(std::string_view value) {
     return raw;
 }
 
-// O_NONBLOCK: a pipe under that name must not hold the program up.
+// Opens the regular file at PATH and fills INFO; -1 when there is none. With O_NONBLOCK a pipe of that name
+// does not hold the program up.
 int open_regular(const char *path, int flags, struct stat *info) {
     const int fd = ::open(path, flags | O_CLOEXEC | O_NONBLOCK);
     if (fd >= 0 && (::fstat(fd, info) != 0 || !S_ISREG(info->st_mode))) {
@@ -234,14 +237,14 @@ std::string beside(const std::string &path, const char *extension) {
     return folder + "." + path.substr(folder.size()) + extension;
 }
 
-// 1 taken, 0 held by another program, -1 no such lock can be had.
+// Returns 1 when the lock is taken, 0 when another program holds it, -1 when its file cannot be opened.
 int try_lock(const std::string &path, Descriptor &lock) {
     lock.reset(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600));
     if (lock.get() < 0)
         return -1;
     if (::flock(lock.get(), LOCK_EX | LOCK_NB) != 0)
         return errno == EWOULDBLOCK || errno == EINTR ? 0 : -1;
-    // Whoever cleans up may have removed the file between the two calls: then this lock guards nothing.
+    // When somebody removed the file between the two calls, this lock guards nothing.
     struct stat mine, named;
     const bool same = ::fstat(lock.get(), &mine) == 0 && ::stat(path.c_str(), &named) == 0 &&
                       mine.st_ino == named.st_ino && mine.st_dev == named.st_dev;
@@ -296,7 +299,7 @@ Change *change_for(std::vector<Change> &wanted, std::string_view line, std::stri
     return nullptr;
 }
 
-// 1 when the file differs from what is wanted, 0 when not, -1 when it cannot be read.
+// Returns 1 when the file differs from what is wanted, 0 when it does not, -1 when it cannot be read.
 int differs(int fd, std::vector<Change> &wanted) {
     LineReader lines(fd);
     std::string_view line, value;
@@ -339,8 +342,8 @@ bool write_changed(int from, int to, std::vector<Change> &wanted) {
     return out.flush();
 }
 
-// The new file stands beside the old one under a fixed name, so that a kill leaves at most one behind; the
-// lock keeps it ours.
+// Creates the new file beside the old one. Its name is fixed, so that killed programs leave at most one
+// behind; the lock keeps other programs from it.
 int create_new_file(const std::string &path) {
     const int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW;
     const int fd = ::open(path.c_str(), flags, 0600);
@@ -356,14 +359,15 @@ bool keep_mode_and_owner(int fd, const struct stat &old) {
         return false;
     if (now.st_uid != old.st_uid && ::fchown(fd, old.st_uid, static_cast<gid_t>(-1)) != 0)
         return false;
-    // A group that one is no member of cannot be given; the file is as good without.
+    // Only a member of the group may give the file to it; the file is as good in another group.
     if (now.st_gid != old.st_gid && ::fchown(fd, static_cast<uid_t>(-1), old.st_gid) != 0)
         errno = 0;
     return (old.st_mode & 07777) == (now.st_mode & 07777) || ::fchmod(fd, old.st_mode & 07777) == 0;
 }
 
-// The data is synced before the rename, so the name always leads to a whole file. The folder is not: after a
-// power cut the name may lead to the old file, which is whole too, and a second sync would double the cost.
+// Puts a changed copy in the place of the file. The copy is on the disk before it gets the name, so the name
+// always leads to a whole file. The folder is not synced: after a power cut the name may lead to the old
+// file, which is whole too, and a second sync would double the cost.
 int replace_file(const std::string &path, int old_fd, const struct stat &old, std::vector<Change> &wanted) {
     const std::string fresh_path = beside(path, ".new");
     Descriptor fresh(create_new_file(fresh_path));

@@ -1,12 +1,11 @@
-// The search-path settings: one row a setting, read by the shell's look-ups, the tool host, the set-up and
-// the manual.
+// The search-path settings, one row for each. The shell's look-ups, the tool host, the set-up and the manual
+// read the same rows.
 #ifndef QUILLON_COMMON_SEARCH_SETTINGS_H
 #define QUILLON_COMMON_SEARCH_SETTINGS_H
 
 namespace common {
 
-// The file databases, by the number that the shell knows each by; the setting's key is the database's file
-// name.
+// The numbers of the file databases in the shell. The key of a setting is also the file name of its database.
 enum Database {
     no_database,
     tex_inputs,
@@ -17,11 +16,12 @@ enum Database {
     databases_end
 };
 
-inline constexpr int no_slot = -1; // not a list of the shell's own, only what stands in for one
+// The slot of a setting that has no search path of its own in the shell and only stands in for others.
+inline constexpr int no_slot = -1;
 
 struct SearchSetting {
     const char *key;
-    int slot;                 // the number of the shell's list
+    int slot;                 // the number of the shell's search path
     const char *instead[2];   // settings that stand in while this one is not set; null for none
     const char *distribution; // the distribution's variable that the set-up reads; null when it has none
     const char *engine;       // the environment variable that a program of the distribution is given
@@ -82,7 +82,7 @@ inline constexpr SearchSetting search_settings[] = {
 };
 inline constexpr int search_setting_count = sizeof search_settings / sizeof search_settings[0];
 
-// The row of that database; there is one for each number from 1.
+// Returns the row of that database, null for any other number. Every database has a row.
 constexpr const SearchSetting *database_setting(int database) {
     for (const SearchSetting &row : search_settings)
         if (database != no_database && row.database == database)

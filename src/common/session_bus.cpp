@@ -25,7 +25,7 @@ sd_bus *open_session_bus() {
     const char *unique = nullptr;
     if (sd_bus_open_user(&bus) < 0)
         return nullptr;
-    // Only the bus's greeting shows that somebody listens there.
+    // Only the greeting of the bus shows that somebody listens at the address.
     return sd_bus_get_unique_name(bus, &unique) < 0 ? sd_bus_close_unref(bus) : bus;
 }
 

@@ -9,34 +9,37 @@
 
 namespace common {
 
-// Every application: the bus name is the prefix and its process id.
+// The names that every application has. Its bus name is the prefix and its process id.
 inline constexpr const char *application_name_prefix = "org.quillon.App.p";
 inline constexpr const char *application_path = "/org/quillon/App";
 inline constexpr const char *application_interface = "org.quillon.App1";
 inline constexpr const char *tool_interface = "org.quillon.Tool1";
-// The shell.
+// The names that the shell has in addition.
 inline constexpr const char *shell_name = "org.quillon.Shell";
 inline constexpr const char *shell_path = "/org/quillon/Shell";
 inline constexpr const char *shell_interface = "org.quillon.Shell1";
-// What the bus and the desktop have defined.
+// Names that the bus and the desktop define.
 inline constexpr const char *desktop_interface = "org.freedesktop.Application";
 inline constexpr const char *properties_interface = "org.freedesktop.DBus.Properties";
 inline constexpr const char *bus_name = "org.freedesktop.DBus";
 inline constexpr const char *bus_path = "/org/freedesktop/DBus";
 inline constexpr const char *bus_interface = "org.freedesktop.DBus";
 
+// Returns the bus name of the application that runs as PROCESS.
 std::string application_bus_name(pid_t process);
-// True, and the process id, when NAME is that of an application.
+// True when NAME has the form of an application's bus name; PROCESS is then its process id.
 bool process_of_bus_name(const char *name, pid_t *process);
 
-// Connects, and waits for the bus to answer: the address may be that of a bus that has gone. Null when there
-// is none to be had; the caller closes what it gets.
+// Connects to the session bus and waits for its greeting, since the address may be that of a bus that is
+// gone. Null when there is none. The caller closes the connection.
 sd_bus *open_session_bus();
+// True when a program on the bus owns NAME now. A question that fails counts as no.
 bool name_has_owner(sd_bus *bus, const char *name);
-// The names of the applications that are on the bus now.
+// Returns the bus names of the applications that are on the bus now. Empty when the bus does not answer.
 std::vector<std::string> application_names(sd_bus *bus);
-// Sends MESSAGE, to which no answer is wanted, flushes the bus and drops the message. RESULT is what making
-// the message came to; a negative one is passed on and nothing is sent. Negative errno on failure.
+// Sends MESSAGE as one that wants no answer, waits until the bus has it, and releases it. RESULT is the
+// result of making the message: when it is negative, it is returned and nothing is sent. Returns a negative
+// errno on failure.
 int send_without_reply(sd_bus *bus, sd_bus_message *message, int result);
 
 } // namespace common

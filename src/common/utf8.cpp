@@ -14,7 +14,7 @@ bool is_continuation(unsigned byte) {
     return (byte & 0xC0) == 0x80;
 }
 
-// The length that a character's first byte announces; 0 for a byte that begins none.
+// Returns the length that the first byte of a character announces, 0 for a byte that begins no character.
 std::size_t announced_length(unsigned lead) {
     if (lead < 0x80)
         return 1;
@@ -23,7 +23,7 @@ std::size_t announced_length(unsigned lead) {
     return lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
 }
 
-// The number of bytes at AT that could belong to one character of LENGTH bytes.
+// Returns how many bytes from AT on could belong to one character of LENGTH bytes.
 std::size_t usable_bytes(std::string_view text, std::size_t at, std::size_t length) {
     std::size_t count = 1;
     while (count < length && is_continuation(byte_at(text, at + count)))

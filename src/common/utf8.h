@@ -1,4 +1,4 @@
-// UTF-8: whether bytes are well-formed, and text of any bytes turned into it.
+// UTF-8: whether bytes are well-formed, and how text of any bytes becomes UTF-8.
 #ifndef QUILLON_COMMON_UTF8_H
 #define QUILLON_COMMON_UTF8_H
 
@@ -8,13 +8,14 @@
 
 namespace common {
 
-// The number of bytes, 1 to 4, of the well-formed character that begins at AT; 0 when there is none.
-// Surrogates, overlong forms and codes above 10FFFF are not well-formed.
+// Returns the number of bytes, 1 to 4, of the well-formed character that begins at byte AT. 0 when there is
+// none. Surrogates, overlong forms and codes above 10FFFF are not well-formed.
 std::size_t utf8_length(std::string_view text, std::size_t at);
 // True when a bus string can hold TEXT: it is well-formed and has no zero byte.
 bool is_utf8(std::string_view text);
 
-// Console text on its way to another program. What a character needs from the next write is kept until then.
+// Turns console text that comes in pieces into UTF-8 for another program. A character that is cut off at the
+// end of one piece is kept until the next.
 class Utf8Feed {
   public:
     // Returns the text that is complete: bytes that are not UTF-8 become replacement characters, byte 13

@@ -1,9 +1,8 @@
-// An application as a person names it: a bundle, a desktop entry or a program.
+// The applications that a person can name: bundles, desktop entries and programs.
 #ifndef QUILLON_HELPERS_APPLICATION_H
 #define QUILLON_HELPERS_APPLICATION_H
 
 #include <string>
-#include <vector>
 
 #include "helpers/desktop_entry.h"
 
@@ -13,14 +12,15 @@ enum class Kind { none, bundle, entry, program };
 
 struct Application {
     Kind kind = Kind::none;
-    std::string path;
-    DesktopEntry entry; // of a desktop entry
+    std::string path;   // a POSIX path
+    DesktopEntry entry; // what the entry holds, for that kind
 };
 
-// NAME is a path, the id of a desktop entry or the name of a program.
+// Returns the application that NAME names: a POSIX path, the id of a desktop entry or the name of a program.
+// Its kind is `none` when there is no such application.
 Application find_application(const std::string &name);
-// Opens DOCUMENT (empty: none) in the application in its own way. False, with what is wrong in PROBLEM, when
-// the request cannot be made.
+// Opens DOCUMENT, an absolute POSIX path or empty for none, in the application. Returns as soon as the
+// request is made; false, with a sentence about the reason in PROBLEM, when it cannot be made.
 bool open_application(const Application &application, const std::string &document, std::string &problem);
 
 } // namespace helpers

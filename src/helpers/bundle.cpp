@@ -24,7 +24,7 @@ namespace {
 constexpr std::uint64_t ask_microseconds = 1'000'000;
 constexpr std::uint64_t launch_microseconds = 30'000'000;
 
-// The processes that wait for this one: they cannot answer.
+// Returns the bus names of the processes above this one. They may wait for this one and then cannot answer.
 std::set<std::string> ancestors() {
     std::set<std::string> found;
     pid_t pid = getppid();
@@ -39,7 +39,7 @@ std::set<std::string> ancestors() {
     return found;
 }
 
-// Whether the process behind an application's name was started from the bundle.
+// True when the process behind an application's bus name runs a program of the bundle.
 bool started_from(const std::string &name, const std::string &bundle) {
     const std::string pid = name.substr(std::strlen(common::application_name_prefix));
     return common::canonical_path("/proc/" + pid + "/exe").starts_with(bundle + "/Contents/");
@@ -64,7 +64,8 @@ int on_path(sd_bus_message *message, void *context, sd_bus_error *) {
     return 0;
 }
 
-// The bus name of the application that runs from the bundle; empty when none does.
+// Returns the bus name of the application that runs from the bundle, empty when none does. Those that do not
+// say their path within a second are passed over.
 std::string running(sd_bus *bus, const std::string &bundle) {
     const std::set<std::string> cannot_answer = ancestors();
     const std::vector<std::string> names = common::application_names(bus);
@@ -101,7 +102,8 @@ bool send_document(sd_bus *bus, const std::string &name, const std::string &docu
     return common::send_without_reply(bus, message, result) >= 0;
 }
 
-// In the process beside the one that was started: sends the document once the application's name is there.
+// Sends the document as soon as the application that was just started has its bus name, at most 30 seconds
+// from now. A process of its own waits here.
 void send_when_there(pid_t program, const std::string &document) {
     const std::string name = common::application_bus_name(program);
     sd_bus *bus = nullptr;

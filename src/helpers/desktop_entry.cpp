@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::string_view extension = ".desktop";
 
-// The escapes of a value of type string.
+// Replaces the escapes that a value of type string may hold.
 std::string unescaped(std::string_view text) {
     std::string value;
     for (std::size_t i = 0; i < text.size(); i++) {
@@ -55,10 +55,10 @@ std::map<std::string, std::string> entry_group(const std::string &path) {
 
 struct Word {
     std::string text;
-    bool quoted = false; // field codes are not filled in
+    bool quoted = false; // its field codes stay
 };
 
-// The quoting rules of an Exec line; false when a quote is left open.
+// Splits an Exec line by its quoting rules. False when a quote is left open.
 bool split(std::string_view line, std::vector<Word> &words) {
     for (std::size_t i = 0; i < line.size();) {
         if (line[i] == ' ' || line[i] == '\t') {
@@ -86,7 +86,7 @@ bool split(std::string_view line, std::vector<Word> &words) {
     return true;
 }
 
-// One word with its field codes filled in. TAKES_FILE is set where a code stands for the document.
+// Returns one word with its field codes filled in. TAKES_FILE is set when a code stands for the document.
 std::string filled(const std::string &word, const DesktopEntry &entry, const std::string &document,
                    bool &takes_file) {
     std::string text;
@@ -115,7 +115,7 @@ std::string filled(const std::string &word, const DesktopEntry &entry, const std
         case 'k':
             text += entry.path;
             break;
-        default: // the deprecated ones stand for nothing
+        default: // deprecated codes stand for nothing
             break;
         }
     }

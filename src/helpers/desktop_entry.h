@@ -1,4 +1,4 @@
-// Desktop entries: finding one by its id, and the command that it stands for.
+// Desktop entries: the files in which the desktop keeps its applications. All paths are POSIX paths.
 #ifndef QUILLON_HELPERS_DESKTOP_ENTRY_H
 #define QUILLON_HELPERS_DESKTOP_ENTRY_H
 
@@ -8,19 +8,19 @@
 namespace helpers {
 
 struct DesktopEntry {
-    std::string path, id; // the id without ".desktop"
-    std::string name, icon, exec, folder;
-    bool terminal = false;
-    bool bus_activatable = false;
+    std::string path, id;                 // the id without ".desktop"
+    std::string name, icon, exec, folder; // its keys Name, Icon, Exec and Path
+    bool terminal = false;                // it runs in a terminal
+    bool bus_activatable = false;         // the bus can start it
 };
 
-// False when PATH is no desktop entry of an application.
+// Fills ENTRY from the file at PATH. False when it is no desktop entry of an application.
 bool read_desktop_entry(const std::string &path, DesktopEntry &entry);
-// The path of the entry with that id (".desktop" may stand at its end) in the data folders; empty when there
-// is none.
+// Returns the path of the entry with that id (".desktop" may stand at its end) in the first data folder that
+// has it, empty when none has. A "-" in an id may stand for a folder.
 std::string find_desktop_entry(const std::string &id);
-// The words of the entry's Exec line for DOCUMENT (empty: none), its field codes filled in. Empty when the
-// line is malformed.
+// Returns the words of the entry's Exec line with its field codes filled in. DOCUMENT is an absolute path,
+// empty for none; it goes last when no field code takes it. Empty when a quote in the line is left open.
 std::vector<std::string> entry_command(const DesktopEntry &entry, const std::string &document);
 
 } // namespace helpers

@@ -1,4 +1,5 @@
-// edit +LINE FILE: the chosen editor at that line. Also under the name bbedit.
+// edit +LINE FILE: opens the file at that line in the editor of the settings. The name bbedit is a link to
+// it.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -56,7 +57,7 @@ int main(int argc, char **argv) {
     if (!row)
         return open_application(editor, file, problem) ? 0 : fail(problem);
     Launch launch;
-    // Line 0 is no line of a file: the editor opens it where it likes.
+    // Line 0 is no line of a file. The editor then opens the file where it likes.
     launch.words = editor_command(editor, *row, file, std::atol(argv[1] + 1), problem);
     if (launch.words.empty())
         return fail(problem);

@@ -10,7 +10,8 @@ namespace helpers {
 
 namespace {
 
-// The program of an editor: itself, or the one that its desktop entry stands for.
+// Returns the program of an editor: its own path, or the program of its desktop entry. Empty when there is
+// none.
 std::string editor_program(const Application &editor, const common::EditorRow &row) {
     if (editor.kind != Kind::entry)
         return editor.path;
@@ -26,6 +27,7 @@ std::string editor_program(const Application &editor, const common::EditorRow &r
     return "";
 }
 
+// Returns an argument of the table with %f, %l and %% filled in. Other codes stay.
 std::string filled(std::string argument, const std::string &file, long line) {
     std::string text;
     for (std::size_t i = 0; i < argument.size(); i++) {

@@ -10,8 +10,9 @@
 
 namespace helpers {
 
-// LINE 0: at no line. A terminal editor's command is that of the terminal. Empty, with what is wrong in
-// PROBLEM, when the editor is not there or needs a terminal and there is none.
+// Returns the words of the command that opens FILE (an absolute POSIX path) at LINE, or at no line when it is
+// 0. ROW is the editor's row in the table. The command of a terminal editor is that of the terminal. Empty,
+// with a sentence about the reason in PROBLEM, when the editor's program or its terminal is missing.
 std::vector<std::string> editor_command(const Application &editor, const common::EditorRow &row,
                                         const std::string &file, long line, std::string &problem);
 

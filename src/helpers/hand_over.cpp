@@ -17,13 +17,14 @@ namespace {
 
 constexpr int patience = 1000; // milliseconds
 
-// What the names of the sockets for DOCUMENT begin with; the process that waits follows.
+// Returns the beginning of the names of the sockets for DOCUMENT. The id of the process that waits follows
+// it.
 std::string name_prefix(const std::string &document) {
     return "opening-" + std::to_string(std::hash<std::string>{}(document)) + "-";
 }
 
-// The address of the socket NAME in the folder open as FOLDER. The folder's own path may be longer than an
-// address can hold, so its descriptor stands for it.
+// Returns the address of the socket NAME in the folder that is open as FOLDER. The address names the folder
+// by its descriptor, since the folder's path may be too long for an address.
 sockaddr_un address_of(int folder, const std::string &name) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
@@ -63,7 +64,7 @@ bool is_taken_over(const WaitingPlace &place) {
     pollfd source = {place.socket, POLLIN, 0};
     while (poll(&source, 1, patience) < 0 && errno == EINTR) {
     }
-    // Nobody finds the place from here on; what was sent before is still there.
+    // From here on nobody finds the place. What was sent before can still be read.
     unlink(place.path.c_str());
     char word;
     return recv(place.socket, &word, sizeof word, MSG_DONTWAIT) > 0;
@@ -83,7 +84,7 @@ void take_over(const std::string &document) {
         if (!name.starts_with(prefix))
             continue;
         const sockaddr_un address = address_of(folder, name);
-        // A place whose owner was killed refuses; it goes.
+        // A place whose process was killed refuses the word, and is removed.
         if (sendto(sender, "1", 1, MSG_DONTWAIT, reinterpret_cast<const sockaddr *>(&address),
                    sizeof address) < 0 &&
             errno == ECONNREFUSED)

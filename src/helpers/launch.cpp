@@ -18,7 +18,7 @@ namespace helpers {
 
 namespace {
 
-// PATH without the folder of these commands: what they start is to find the system's own.
+// Returns PATH without the folder of these commands, so that what they start finds the system's own commands.
 std::string search_path() {
     const char *const value = std::getenv("PATH");
     const std::string own = common::above_own_program(1);
@@ -45,7 +45,7 @@ void forget_signals() {
     sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
-// Nothing of the caller's stays open but REPORT and KEPT.
+// Closes every file of the caller but REPORT and KEPT, and gives the process empty input and no output.
 void forget_files(int report, int kept) {
     const int nothing = open("/dev/null", O_RDWR);
     for (int standard = 0; standard <= 2; standard++)
@@ -105,7 +105,7 @@ int start_detached(const Launch &launch) {
     int report[2];
     if (pipe2(report, O_CLOEXEC) != 0)
         return errno;
-    // Above the standard three, which the child gives away.
+    // The pipe must not be one of the standard three, which the child replaces.
     for (int &end : report)
         if (end < 3)
             end = fcntl(end, F_DUPFD_CLOEXEC, 3);

@@ -1,4 +1,4 @@
-// Starting a program that lives on by itself.
+// Starts programs that live on when this command has ended.
 #ifndef QUILLON_HELPERS_LAUNCH_H
 #define QUILLON_HELPERS_LAUNCH_H
 
@@ -11,20 +11,21 @@ namespace helpers {
 
 struct Launch {
     std::vector<std::string> words; // the program, found along PATH, and its arguments
-    std::string folder;             // empty: the current one
-    // Called in the process that will be the program; false leaves the start out. The caller does not wait
-    // for it, and is not told what comes of the start.
+    std::string folder;             // where it runs; empty for the working folder
+    // Called, if set, in the process that will be the program; when it returns false the program is not
+    // started. The caller does not wait for it and is not told what comes of the start.
     std::function<bool()> before;
     int kept = -1; // a descriptor that stays open for BEFORE
-    // Called, beside the program, once it runs; its process ends afterwards.
+    // Called, if set, once the program is started, in a process of its own that ends afterwards.
     std::function<void(pid_t program)> after;
 };
 
-// Starts the program in a session of its own, with empty input and no output, and none of this process's
-// files. 0, or the error that kept it from starting.
+// Starts the program in a session of its own, with empty input, no output and none of this process's files.
+// Returns 0, or the errno that kept it from starting.
 int start_detached(const Launch &launch);
-// The absolute path of a program along PATH (without the helpers' own folder), or of a path that can be run;
-// empty when there is none.
+// Returns the absolute path of the program that is named NAME along PATH, in which the folder of these
+// commands does not count. A NAME with a slash is a path and is returned as it is. Empty when there is
+// nothing to run.
 std::string program_path(const std::string &name);
 
 } // namespace helpers

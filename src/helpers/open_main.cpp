@@ -1,6 +1,5 @@
-// open -a APPLICATION [DOCUMENT]: opens a document in an application, and returns as soon as that is asked
-// for.
-#include <cerrno>
+// open -a APPLICATION [DOCUMENT]: opens a document in an application. It returns as soon as the request is
+// made.
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -24,7 +23,8 @@ int fail(const std::string &problem) {
     return 1;
 }
 
-// Whether the engine stopped at an error in DOCUMENT: then the command that goes to the line follows.
+// True when the engine stopped at an error in DOCUMENT. Then the command that goes to the line follows this
+// one.
 bool line_follows(const std::string &document) {
     const std::string file = common::setting("FILENAME");
     return !file.empty() && common::expand_setting_path(file, "", common::space_byte()) == document;

@@ -9,7 +9,7 @@ namespace helpers {
 
 namespace {
 
-// How a terminal is told the command to run. Most take "-e" and the words.
+// Returns the option after which a terminal takes the words of the command to run. Most know "-e".
 std::string command_option(const std::string &program) {
     const std::string path = common::canonical_path(program);
     const auto is = [&](const char *name) { return path.ends_with(std::string("/") + name); };

@@ -19,14 +19,15 @@ namespace setpaths {
 
 namespace {
 
-// A line that the reader takes whole.
+// The reader of a database takes lines of up to this many bytes whole.
 constexpr std::size_t longest_line = 1000;
 
+// Walks through folders and adds their lines to the text. A folder that was met before is passed over.
 class Walk {
   public:
     Walk(unsigned char space, std::string &text) : space_(space), text_(text) {}
 
-    // FOLDER ends with a slash.
+    // Adds FOLDER, which ends with a slash, and the folders below it when BELOW.
     void folder(const std::string &folder, bool below) {
         struct stat status;
         if (stat(folder.c_str(), &status) != 0 || !seen_.insert({status.st_dev, status.st_ino}).second)
@@ -61,7 +62,7 @@ class Walk {
         struct stat status;
         if (fstatat(dirfd(entries), entry.d_name, &status, 0) != 0)
             return DT_UNKNOWN;
-        // A linked folder may lead in a circle; it is not walked.
+        // A link to a folder may lead in a circle, so it is not followed.
         if (S_ISDIR(status.st_mode))
             return entry.d_type == DT_LNK ? DT_UNKNOWN : DT_DIR;
         return S_ISREG(status.st_mode) ? DT_REG : DT_UNKNOWN;
@@ -72,7 +73,7 @@ class Walk {
             return;
         text_ += common::to_unix_path(folder, space_) + "\n";
         for (const std::string &name : files)
-            // A name that begins with the digit 0 would be passed over.
+            // The reader passes over a name that begins with the digit 0.
             if (name[0] != '0' && name.size() <= longest_line)
                 text_ += common::to_unix_path(name, space_) + "\n";
     }
@@ -82,21 +83,8 @@ class Walk {
     std::set<std::pair<dev_t, ino_t>> seen_;
 };
 
-} // namespace
-
-std::string database_text(const std::vector<std::string> &folders, unsigned char space) {
-    std::string text;
-    Walk walk(space, text);
-    for (std::string folder : folders) {
-        const bool below = folder.ends_with("//");
-        while (folder.ends_with('/'))
-            folder.pop_back();
-        if (folder.starts_with('/'))
-            walk.folder(folder + "/", below);
-    }
-    return text;
-}
-
+// Writes TEXT to a new file that then takes the place of PATH. False, with the old file as it was, when the
+// disk does not take it.
 bool replace_file(const std::string &path, const std::string &text) {
     std::string fresh = path + ".XXXXXX";
     const int file = mkostemp(fresh.data(), O_CLOEXEC);
@@ -115,6 +103,21 @@ bool replace_file(const std::string &path, const std::string &text) {
         return true;
     unlink(fresh.c_str());
     return false;
+}
+
+} // namespace
+
+std::string database_text(const std::vector<std::string> &folders, unsigned char space) {
+    std::string text;
+    Walk walk(space, text);
+    for (std::string folder : folders) {
+        const bool below = folder.ends_with("//");
+        while (folder.ends_with('/'))
+            folder.pop_back();
+        if (folder.starts_with('/'))
+            walk.folder(folder + "/", below);
+    }
+    return text;
 }
 
 bool write_databases(const std::string &home) {

@@ -15,7 +15,6 @@
 #include "common/places.h"
 #include "common/preferences.h"
 #include "common/setting_numbers.h"
-#include "setpaths/databases.h"
 #include "setpaths/distribution.h"
 #include "setpaths/proposals.h"
 #include "toolbox/resources.h"
@@ -49,7 +48,7 @@ bool write_new(const std::string &path, const char *text) {
 std::string joined(const std::vector<std::string> &elements, unsigned char space) {
     std::string list;
     for (const std::string &element : elements)
-        // A colon would part the list.
+        // A folder with a colon cannot be an element of a list.
         if (element.find(':') == std::string::npos)
             list += (list.empty() ? "" : ":") + common::to_unix_path(element, space);
     return list;
@@ -89,7 +88,7 @@ void add_proposals(const std::string &home, unsigned char space, Values &values)
         values.emplace_back("PS2PDFEXE", "~/ps2pdf.app");
 }
 
-// CHOSEN whatever is set, VALUES where nothing is.
+// Writes CHOSEN to the preferences file at PATH, and those of VALUES whose keys are not set there.
 bool write_values(const std::string &path, const Values &chosen, const Values &values) {
     std::vector<common::SettingChange> changes;
     for (const auto &[key, value] : chosen)
@@ -104,8 +103,8 @@ bool write_values(const std::string &path, const Values &chosen, const Values &v
     return changes.empty() || common::write_preferences(path, changes);
 }
 
-// Where a file at PATH would be made: where PATH leads, when it is a symbolic link to nothing. Links are
-// followed as far as the system follows them.
+// Returns where a file at PATH would be made: where PATH leads, when it is a symbolic link to nothing. Links
+// are followed as far as the system follows them.
 std::string place_of(std::string path) {
     char target[PATH_MAX];
     for (int links = 0; links < 40; links++) {
@@ -117,8 +116,8 @@ std::string place_of(std::string path) {
     return path;
 }
 
-// The whole file is written beside its place and linked there, so that it never shows half made; one that
-// somebody else made meanwhile stays.
+// Creates the preferences file. It is written under another name and then linked to its own, so that nobody
+// reads half of it. A file that somebody else made meanwhile stays.
 bool create(const std::string &wanted, const Values &chosen, const Values &values) {
     const std::string path = place_of(wanted);
     const std::string folder = path.substr(0, path.rfind('/'));
@@ -137,20 +136,21 @@ bool create(const std::string &wanted, const Values &chosen, const Values &value
     return good;
 }
 
-} // namespace
-
 bool make_formats_folder() {
     const std::string folder = common::formats_folder();
     return common::make_folders(folder, 0755) && write_new(folder + "/tex.cnf", tex_cnf) &&
            write_new(folder + "/pdftex.cnf", pdftex_cnf);
 }
 
+} // namespace
+
 Proposal propose(const std::string &home, const std::string &programs) {
     const bool exists = access(common::preferences_path().c_str(), F_OK) == 0;
-    // A person's file without the key means 202, and its paths were written so.
+    // In a preferences file without `SPACECHAR` the byte is 202, and its paths were written with that.
     const unsigned char space =
         exists ? common::space_byte()
-               : static_cast<unsigned char>(common::setting_number(nullptr, common::fresh_space, 1, 255));
+               : static_cast<unsigned char>(common::setting_number(
+                     nullptr, common::fresh_space, common::least_space, common::greatest_space));
     Proposal proposal;
     proposal.space = space;
     if (!exists)

@@ -11,23 +11,24 @@ namespace setpaths {
 // Keys and values as the preferences hold them.
 using Values = std::vector<std::pair<std::string, std::string>>;
 
+// What the set-up proposes for a person who has set nothing.
 struct Proposal {
-    std::string programs; // the folder of the TeX programs; empty when there are none
-    Values values;        // for a person who has set nothing
-    unsigned char space;  // stands for a blank in them
+    std::string programs; // the folder of the TeX programs, a POSIX path; empty when there are none
+    Values values;
+    unsigned char space; // the byte that stands for a blank in the values
 };
 
-// HOME is the binaries folder; PROGRAMS as find_distribution takes it.
+// Returns the proposal for this host. HOME is the binaries folder, PROGRAMS the folder of the TeX programs;
+// when it is empty, find_distribution looks for it.
 Proposal propose(const std::string &home, const std::string &programs);
-// Writes CHANGES, then what of the proposal is not set; creates the preferences file when there is none.
-// False when it cannot be written.
+// Writes CHANGES, and those values of the proposal whose keys are not set. Makes the formats folder, with
+// commented tex.cnf and pdftex.cnf, and the preferences file when they are missing. False, after a message on
+// the standard error, when the preferences cannot be written.
 bool write_settings(const Values &changes, const Proposal &proposal);
 
-// Creates the preferences file when there is none, and fills in what is not set; a value that is set stays.
-// False when the file cannot be written.
+// Does the same with no changes and the proposal for this host. HOME is the binaries folder. A value that is
+// set stays.
 bool write_defaults(const std::string &home);
-// Makes the user's formats folder with its two commented files, where they are missing.
-bool make_formats_folder();
 
 } // namespace setpaths
 

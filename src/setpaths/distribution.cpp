@@ -29,7 +29,7 @@ std::string usual_place() {
           "/usr/local/texlive/bin", "~/texlive/*/bin/*", "~/bin/texlive"}) {
         glob_t places{};
         if (glob(pattern, GLOB_TILDE, nullptr, &places) == 0)
-            // The newest release has the greatest name.
+            // The last in the order of names is the newest release.
             for (std::size_t i = 0; i < places.gl_pathc; i++)
                 if (access((std::string(places.gl_pathv[i]) + "/pdftex").c_str(), X_OK) == 0)
                     found = places.gl_pathv[i];
@@ -40,7 +40,8 @@ std::string usual_place() {
     return found;
 }
 
-// "<tree>/tex/latex//" as "<tree>/tex//": the shell looks every format's inputs up along one list.
+// Returns "<tree>/tex//" for an element "<tree>/tex/latex//", and any other element as it is. The shell looks
+// the inputs of every format up along one list.
 std::string widened(const std::string &element, const std::vector<std::string> &trees) {
     for (const std::string &tree : trees)
         if (element.starts_with(tree + "/tex/") && element.ends_with("//"))
@@ -62,7 +63,7 @@ void read_path(const std::string &kpsewhich, const common::SearchSetting &row, c
         const std::string place = key == "TEXINPUTS" ? widened(element, found.trees) : element;
         const bool here = place == "." || place == "./";
         const std::string folder = without_slashes(place);
-        // The person's own tree counts before it is made.
+        // The folders of the person's own tree are taken even when they do not exist yet.
         const bool own = !own_tree.empty() && folder.starts_with(own_tree + "/") &&
                          (key == "TEXINPUTS" || key == "BIBINPUTS" || key == "BSTINPUTS");
         if ((!here && !own && !common::is_folder(folder)) ||
@@ -73,7 +74,7 @@ void read_path(const std::string &kpsewhich, const common::SearchSetting &row, c
             here || std::any_of(found.trees.begin(), found.trees.end(), [&](const std::string &tree) {
                 return folder == tree || folder.starts_with(tree + "/");
             });
-        // A default of the distribution outside its trees: as good as a tree.
+        // A folder that the distribution names outside its trees counts as one of them.
         if (!known)
             found.trees.push_back(folder);
     }
@@ -135,7 +136,7 @@ Distribution find_distribution(const std::string &programs) {
         const std::string engine = common::find_program("pdftex", search ? search : "/usr/bin:/bin", "/");
         found.programs = engine.empty() ? usual_place() : engine.substr(0, engine.rfind('/'));
     }
-    // A terminal's PATH says nothing about the one of a program that the desktop starts.
+    // A program that the desktop starts may have another PATH than a terminal.
     for (const char *const folder : {"/usr/bin", "/bin", "/usr/local/bin"})
         found.programs_in_every_path |= found.programs == folder;
     const std::string kpsewhich = found.programs + "/kpsewhich";

@@ -1,4 +1,5 @@
-// The TeX distribution of this host: where it is, which trees and search paths it has.
+// The TeX distribution of this host: where it is, and which trees and search paths it has. All paths are
+// POSIX paths.
 #ifndef QUILLON_SETPATHS_DISTRIBUTION_H
 #define QUILLON_SETPATHS_DISTRIBUTION_H
 
@@ -10,19 +11,23 @@ namespace setpaths {
 
 struct Distribution {
     std::string programs;                // the folder of its programs; empty when there is none
-    bool programs_in_every_path = false; // every session finds them, one of the desktop too
+    bool programs_in_every_path = false; // a session of the desktop finds them too, not only a terminal's
     std::vector<std::string> trees;      // absolute folders without a final slash
-    // Search-path variables of the shell, each a list of POSIX folders; "//" at an element's end stands for
-    // all folders below. No braces, no "!!", only folders that exist.
+    // The search-path settings, from key to list of folders; "//" at an element's end stands for all folders
+    // below. There are no braces and no "!!" in them. The folders exist, but for those of the person's own
+    // tree.
     std::map<std::string, std::vector<std::string>> paths;
 };
 
-// PROGRAMS: the folder of its programs, where that is known; empty: along the PATH, then the usual places.
+// Asks the distribution whose programs are in the folder PROGRAMS. When it is empty, pdftex is looked for
+// along PATH, then in the usual places. A folder without kpsewhich gives no trees and no search paths.
 Distribution find_distribution(const std::string &programs = "");
 
-// The elements of LIST, "!!" cut off.
+// Returns the elements between the colons of LIST, without the empty ones. "!!" at the head of an element is
+// cut off, and of three or more slashes at its end two stay.
 std::vector<std::string> split_paths(const std::string &list);
-// What PROGRAM prints when run with WORDS, without its last line end; empty on failure.
+// Runs PROGRAM, an absolute path, with the arguments WORDS and returns the first line that it prints. Empty
+// when it cannot be run or a signal ends it; its exit status does not count.
 std::string output_of(const std::string &program, std::vector<std::string> words);
 
 } // namespace setpaths

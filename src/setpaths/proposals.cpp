@@ -1,5 +1,6 @@
 #include "setpaths/proposals.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <string_view>
@@ -34,7 +35,8 @@ std::string entry_path(const std::string &id) {
     return {};
 }
 
-// The first installed entry that FILE names for the type in the group.
+// Returns the first installed desktop entry that FILE names for the MIME type in the group GROUP, empty when
+// there is none.
 std::string listed(const std::string &file, std::string_view group, const std::string &mime_type) {
     std::ifstream lines(file);
     std::string line;

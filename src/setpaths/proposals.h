@@ -1,4 +1,4 @@
-// The desktop's own choice of applications, as proposals for viewers and the editor.
+// The applications that the desktop itself has chosen. The set-up proposes them as viewers and editor.
 #ifndef QUILLON_SETPATHS_PROPOSALS_H
 #define QUILLON_SETPATHS_PROPOSALS_H
 
@@ -6,7 +6,8 @@
 
 namespace setpaths {
 
-// The desktop entry (POSIX path) that opens files of that MIME type by default; empty when there is none.
+// Returns the POSIX path of the desktop entry that opens files of that MIME type by default, else of any that
+// opens them. Empty when there is none.
 std::string default_entry(const std::string &mime_type);
 
 } // namespace setpaths

@@ -26,7 +26,8 @@ bool lies_in(const std::string &path, const std::vector<std::string> &trees) {
     return false;
 }
 
-// Puts ELEMENTS in front of what VARIABLE has already, else of the distribution's default.
+// Joins ELEMENTS (from own_elements) with what VARIABLE holds already. Where it holds nothing, the empty
+// element in ELEMENTS stands for the distribution's default.
 void put_search_path(Variables &variables, const std::string &variable, const std::string &elements) {
     const auto own = variables.find(variable);
     if (own == variables.end() || own->second.empty())
@@ -77,13 +78,13 @@ std::string own_elements(std::string_view value, const std::vector<std::string> 
     const std::vector<std::string> elements = common::split_list(value);
     for (std::size_t i = 0; i < elements.size(); i++) {
         if (elements[i].empty()) {
-            // The empty element at the head: the default comes first.
+            // An empty element at the head asks for the default before the others.
             if (i == 0 && elements.size() > 1)
                 preset_last = false;
             continue;
         }
         std::string path = common::expand_setting_path(elements[i], home, space);
-        // No search path can hold these.
+        // The distribution reads these characters in its own way, so such a folder cannot be named.
         if (path.find_first_of(":$") != std::string::npos || lies_in(path, trees))
             continue;
         any = any || (path != "." && path != "./");
@@ -152,7 +153,7 @@ Variables run_environment(const common::Bundle &bundle, const std::vector<std::s
         if (bundle.signature == "PXET" || bundle.signature == "PxET")
             read_cnf(common::read_file(common::formats_folder() + "/pdftex.cnf", largest_cnf), variables);
     }
-    // No line of the engine's is ever broken: names in it stay whole.
+    // The engine breaks no line, so that the names in its output stay whole.
     variables["max_print_line"] = "1000000";
     variables["TERM"] = "dumb";
     variables["TEXEDIT"] = edit_command(delimiter);

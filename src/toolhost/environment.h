@@ -1,4 +1,5 @@
-// The environment of a run: search paths and the other settings that the programs of the distribution read.
+// The environment of a run. Through it the programs of the distribution get the search paths and other
+// settings.
 #ifndef QUILLON_TOOLHOST_ENVIRONMENT_H
 #define QUILLON_TOOLHOST_ENVIRONMENT_H
 
@@ -11,26 +12,31 @@
 
 namespace toolhost {
 
+// Environment variables, from name to value.
 using Variables = std::map<std::string, std::string>;
 
-// Whether the signature is one of the TeX engines'.
+// True when SIGNATURE is that of a TeX engine's bundle.
 bool is_engine(const std::string &signature);
 
-// The elements of a search-path setting that lie outside TREES (absolute folders), as an environment
-// variable's value with the distribution's default in the place of the empty element. Empty when nothing is
-// left to say.
+// Returns the elements of a search-path setting that lie outside TREES (absolute POSIX folders), as the value
+// of an environment variable. An empty element in it stands for the distribution's default: at the head when
+// VALUE begins with one, else at the end. Returns an empty text when no element but the current folder is
+// left. HOME and SPACE are those of expand_setting_path.
 std::string own_elements(std::string_view value, const std::vector<std::string> &trees,
                          const std::string &home, unsigned char space);
 
-// "NAME = value" lines; "%" and "#" begin comments.
+// Adds the variables that TEXT sets in lines "NAME = value". "%" and "#" begin comments; other lines are
+// passed over.
 void read_cnf(std::string_view text, Variables &variables);
 
-// This process's environment with what the bundle's program is to know; DELIMITER ends the here-document that
-// hands a file name to the edit record.
+// Returns the environment for a program of BUNDLE that is run with WORDS: that of this process and what the
+// settings add. SPACE is the settings' byte for a blank, DELIMITER that of edit_command.
 Variables run_environment(const common::Bundle &bundle, const std::vector<std::string> &words,
                           unsigned char space, const std::string &delimiter);
 
-// What stands for TEXEDIT: "%d" is the line, "%s" the name.
+// Returns the value of TEXEDIT, the command that an engine runs when it is answered with "e". The engine puts
+// the line for "%d" and the file name for "%s"; the command writes both to the descriptor edit_descriptor.
+// DELIMITER is a line that no file name holds; it keeps the shell from reading the name.
 std::string edit_command(const std::string &delimiter);
 
 } // namespace toolhost

@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <dirent.h>
@@ -11,7 +10,6 @@
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/prctl.h>
-#include <sys/resource.h>
 #include <sys/signalfd.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -26,7 +24,7 @@ namespace {
 
 void kill_tree(pid_t process, int depth);
 
-// The children that the threads of PROCESS have.
+// Kills the children of every thread of PROCESS.
 void kill_children(pid_t process, int depth) {
     char folder[64];
     std::snprintf(folder, sizeof folder, "/proc/%d/task", static_cast<int>(process));
@@ -49,7 +47,8 @@ void kill_children(pid_t process, int depth) {
     closedir(threads);
 }
 
-// A stopped process can have no more children; so parents are stopped before their children are looked for.
+// Kills PROCESS and its descendants. A stopped process makes no more children, so each is stopped before its
+// children are looked for.
 void kill_tree(pid_t process, int depth) {
     if (depth > 400 || process <= 1)
         return;
@@ -64,7 +63,8 @@ void send_packet(int channel, GuardNews news, int value) {
     }
 }
 
-// In the program's process: never returns.
+// Turns this process into the program. It reports an error to FAILURE, a pipe that closes when the program
+// runs.
 [[noreturn]] void become_program(const Launch &launch, const std::vector<char *> &words,
                                  const std::vector<char *> &environment, int failure, pid_t parent) {
     setsid();
@@ -89,7 +89,7 @@ void send_packet(int channel, GuardNews news, int value) {
     _exit(127);
 }
 
-// Waits until the program ends (true) or the host is gone (false), and passes signals on.
+// Waits until the program ends (true) or the host is gone (false). Meanwhile it passes the host's signals on.
 bool watch(int channel, int children, pid_t program, int *status) {
     pollfd sources[2] = {{channel, POLLIN, 0}, {children, POLLIN, 0}};
     for (;;) {
@@ -150,7 +150,7 @@ void write_title() {
     sigfillset(&all);
     sigprocmask(SIG_SETMASK, &all, nullptr);
 
-    // Of the host's descriptors only these stay, at numbers above those that the program gets.
+    // Only these of the host's files stay open, at numbers above those that the program gets.
     Launch mine = launch;
     const int link = moved_up(channel);
     mine.terminal = moved_up(launch.terminal);
@@ -206,7 +206,7 @@ void kill_descendants(pid_t watched, int *status, bool *reaped) {
         kill_children(getpid(), 0);
         int its_status = 0;
         pid_t child;
-        // One that cannot die yet (it waits for a disk) is waited for a little, and looked at again.
+        // A process that cannot die yet, because it waits for a disk, is looked at again a moment later.
         while ((child = waitpid(-1, &its_status, WNOHANG)) > 0)
             if (child == watched && status) {
                 *status = its_status;
@@ -241,7 +241,7 @@ void keep_arguments(int count, char **words) {
     if (count < 1)
         return;
     title = words[0];
-    // The words stand one after the other.
+    // The words of main lie one after the other in memory.
     title_room = static_cast<std::size_t>(words[count - 1] - title) + std::strlen(words[count - 1]);
 }
 

@@ -1,8 +1,9 @@
-// The guard: a process between the host and the program it runs, so that nothing of a run outlives it.
+// The guard: a process between the host and the program that it runs. It sees to it that no process of a run
+// outlives the run.
 //
-// It is a fork of the host and the program's parent. Every process that the program leaves behind becomes its
-// child, whatever group or session that process chose. When the program ends, and when the host is gone, the
-// guard kills all of them and ends.
+// The guard is a fork of the host and the parent of the program. Every process that the program leaves behind
+// becomes a child of the guard, whatever group or session it chose. When the program ends, or the host does,
+// the guard kills all of them and ends.
 #ifndef QUILLON_TOOLHOST_GUARD_H
 #define QUILLON_TOOLHOST_GUARD_H
 
@@ -14,20 +15,21 @@
 
 namespace toolhost {
 
+// How a program is started. Its paths are absolute POSIX paths.
 struct Launch {
-    std::string program; // absolute
-    std::vector<std::string> words;
-    std::vector<std::string> environment;
-    std::string folder;
-    int terminal = -1; // becomes the program's standard input, and its output and error
-    int output = -1;   // becomes its output and error in the terminal's place; -1: the terminal does
-    KeptOutput kept;   // given back when the host goes before the run ends
-    int record = -1;   // becomes its descriptor edit_descriptor
+    std::string program;
+    std::vector<std::string> words;       // the first is the program's name for itself
+    std::vector<std::string> environment; // NAME=value
+    std::string folder;                   // where it runs
+    int terminal = -1;                    // becomes the program's standard input, and its output and error
+    int output = -1; // becomes its output and error in the terminal's place; -1: the terminal does
+    KeptOutput kept; // given back when the host goes before the run ends
+    int record = -1; // becomes its descriptor edit_descriptor
 };
 
 constexpr int edit_descriptor = 9;
 
-// What the guard reports, one packet each.
+// What the guard reports. Each report is one packet on the channel.
 enum class GuardNews : int {
     started,     // value: the program's process id, which is its group and session too
     not_started, // value: errno
@@ -38,16 +40,18 @@ struct GuardPacket {
     int value;
 };
 
-// Starts the guard: its process id and, in CHANNEL, the host's end of the packet channel. The host sends one
-// int, a signal for the program's group; SIGKILL kills every process of the run. -1 on failure.
+// Starts the guard and the program. Returns the guard's process id and puts the host's end of the packet
+// channel into CHANNEL, which the caller closes; -1 on failure. On the channel the host sends an int, the
+// number of a signal for the program's process group; SIGKILL kills every process of the run.
 pid_t start_guard(const Launch &launch, int *channel);
 
-// The argument vector of this program, which the guard writes its own title over: who looks for the host by
-// its command line finds the host alone.
+// Keeps the argument list of main. The guard writes a title of its own over it, so that a search for the host
+// by its command line does not find the guard.
 void keep_arguments(int count, char **words);
 
-// Kills and reaps every descendant of this process, which must be a subreaper, until none is left. The first
-// child's status is kept in STATUS when it is WATCHED.
+// Kills and reaps every descendant of this process, which must be a subreaper, until none is left. When the
+// process WATCHED is among those reaped, its wait status is put into STATUS and REAPED is set. Both pointers
+// may be null when WATCHED is 0.
 void kill_descendants(pid_t watched, int *status, bool *reaped);
 
 } // namespace toolhost

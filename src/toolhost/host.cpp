@@ -22,7 +22,7 @@ namespace {
 
 constexpr std::size_t window_text_limit = 262144;
 constexpr std::uint64_t window_delay = 500000; // microseconds
-// A program that asks again and again at the end of its input is ended.
+// A program that reads on after so many ends of its input is ended.
 constexpr int most_ends_of_input = 100;
 
 int on_answer(sd_bus_message *message, void *self, sd_bus_error *) {
@@ -109,7 +109,7 @@ int Host::connect() {
         return result;
     const auto all_have_gone = [](sd_bus_track *, void *self) {
         static_cast<Host *>(self)->decide_prompt();
-        return 1; // once is enough
+        return 1;
     };
     if ((result = sd_bus_track_new(bus_, &followers_, all_have_gone, this)) < 0)
         return result;
@@ -155,7 +155,7 @@ int Host::event(sd_bus_message *call) {
     return result < 0 ? result : 1;
 }
 
-// The error number of a command event that cannot be run; noErr for one that can.
+// Returns the error number for a command event that cannot be run, noErr for one that can.
 std::int32_t Host::refusal(const common::Parameter *command, const common::Parameter *folder) const {
     if (!command || !folder)
         return quillon::errAEDescNotFound;
@@ -250,7 +250,7 @@ void Host::watch_shell(const char *sender) {
         nullptr, this);
 }
 
-// Nobody is left to report to. The guard kills what runs as soon as this process has gone.
+// Ends the host when the shell has gone. The guard kills what runs as soon as this process ends.
 void Host::shell_gone() {
     if (run_ && !run_->ended())
         run_->abandon();
@@ -300,7 +300,7 @@ void Host::signal_output(std::string_view bytes) {
         sd_bus_message_append_array(signal, 'y', bytes.data(), bytes.size()) >= 0)
         sd_bus_send(bus_, signal, nullptr);
     sd_bus_message_unref(signal);
-    // What the bus has not taken yet is waited for, so that a flood does not pile up here.
+    // Waiting for the bus keeps a flood of output from piling up here.
     sd_bus_flush(bus_);
 }
 
@@ -338,8 +338,8 @@ bool Host::is_followed() const {
     return sd_bus_track_count(followers_) > 0;
 }
 
-// Asks the shell who can answer this tool. What is printed until it says so is held, so that nothing of a run
-// is missed by whoever follows it.
+// Asks the shell who can answer the program. What is printed until the reply comes is held back, so that
+// those who follow the run miss nothing.
 void Host::ask_shell() {
     if (question_)
         return;
@@ -352,14 +352,14 @@ void Host::ask_shell() {
         this, "");
 }
 
-// A shell that cannot say it has nobody.
+// Takes the shell's reply. An error as reply counts as "nobody".
 void Host::take_answerers(sd_bus_message *reply) {
     question_ = sd_bus_slot_unref(question_);
     int person = 0;
     const char *name = nullptr;
     if (!sd_bus_message_is_method_error(reply, nullptr) && sd_bus_message_read(reply, "b", &person) > 0 &&
         sd_bus_message_enter_container(reply, 'a', "s") > 0) {
-        // Where a person sits, the tool's window asks.
+        // Where a person sits at the shell, the tool's window asks.
         desktop_ = person != 0;
         while (sd_bus_message_read_basic(reply, 's', &name) > 0)
             sd_bus_track_add_name(followers_, name);
@@ -370,8 +370,8 @@ void Host::take_answerers(sd_bus_message *reply) {
     decide_prompt();
 }
 
-// At a prompt that no window shows, somebody else has to answer; where nobody can, the program's input is at
-// its end.
+// Ends the program's input when it waits at a prompt and nobody can answer: no window shows the prompt, and
+// nobody follows the run.
 void Host::decide_prompt() {
     if (!run_ || !run_->waiting() || question_ || (desktop_ && !window_failed_) || is_followed())
         return;

@@ -17,31 +17,36 @@ namespace toolhost {
 
 class Host : public RunOwner {
   public:
+    // BUNDLE must outlive the host.
     explicit Host(const common::Bundle &bundle);
     ~Host();
     Host(const Host &) = delete;
     Host &operator=(const Host &) = delete;
 
-    // Takes the bus name. Negative errno on failure.
+    // Connects to the session bus and takes the application's bus name. Returns a negative errno on failure.
     int connect();
-    // Runs until the host is told to go; the process's exit status.
+    // Serves events until the host is told to quit or the bus goes. Returns the exit status of the process.
     int loop();
 
     const common::Bundle &bundle() const { return bundle_; }
 
-    // Events and calls from the bus.
+    // The handlers of the bus: the method Event of the application, the methods Answer and Follow and the
+    // property Waiting of the tool. Each returns a negative errno when the message cannot be read or
+    // answered.
     int event(sd_bus_message *call);
     int answer(sd_bus_message *message);
     int follow(sd_bus_message *call);
     int get_waiting(sd_bus_message *reply) const;
 
-    // For the window.
+    // What the window needs: the event loop, the last run (null before the first), and whether the host
+    // quits.
     sd_event *events() { return event_; }
     Run *run() { return run_.get(); }
     bool leaving() const { return leaving_; }
-    // What was printed since the last call, at most the last quarter of a megabyte.
+    // Returns what was printed since the last call. Of a flood only the end is kept (256 to 512 KiB).
     std::string take_window_text();
 
+    // What the run reports: see RunOwner.
     void run_printed(std::string_view bytes) override;
     void run_waits(bool waits) override;
     void run_ended(const Outcome &outcome) override;
@@ -67,14 +72,14 @@ class Host : public RunOwner {
     sd_event *event_ = nullptr;
     sd_bus *bus_ = nullptr;
     sd_bus_slot *shell_slot_ = nullptr;
-    sd_bus_slot *question_ = nullptr;   // to the shell: who can answer
-    sd_bus_track *followers_ = nullptr; // those who can: the bus drops a name that leaves it
+    sd_bus_slot *question_ = nullptr;   // the open question to the shell who can answer the program
+    sd_bus_track *followers_ = nullptr; // those who can answer and are still on the bus
     sd_event_source *window_timer_ = nullptr;
     std::unique_ptr<Run> run_;
     sd_bus_message *command_ = nullptr; // the call that the run will answer
-    std::string shell_;
+    std::string shell_;                 // the unique bus name of whoever sent the last command
     std::string window_text_;
-    std::string held_output_; // printed before the shell said who follows
+    std::string held_output_; // what was printed before the shell said who can answer
     int ends_of_input_ = 0;
     bool desktop_ = false;
     bool asked_at_prompt_ = false;

@@ -2,7 +2,6 @@
 
 #include <cstdio>
 #include <cstring>
-#include <dirent.h>
 #include <string_view>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -11,7 +10,7 @@ namespace toolhost {
 
 namespace {
 
-constexpr int deepest = 16;
+constexpr int deepest = 16; // levels of descendants that are looked at
 
 } // namespace
 

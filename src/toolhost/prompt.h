@@ -7,13 +7,14 @@
 
 namespace toolhost {
 
+// Looks at the processes of a program, again and again, for one that reads from the program's terminal.
 class PromptWatch {
   public:
-    // PROGRAM leads the session on TERMINAL (its path).
+    // Watches PROGRAM, the process that leads the session on the terminal with the path TERMINAL.
     void start(pid_t program, const std::string &terminal);
-    // True when a process of the program's tree sleeps in a read of the terminal. Where the kernel does not
-    // say what a process sleeps in, the answer is a guess: LINE_OPEN, asleep, and no processor time used
-    // since the last call.
+    // True when the program or one of its descendants sleeps in a read of the terminal. A kernel may keep
+    // secret what a process sleeps in. Then the answer is a guess: true when LINE_OPEN (the last line printed
+    // has no end), all of them are asleep and none has used processor time since the last call.
     bool waits(bool line_open);
 
   private:
@@ -21,11 +22,11 @@ class PromptWatch {
     bool reads_terminal(pid_t process);
     void add_time(pid_t process);
 
-    pid_t program_ = 0;
+    pid_t program_ = 0; // 0 before start
     std::string terminal_;
-    bool kernel_says_ = true;
+    bool kernel_says_ = true; // what a process sleeps in
     bool all_asleep_ = true;
-    unsigned long long time_ = 0;
+    unsigned long long time_ = 0; // the processor time of all, in ticks
     unsigned long long last_time_ = 0;
 };
 

@@ -24,7 +24,7 @@ bool leads_e_tex(const std::string &word) {
     return name == "pdfetex" || name == "etex" || name == "pdfelatex" || name == "elatex";
 }
 
-// A file system may keep coarser times than the clock.
+// Returns TIME cut to 10 ms: the times of a file system may be that much coarser than the clock.
 timespec coarse(const timespec &time) {
     return {time.tv_sec, time.tv_nsec - time.tv_nsec % 10000000};
 }
@@ -111,7 +111,7 @@ void stamp_format(const EngineRun &run, const RunParser &parser) {
     std::string path = common::absolute_path(run.folder, parser.dumped_format());
     if (!common::is_regular_file(path))
         path = common::absolute_path(output_folder(run), parser.dumped_format());
-    // What Knuth's own engine dumps is no format for the engine that the shell runs.
+    // The engine that the shell runs cannot load a format of Knuth's own engine.
     const char *const creator = leads_e_tex(run.words[0]) ? "qXET" : run.program == "tex" ? "????" : "QXET";
     setxattr(path.c_str(), "user.quillon.creator", creator, 4, 0);
     setxattr(path.c_str(), "user.quillon.type", "TFMT", 4, 0);

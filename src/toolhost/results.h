@@ -1,4 +1,4 @@
-// What a run leaves behind: its output and its error in the preferences, a new format's stamp.
+// What a run leaves behind: its output and its error in the preferences, and the stamp of a new format.
 #ifndef QUILLON_TOOLHOST_RESULTS_H
 #define QUILLON_TOOLHOST_RESULTS_H
 
@@ -11,32 +11,35 @@
 namespace toolhost {
 
 struct EngineRun {
-    std::vector<std::string> words;
-    std::string program; // leaf of the program that ran
-    std::string folder;
+    std::vector<std::string> words; // of its command line
+    std::string program;            // the file name of the program that ran
+    std::string folder;             // where it ran, an absolute POSIX path
     timespec started{};
-    unsigned char space = 0;
+    unsigned char space = 0; // the byte for a blank in the settings
 };
 
-// The absolute path of what the engine wrote: what it said, else what is newer than the start; empty for
-// nothing.
+// Returns the absolute path of the DVI or PDF file that the engine wrote, empty when it wrote none. The name
+// that the engine printed counts first, then a file of the job's name that is newer than the start.
 std::string engine_output(const EngineRun &run, const RunParser &parser);
-// The absolute path of the output that the engine will write, judged by its words; empty when they do not say
-// it. DVI says that the engine writes DVI unless told otherwise.
+// Returns the absolute path of the output that the engine will write, judged by its words; empty when they do
+// not say it. DVI says that the engine writes DVI unless told otherwise.
 std::string expected_output(const EngineRun &run, bool dvi);
-// `PDFTEXOUTPUT` 0 before an engine starts.
+// Sets `PDFTEXOUTPUT` to 0, as is done before an engine starts.
 void clear_output_setting();
-// One transaction: `DVIFILE`, `PDFFILE`, `PDFTEXOUTPUT` when ENGINE, `FILENAME` and `LINENUMBER` when ERROR
-// is known. WHOLE false: the run was cancelled or failed, so that nothing is to be viewed by itself.
+// Writes what came of a run to the preferences, as one transaction. When ENGINE: OUTPUT (an absolute path,
+// empty for none) to `DVIFILE` or `PDFFILE`, and its kind to `PDFTEXOUTPUT` (0 none, 1 PDF, 2 DVI). When
+// ERROR is known: its place to `FILENAME` and `LINENUMBER`. WHOLE false: the run was cancelled or failed, so
+// that `PDFTEXOUTPUT` is 0 and nothing is viewed by itself.
 void write_results(const EngineRun &run, bool engine, const std::string &output, bool whole,
                    const ErrorPlace &error);
 // Cuts the .aux file of an engine that had to be killed back to its last whole line, so that the next run can
 // read it.
 void mend_auxiliary_file(const EngineRun &run);
-// Stamps the format that the run dumped with its creator: 'qXET' in e-TeX mode, else 'QXET'.
+// Stamps the format file that the run dumped, if any, with the creator of the engines that load it: 'qXET' in
+// e-TeX mode, else 'QXET', and '????' for Knuth's own engine. The stamp is an extended attribute of the file.
 void stamp_format(const EngineRun &run, const RunParser &parser);
-// What the engine's edit command wrote: the line, then the name up to a line end. Unknown when it wrote
-// nothing.
+// Reads the file that edit_command wrote, open as DESCRIPTOR: a line with the number, then the name. Relative
+// names are taken in FOLDER. The place is not known() when nothing was written.
 ErrorPlace read_edit_record(int descriptor, const std::string &folder);
 
 } // namespace toolhost

@@ -1,5 +1,6 @@
 #include "toolhost/run.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -27,6 +28,8 @@ namespace toolhost {
 namespace {
 
 constexpr std::uint64_t millisecond = 1000;
+// All in milliseconds: when a prompt is looked for after output came, when the second look follows, the
+// longest pause between looks, and the time between two stopping signals.
 constexpr std::uint64_t first_look = 8;
 constexpr std::uint64_t second_look = 4;
 constexpr std::uint64_t longest_pause = 200;
@@ -51,7 +54,7 @@ sd_event_source *drop(sd_event_source *source) {
     return sd_event_source_disable_unref(source);
 }
 
-// Options that the plain bibtex knows.
+// True for the options that BibTeX itself knows; the others are those of bibtex8.
 bool plain_bibtex_option(std::string_view word) {
     word.remove_prefix(std::min(word.find_first_not_of('-'), word.size()));
     return word.starts_with("min-crossrefs") || word == "terse" || word == "help" || word == "version";
@@ -83,7 +86,7 @@ void Run::close_down() {
     }
 }
 
-// Which program the command's words ask for, and the words as that program takes them.
+// Chooses the program that the command's words ask for, and adds the options that it needs.
 void Run::choose_program() {
     std::vector<std::string> &words = engine_.words;
     program_name_ = bundle_.info_or("program", bundle_.tool);
@@ -156,8 +159,8 @@ void Run::start(std::string_view line, const std::string &folder) {
         fail("there is no such program");
         return;
     }
-    // An engine looks itself up under the name it is called by; under a name that nothing has it would not
-    // start.
+    // An engine looks for itself under the name that it is called by, and does not start when no program has
+    // it.
     std::vector<std::string> &words = engine_.words;
     if (is_engine_ && common::find_program(words[0], places, folder).empty()) {
         if (option_value(words, "progname").empty())
@@ -186,7 +189,7 @@ bool Run::open_terminal(int *slave) {
     termios mode;
     if (*slave < 0 || tcgetattr(*slave, &mode) != 0)
         return false;
-    // Bytes come as the program printed them, and none that a person types is kept back as flow control.
+    // The terminal changes no output, and no byte that a person types stops or starts the output.
     mode.c_oflag &= ~static_cast<tcflag_t>(OPOST);
     mode.c_iflag &= ~static_cast<tcflag_t>(IXON | IXOFF);
     mode.c_iflag |= IUTF8;
@@ -263,7 +266,7 @@ void Run::fail(const std::string &reason) {
     finish();
 }
 
-// Takes what DESCRIPTOR has. False when it has no more to give now.
+// Reads what DESCRIPTOR has. False when it has no more for now.
 bool Run::read_all(int descriptor, sd_event_source *&source) {
     char block[65536];
     for (int i = 0; i < reads_at_once; i++) {
@@ -278,7 +281,7 @@ bool Run::read_all(int descriptor, sd_event_source *&source) {
             watch_prompt(first_look);
             return errno == EINTR;
         }
-        // Every process of the run has closed its end; what is left is for the guard to say.
+        // Every process of the run has closed its end. The guard will report the end of the run.
         source = drop(source);
         return false;
     }
@@ -343,8 +346,8 @@ void Run::look_for_prompt() {
         return;
     if (!unsent_.empty())
         answer({});
-    // What it printed before it waits may still be on its way through the terminal, and an answer on its way
-    // to it: one look is not enough.
+    // Output or an answer may still be on its way through the terminal, so the program counts as waiting only
+    // when two looks say so.
     const bool may_wait = prompt_.waits(open_line_) && !has_unread();
     const bool waits = may_wait && may_wait_;
     may_wait_ = may_wait;
@@ -477,7 +480,7 @@ void Run::guard_news() {
     }
 }
 
-// The guard was killed. What it watched has become this process's own.
+// Ends the run after somebody killed the guard, whose children have become children of this process.
 void Run::guard_gone() {
     if (ended_)
         return;
@@ -537,7 +540,8 @@ void Run::finish() {
         if (is_engine_ && has_option(engine_.words, "ini"))
             stamp_format(engine_, *parser_);
     }
-    // The shell says that a run was cancelled where the report names a transcript, so there is one.
+    // The shell says that a run was cancelled only when the report names a transcript, so a cancelled run has
+    // one.
     outcome.transcript = printed_ || cancelled_ ? transcript_.finish(cancelled_) : std::string();
     outcome.unkept = transcript_.unkept();
     close_down();

@@ -1,4 +1,4 @@
-// A run: the program on its terminal, its guard, its transcript, its prompts, its cancelling.
+// A run: one program on a terminal of its own, from its start to its report.
 #ifndef QUILLON_TOOLHOST_RUN_H
 #define QUILLON_TOOLHOST_RUN_H
 
@@ -7,7 +7,6 @@
 #include <string>
 #include <string_view>
 #include <systemd/sd-event.h>
-#include <vector>
 
 #include "common/bundle.h"
 #include "toolhost/kept_output.h"
@@ -18,21 +17,24 @@
 
 namespace toolhost {
 
+// How a run ended.
 struct Outcome {
-    std::int32_t exit_code = 0;
-    std::string transcript; // empty when nothing was printed, or no file could be made
-    std::string unkept;     // then the end of what was printed, with the reason
-    bool edit = false;
-    std::string message; // of the error that the editor is to show
+    std::int32_t exit_code = 0; // 128 and the signal's number for a program that a signal ended
+    std::string transcript;     // the absolute path of its file; empty when nothing was printed, or not kept
+    std::string unkept;         // then the end of what was printed, with the reason
+    bool edit = false;          // the editor is wanted at the error
+    std::string message;        // what the engine said about that error
     bool cancelled = false;
 };
 
 // What a run tells the host that owns it.
 class RunOwner {
   public:
+    // The program printed BYTES, which are valid during the call.
     virtual void run_printed(std::string_view bytes) = 0;
-    // The program began (true) or ceased to wait for an answer.
+    // The program began (true) or ceased (false) to wait for an answer.
     virtual void run_waits(bool waits) = 0;
+    // The run is over. It is called once, and nothing is reported after it.
     virtual void run_ended(const Outcome &outcome) = 0;
 
   protected:
@@ -41,29 +43,35 @@ class RunOwner {
 
 class Run {
   public:
+    // All three must outlive the run.
     Run(sd_event *event, const common::Bundle &bundle, RunOwner &owner);
     ~Run();
     Run(const Run &) = delete;
     Run &operator=(const Run &) = delete;
 
-    // Starts the program for the command line in FOLDER. When it cannot be started the run ends all the same,
-    // with a transcript that says why.
+    // Starts the bundle's program with the words of the command line LINE (any bytes) in FOLDER, an absolute
+    // POSIX path. A program that cannot be started ends the run at once with code 127 and a transcript that
+    // says why.
     void start(std::string_view line, const std::string &folder);
-    // Types BYTES at the program's terminal.
+    // Types BYTES at the program's terminal. What the terminal does not take now is typed later.
     void answer(std::string_view bytes);
-    // The program's input is empty: it reads an end of file now.
+    // Types an end of file at the terminal, since nobody can answer the program.
     void end_input();
-    // Interrupt, then terminate, then kill. AT_ONCE: kill.
+    // Stops the program: an interrupt, a second later SIGTERM, and another second later SIGKILL for every
+    // process of the run. AT_ONCE begins with SIGKILL. The run still ends with its report.
     void cancel(bool at_once);
-
-    // Nobody is left to report to: the transcript goes, the guard kills the rest.
+    // Gives the run up without a report: the transcript is removed, and the guard kills what runs.
     void abandon();
 
+    // How the run stands: whether the program waits for an answer, whether the run was cancelled, whether it
+    // has ended, and how many pages the engine has made (0 for other programs).
     bool waiting() const { return waiting_; }
     bool cancelled() const { return cancelled_; }
     bool ended() const { return ended_; }
     int pages() const { return parser_ ? parser_->pages() : 0; }
+    // Returns the time since the start.
     std::uint64_t milliseconds() const;
+    // Returns the command line as it was given.
     const std::string &command() const { return command_; }
 
   private:
@@ -109,7 +117,7 @@ class Run {
     sd_event_source *cancel_timer_ = nullptr;
     std::uint64_t begun_ = 0;
     std::uint64_t prompt_pause_ = 0;
-    std::string unsent_; // typed, not yet taken by the terminal
+    std::string unsent_; // what was typed and the terminal has not taken yet
     std::string terminal_path_;
     int terminal_ = -1;
     int output_ = -1;          // what the program prints, where it does not print on the terminal
@@ -118,12 +126,12 @@ class Run {
     int record_ = -1;
     pid_t guard_ = 0;
     int status_ = 0;
-    int stage_ = 0;
+    int stage_ = 0; // how many of the stopping signals were sent
     bool is_engine_ = false;
     bool printed_ = false;
     bool open_line_ = false;
     bool answered_ = false;
-    bool may_wait_ = false; // at the last look
+    bool may_wait_ = false; // what the last look for a prompt found
     bool waiting_ = false;
     bool cancelled_ = false;
     bool ended_ = false;

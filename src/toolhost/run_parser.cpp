@@ -1,8 +1,5 @@
 #include "toolhost/run_parser.h"
 
-#include <cctype>
-#include <cstdlib>
-
 #include "common/host_files.h"
 #include "common/path_forms.h"
 
@@ -19,7 +16,8 @@ bool digit(char c) {
     return c >= '0' && c <= '9';
 }
 
-// The number at the head of TEXT, 0 when there is none or it is absurd; LENGTH is its number of digits.
+// Returns the number at the head of TEXT, 0 when there is none or it has more than ten digits. LENGTH becomes
+// the number of digits read.
 long number_at(std::string_view text, std::size_t &length) {
     long number = 0;
     for (length = 0; length < text.size() && digit(text[length]); length++) {
@@ -30,7 +28,7 @@ long number_at(std::string_view text, std::size_t &length) {
     return number;
 }
 
-// NAME (with quotes round it or round its blanks) without the quotes.
+// Returns NAME without the quotes that engines print around names, or parts of names, with blanks.
 std::string unquoted(std::string_view name) {
     std::string bare;
     for (const char c : name)
@@ -63,7 +61,7 @@ void RunParser::feed(std::string_view bytes) {
     }
 }
 
-// An engine may print all its pages in one line: those of the line that has not ended yet count as they come.
+// Counts the pages in the line that has not ended yet, since an engine may print all its pages in one line.
 void RunParser::count_open_pages() {
     for (; counted_ + 1 < line_.size(); counted_++)
         if (line_[counted_] == '[' && digit(line_[counted_ + 1]) && !in_error_ && passed_over_ == 0)
@@ -79,6 +77,7 @@ void RunParser::finish() {
         line(whole);
 }
 
+// Returns the file that the engine reads now, as an absolute path.
 std::string RunParser::current_file() const {
     for (auto file = files_.rbegin(); file != files_.rend(); ++file)
         if (!file->empty())
@@ -103,7 +102,7 @@ void RunParser::line(std::string_view text) {
         scan_files(text);
 }
 
-// The engine's closing words.
+// Reads a line that reports the output or a dumped format. False for any other line.
 bool RunParser::report(std::string_view text) {
     constexpr std::string_view written = "Output written on ";
     constexpr std::string_view dumped = "Beginning to dump on file ";
@@ -124,7 +123,8 @@ bool RunParser::report(std::string_view text) {
     return false;
 }
 
-// "! MESSAGE", and some lines later "l.NUMBER TEXT" with the rest of the source line below it.
+// Reads an error in the form "! MESSAGE" and, some lines later, "l.NUMBER TEXT" with the rest of the source
+// line below it. False when TEXT is neither line.
 bool RunParser::error_line(std::string_view text) {
     if (text.starts_with("! ")) {
         in_error_ = !text.starts_with("!  ==> ");
@@ -143,7 +143,7 @@ bool RunParser::error_line(std::string_view text) {
     return true;
 }
 
-// "FILE:NUMBER: MESSAGE".
+// Reads an error in the form "FILE:NUMBER: MESSAGE". False for any other line.
 bool RunParser::file_line_error(std::string_view text) {
     for (std::size_t colon = text.find(':'); colon != std::string_view::npos;
          colon = text.find(':', colon + 1)) {
@@ -168,6 +168,7 @@ void RunParser::note_error(const std::string &file, long number, std::string_vie
         first_error_ = last_error_;
 }
 
+// Follows the files that "(NAME" opens and ")" closes, and counts the pages, "[NUMBER".
 void RunParser::scan_files(std::string_view text) {
     for (std::size_t i = 0; i < text.size(); i++) {
         if (text[i] == '(')
@@ -179,8 +180,8 @@ void RunParser::scan_files(std::string_view text) {
     }
 }
 
-// After a "(": pushes the file that TEXT begins with, when there is one, and answers the length of its name.
-// A name may hold blanks, so the longest that exists is taken.
+// Opens the file that TEXT, what follows a "(", begins with. Returns the length of its name, 0 when there is
+// no such file. A name may hold blanks, so the longest that exists is taken.
 std::size_t RunParser::open_file(std::string_view text) {
     std::size_t taken = 0;
     std::string found;

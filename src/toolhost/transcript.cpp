@@ -1,5 +1,6 @@
 #include "toolhost/transcript.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -95,7 +96,7 @@ void Transcript::say_loss() {
             pwrite(file_, message.data(), size, static_cast<off_t>(written_)) == static_cast<ssize_t>(size))
             return;
         if (attempt == 0) {
-            // The blocks that the file has already take the message.
+            // The message overwrites the end of what was written, which needs no new room on the disk.
             lost_ += std::min(written_, size + 8);
             continue;
         }

@@ -1,4 +1,4 @@
-// The transcript: what the program printed, every line end one carriage return, in a file of its own.
+// The transcript: a file with what the program printed, in which every line end is one carriage return.
 #ifndef QUILLON_TOOLHOST_TRANSCRIPT_H
 #define QUILLON_TOOLHOST_TRANSCRIPT_H
 
@@ -8,7 +8,7 @@
 
 namespace toolhost {
 
-// CR LF and LF become CR, also where a pair is split over two blocks. Other bytes stay.
+// Turns line ends (CR LF, LF) into CR, also where a pair is split between two calls. Other bytes stay.
 class LineEnds {
   public:
     // Appends the converted BYTES to OUT.
@@ -18,6 +18,7 @@ class LineEnds {
     bool after_return_ = false;
 };
 
+// The file of one run. It is made in the transcripts folder when there is something to write.
 class Transcript {
   public:
     ~Transcript();
@@ -25,16 +26,14 @@ class Transcript {
     Transcript(const Transcript &) = delete;
     Transcript &operator=(const Transcript &) = delete;
 
-    // Nothing is made on disk before the first byte. A disk that is full loses what does not fit; finish()
-    // says how much.
+    // Adds BYTES. They are written in blocks of 64 KiB; what a full disk does not take is lost and counted.
     void write(std::string_view bytes);
-    // Closes the file and hands its path over; empty when there is none. Writes into the file's end, over the
-    // last bytes where nothing more fits, how many bytes were lost. EVEN_EMPTY makes a file where nothing was
-    // written.
+    // Closes the file and returns its absolute path, empty when there is none; the file is then the caller's.
+    // When bytes were lost, a last line says how many; on a full disk it takes the place of the last bytes.
+    // EVEN_EMPTY makes a file even where nothing was written.
     std::string finish(bool even_empty = false);
-    std::uint64_t lost() const { return lost_; }
-    // What could not be kept because no file could be made: its last part, with carriage returns, at most
-    // unkept_limit bytes, below a line that says why. Empty when there is a file.
+    // Returns what could not be kept because no file could be made: its last part, with carriage returns, at
+    // most unkept_limit bytes, below a line that says why. Empty when there is a file.
     std::string unkept() const;
 
     static constexpr std::size_t unkept_limit = 65536;
@@ -47,7 +46,7 @@ class Transcript {
     LineEnds ends_;
     std::string pending_;
     std::string path_;
-    std::string reason_;
+    std::string reason_; // why bytes were lost
     std::string unkept_;
     std::uint64_t written_ = 0;
     std::uint64_t lost_ = 0;

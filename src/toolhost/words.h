@@ -1,4 +1,4 @@
-// The command line of a run: cut into words, and what its words say to the engines.
+// The command line of a run, cut into words, and what the words say to an engine.
 #ifndef QUILLON_TOOLHOST_WORDS_H
 #define QUILLON_TOOLHOST_WORDS_H
 
@@ -8,15 +8,17 @@
 
 namespace toolhost {
 
-// Cuts LINE at blanks; double quotes group and vanish, an open quote reaches to the end. In the words the
-// byte SPACE becomes a blank and byte 30 a colon.
+// Returns the words of LINE. Blanks, tabs and line ends part them, except between double quotes, which are
+// dropped; an open quote reaches to the end. In the words the byte SPACE becomes a blank and byte 30 a colon.
 std::vector<std::string> split_words(std::string_view line, unsigned char space);
 
-// The value of -NAME=VALUE or -NAME VALUE (one or two dashes); empty when the option is absent.
+// Returns the value of the option -NAME=VALUE or -NAME VALUE (one or two dashes). Empty when there is none.
+// The first word, the command, is no option.
 std::string option_value(const std::vector<std::string> &words, std::string_view name);
-// Whether -NAME or --NAME stands among the words.
+// True when -NAME or --NAME is among the words after the first.
 bool has_option(const std::vector<std::string> &words, std::string_view name);
-// The file that an engine's words name, without "*" or "&FORMAT" before it; empty when there is none.
+// Returns the file that the words of an engine's command name, without a "*" before it. Options with their
+// values, "&FORMAT" and TeX commands are passed over. Empty when there is none.
 std::string main_file(const std::vector<std::string> &words);
 
 } // namespace toolhost

@@ -33,6 +33,7 @@ class FakeShell(dbus.service.Object):
         self.calls = []
         self.answer = lambda reply, error: reply(0)
         self.pending = None
+        self.leaves = False  # without an answer, when it is told to quit
 
     def close(self):
         self.remove_from_connection()
@@ -74,6 +75,8 @@ class FakeShell(dbus.service.Object):
     @dbus.service.method(SHELL)
     def Quit(self):
         self.calls.append(("Quit",))
+        if self.leaves:
+            raise dbus.DBusException("gone", name="org.freedesktop.DBus.Error.NoReply")
 
     @dbus.service.method(SHELL, "b")
     def Follow(self, on):
@@ -149,6 +152,11 @@ class WithoutShell(ClientTest):
         status, _, error = self.quillon("formats", DBUS_SESSION_BUS_ADDRESS="unix:path=/nowhere")
         self.assertEqual(status, 69, error)
 
+    def test_a_bus_of_ones_own_is_started_once(self):
+        nowhere = {"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nowhere", "XDG_RUNTIME_DIR": "/nowhere"}
+        self.assertEqual(self.quillon("exec", "x", QUILLON_OWN_BUS="1", **nowhere),
+                         (69, "", "quillon: there is no session bus\n"))
+
 
 class WithShell(ClientTest):
     def setUp(self):
@@ -188,6 +196,30 @@ class WithShell(ClientTest):
     def test_quit(self):
         self.assertEqual(self.quillon("quit")[0], 0)
         self.assertEqual(self.shell.calls, [("Quit",)])
+
+    def test_a_shell_that_leaves_without_an_answer_has_quit(self):
+        self.shell.leaves = True
+        self.assertEqual(self.quillon("quit"), (0, "", ""))
+
+    def test_words_after_two_dashes_are_no_options(self):
+        self.file("-x.tex", "")
+        self.assertEqual(self.quillon("--", "-x.tex")[0], 0)
+        wait_until(lambda: len(self.shell.calls) == 2)
+        self.assertEqual(self.shell.calls[0], ("Open", self.work + "/-x.tex"))
+        self.assertEqual(self.quillon("exec", "-f", "--", "-f", "x")[0], 0)
+        self.assertEqual(self.shell.calls[3][1], b"-f x")
+
+    def test_a_status_too_large_for_an_exit_is_no_success(self):
+        for status, wanted in ((200, 200), (256, 1), (0, 0)):
+            self.shell.answer = lambda reply, error, status=status: reply(status)
+            self.assertEqual(self.quillon("exec", "x")[0], wanted)
+
+    def test_a_headless_shell_beside_the_shell_has_a_bus_of_its_own(self):
+        script = self.file("script", "print setting SPACECHAR\nquit\n")
+        status, out, error = self.quillon("--headless", "--script", script)
+        self.assertEqual(status, 0, error)
+        self.assertIn("31\n", out)
+        self.assertEqual(self.shell.calls, [])
 
     def test_exec_prints_the_console_and_has_the_runs_status(self):
         def answer(reply, error):

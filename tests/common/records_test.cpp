@@ -109,6 +109,14 @@ TEST_F(Resources, EveryByteSurvives) {
     }
 }
 
+TEST_F(Resources, OnlyABlankAtTheEndIsEscaped) {
+    contents("");
+    ASSERT_EQ(set("K", " a b\tc "), 1);
+    EXPECT_EQ(contents(), "K= a b\tc\\x20\n");
+    ASSERT_EQ(set("K", "\x1f\x7f\t"), 1);
+    EXPECT_EQ(contents(), "K=\\x1f\\x7f\\x09\n");
+}
+
 TEST_F(Resources, EscapesAreRead) {
     contents("A=a\\nb\\rc\\\\d\\x41\\q\\xZZ\\\n");
     EXPECT_EQ(get("A"), "a\nb\rc\\dA\\q\\xZZ\\");

@@ -49,11 +49,12 @@ TEST(TextFeed, EveryResultIsUtf8HoweverTheBytesAreCut) {
 }
 
 TEST(Utf8, WellFormedTextIsToldFromOtherBytes) {
-    for (const char *const good : {"", "abc", "a é € 𝄞", "\xED\x9F\xBF", "\xF4\x8F\xBF\xBF"})
+    for (const char *const good :
+         {"", "abc", "a é € 𝄞", "\xED\x9F\xBF", "\xF4\x8F\xBF\xBF", "\xE0\xA0\x80", "\xF0\x90\x80\x80"})
         EXPECT_TRUE(is_utf8(good)) << good;
     for (const char *const bad :
-         {"\xC3", "\x80", "\xC0\x80", "\xC0\xAF", "\xED\xA0\x80", "\xF5\x80\x80\x80", "\xE0\x80\x80",
-          "\xF0\x8F\x80\x80", "\xF4\x90\x80\x80", "a\xFF", "\xE2\x82"})
+         {"\xC3", "\x80", "\xC0\x80", "\xC0\xAF", "\xC1\x80", "\xED\xA0\x80", "\xF5\x80\x80\x80",
+          "\xE0\x80\x80", "\xF0\x8F\x80\x80", "\xF4\x90\x80\x80", "a\xFF", "\xE2\x82"})
         EXPECT_FALSE(is_utf8(bad)) << bad;
     EXPECT_FALSE(is_utf8(std::string_view("a\0", 2)));
 }

@@ -7,8 +7,10 @@ import shutil
 import sys
 import unittest
 
+import dbus.service
+
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
-from harness import BINARIES, FAKES, HomeTest, ServiceTest, wait_until  # noqa: E402
+from harness import BINARIES, FAKES, MAIN_LOOP, HomeTest, ServiceTest, wait_until  # noqa: E402
 
 HELPERS = os.path.join(BINARIES, "Quillon.app", "Contents", "Helpers")
 NASTY = ["plain.tex", "with blanks  two.tex", "quo\"te's.tex", "$HOME `touch ran` $(touch ran).tex", "a\\b;touch ran.tex",
@@ -310,6 +312,55 @@ class Editors(Applications, HomeTest):
         wait_until(lambda: len(self.starts("kate")) == 2)
 
 
+class BusApplication(dbus.service.Object):
+    """An application of the desktop that takes its documents over the bus."""
+
+    def __init__(self, bus):
+        bus.request_name("org.example.My-Viewer")
+        super().__init__(bus, "/org/example/My_Viewer")
+        self.calls = []
+
+    @dbus.service.method("org.freedesktop.Application", "asa{sv}")
+    def Open(self, uris, data):
+        self.calls.append([str(uri) for uri in uris])
+
+    @dbus.service.method("org.freedesktop.Application", "a{sv}")
+    def Activate(self, data):
+        self.calls.append("Activate")
+
+
+class OnTheBus(Applications, ServiceTest):
+    def setUp(self):
+        super().setUp()
+        self.prepare()
+        self.viewer = self.recorder("viewer")
+        self.path = self.file("a b.pdf", "x")
+
+    def test_an_application_of_the_bus_gets_the_document_over_the_bus(self):
+        application = BusApplication(self.bus(MAIN_LOOP))
+        self.addCleanup(application.remove_from_connection)
+        self.entry("org.example.My-Viewer", f"Exec={self.viewer} %f\nDBusActivatable=true\n")
+        self.opens("org.example.My-Viewer", self.path)
+        wait_until(lambda: application.calls)
+        self.opens("org.example.My-Viewer")
+        wait_until(lambda: len(application.calls) == 2)
+        self.assertEqual(application.calls, [["file://" + self.path.replace(" ", "%20")], "Activate"])
+        self.assertEqual(self.starts("viewer"), [])
+
+    def test_one_that_the_bus_does_not_know_is_started(self):
+        self.entry("org.example.My-Viewer", f"Exec={self.viewer} %f\nDBusActivatable=true\n")
+        self.opens("org.example.My-Viewer", self.path)
+        self.assertEqual(self.started("viewer"), [self.path])
+
+    def test_one_that_does_not_ask_for_the_bus_is_started(self):
+        application = BusApplication(self.bus(MAIN_LOOP))
+        self.addCleanup(application.remove_from_connection)
+        self.entry("org.example.My-Viewer", f"Exec={self.viewer} %f\n")
+        self.opens("org.example.My-Viewer", self.path)
+        self.assertEqual(self.started("viewer"), [self.path])
+        self.assertEqual(application.calls, [])
+
+
 class Bundles(Applications, ServiceTest):
     def setUp(self):
         super().setUp()
@@ -379,9 +430,9 @@ class FromTheShell(Applications, HomeTest):
         path = self.file("a $b `c`.tex", "Hello.\n\\bye\n")
         self.preferences(USEPDFTEX="1", AUTOVIEW="1", PDFVIEW=viewer)
         self.shell(f"event aevt odoc ---- fss {path}\n")
-        # The shell has gone; the viewer has not.
+        # The shell has gone; the viewer has not. What it forks has its name for a moment.
         self.assertEqual(self.started("viewer"), [path[:-3] + "pdf"])
-        self.assertEqual(len(self.processes_of(viewer)), 1)
+        wait_until(lambda: len(self.processes_of(viewer)) == 1)
 
     def test_an_error_opens_the_editor_once_at_the_line(self):
         editor = self.recorder("kate")

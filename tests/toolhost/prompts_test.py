@@ -20,9 +20,17 @@ class AnsweringShell(dbus.service.Object):
         super().__init__(bus, "/org/quillon/Shell")
         self.names = names
 
-    @dbus.service.method("org.quillon.Shell1", out_signature="bas")
-    def Answerers(self):
-        return False, dbus.Array(self.names, signature="s")
+        self.held = None  # the replies that wait, once it is a list
+
+    def reply(self, answer):
+        answer(False, dbus.Array(self.names, signature="s"))
+
+    @dbus.service.method("org.quillon.Shell1", out_signature="bas", async_callbacks=("answer", "fail"))
+    def Answerers(self, answer, fail):
+        if self.held is None:
+            self.reply(answer)
+        else:
+            self.held.append(answer)
 
 
 class Prompts(HostTest):
@@ -87,6 +95,23 @@ class Prompts(HostTest):
         self.wait_prompt(tool)
         # All that was printed reaches who was named, also what came before the shell said so.
         wait_until(lambda: bytes(heard) == b"name: ", "the first output")
+        tool.answer(b"one\n")
+        self.assertTrue(log_of(tool.reply()).endswith(b"<one>\r"))
+        follower.close()
+
+    def test_what_is_printed_before_the_shell_says_who_can_answer_is_kept_for_them(self):
+        follower = self.bus(MAIN_LOOP)
+        shell = AnsweringShell(self.connection, [follower.get_unique_name()])
+        self.addCleanup(shell.remove_from_connection)
+        shell.held = []
+        tool = self.shell_tool('printf "name: "; read x; echo "<$x>"\n')
+        heard = bytearray()
+        follower.add_signal_receiver(lambda data: heard.extend(bytearray(data)), "Output", TOOL)
+        tool.send("x")
+        self.wait_prompt(tool)
+        self.assertEqual((len(shell.held), bytes(heard)), (1, b""))
+        shell.reply(shell.held.pop())
+        wait_until(lambda: bytes(heard) == b"name: ", "what was printed before")
         tool.answer(b"one\n")
         self.assertTrue(log_of(tool.reply()).endswith(b"<one>\r"))
         follower.close()

@@ -115,3 +115,43 @@ TEST_F(RunParserTest, FloodsAreBounded) {
     parser.feed("\n! Wrong.\nl.99999999999999999999 x\nl.0 x\n");
     EXPECT_FALSE(parser.first_error().known());
 }
+
+TEST_F(RunParserTest, TheTextOfAnUnderfullBoxOpensNothing) {
+    parse("(./main.tex\nUnderfull \\hbox (badness 10000) in paragraph at lines 1--2\n"
+          "[1](./sub/deep.tex )))\n! Wrong.\nl.3 x\n",
+          [&](const RunParser &parser) {
+              EXPECT_EQ(parser.first_error().file, folder_ + "/main.tex");
+              EXPECT_EQ(parser.pages(), 0);
+          });
+}
+
+TEST_F(RunParserTest, AFatalErrorDoesNotHideWhatFollows) {
+    parse("(./main.tex\n!  ==> Fatal error occurred, no output PDF file produced!\n(./sub/deep.tex\n! "
+          "Wrong.\nl.3 x\n",
+          [&](const RunParser &parser) { EXPECT_EQ(parser.first_error().file, folder_ + "/sub/deep.tex"); });
+    parse("(./main.tex\n./main.tex:4:  ==> Fatal error occurred\n(./sub/deep.tex\n! Wrong.\nl.3 x\n",
+          [&](const RunParser &parser) { EXPECT_EQ(parser.last_error().file, folder_ + "/sub/deep.tex"); });
+}
+
+TEST_F(RunParserTest, TheFilesInAnErrorsTextAreNotOpened) {
+    parse("(./main.tex\n! Wrong.\n(./sub/deep.tex\nl.3 x\n (./sub/deep.tex\n! Two.\nl.4 x\n",
+          [&](const RunParser &parser) { EXPECT_EQ(parser.last_error().file, folder_ + "/main.tex"); });
+}
+
+TEST_F(RunParserTest, TheMessageAndLongLineNumbers) {
+    parse("(./main.tex\n! Undefined control sequence.\nl.1234567890 \\x\n", [&](const RunParser &parser) {
+        EXPECT_EQ(parser.first_error().line, 1234567890);
+        EXPECT_EQ(parser.first_error().message, "Undefined control sequence.");
+    });
+    parse("./main.tex:7: Wrong: really.\n",
+          [&](const RunParser &parser) { EXPECT_EQ(parser.first_error().message, "Wrong: really."); });
+}
+
+TEST_F(RunParserTest, AFileOfColonsIsNoErrorWithoutAName) {
+    parse(":7: Wrong.\n", [&](const RunParser &parser) { EXPECT_FALSE(parser.first_error().known()); });
+    std::ofstream(folder_ + "/a:1") << "x";
+    parse("a:1:7: Wrong.\n", [&](const RunParser &parser) {
+        EXPECT_EQ(parser.first_error().file, folder_ + "/a:1");
+        EXPECT_EQ(parser.first_error().line, 7);
+    });
+}

@@ -103,6 +103,11 @@ class Runs(HostTest):
         self.assertTrue(self.settings()["FILENAME"].endswith("/b\\x1fc.tex"))
         self.assertEqual(self.settings()["LINENUMBER"], "4")
 
+    def test_of_several_errors_the_first_is_shown(self):
+        self.file("main.tex", "\\wrong\n\n\\wrong\n\\bye\n")
+        reply = self.launch("pdftex").run("pdftex -interaction=nonstopmode main.tex")
+        self.assertEqual((reply["edit"], self.settings()["LINENUMBER"]), (1, "1"))
+
     def test_a_missing_file_has_no_line(self):
         reply = self.launch("pdftex").run("pdftex nothing.tex")
         self.assertEqual((reply["----"], reply["edit"]), (1, 0))

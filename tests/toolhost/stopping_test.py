@@ -189,6 +189,24 @@ class Stopping(HostTest):
         tool.kill()
         self.assert_gone(*pids)
 
+    def test_the_guard_does_not_look_like_the_host(self):
+        tool = self.shell_tool("echo $PPID > guard; read x\n")
+        tool.follow()
+        tool.send("x")
+        for name in ("cmdline", "comm"):
+            with open(f"/proc/{self.pid('guard')}/{name}", "rb") as file:
+                self.assertEqual(file.read().rstrip(b"\0\n"), b"quillon-guard")
+        wait_until(tool.waiting, "the prompt")
+        tool.answer(b"\n")
+        self.assertEqual(tool.reply()["----"], 0)
+
+    def test_a_program_that_reads_on_at_the_end_of_its_input_is_ended(self):
+        tool = self.shell_tool("while :; do read x; done\n")
+        tool.send("x")
+        wait_until(lambda: self.receiver.events, "the report")
+        self.assertEqual(self.receiver.events[0][:2], ("QUIL", "exit"))
+        wait_until(tool.gone, "the end of the host")
+
     def test_a_killed_guard_leaves_nothing(self):
         tool, pids = self.outliving()
         with open("/proc/%d/stat" % pids[0]) as file:

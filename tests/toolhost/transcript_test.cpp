@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include "toolhost/transcript.h"
@@ -63,5 +65,34 @@ TEST_F(TranscriptTest, AFolderOfSomebodyElsesMakingIsRefused) {
     toolhost::Transcript transcript;
     transcript.write("x");
     EXPECT_EQ(transcript.finish(), "");
-    EXPECT_EQ(transcript.lost(), 1u);
+}
+
+TEST_F(TranscriptTest, ACancelledRunHasAFileWhateverWasPrinted) {
+    toolhost::Transcript transcript;
+    const std::string path = transcript.finish(true);
+    EXPECT_EQ(path.rfind(folder_ + "/quillon/transcript-", 0), 0u);
+    EXPECT_EQ(access(path.c_str(), F_OK), 0);
+}
+
+// A limit of the file size stands for a disk that is full.
+TEST_F(TranscriptTest, AFullDiskIsSaidInPlaceOfTheLastBytes) {
+    rlimit before = {};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    signal(SIGXFSZ, SIG_IGN);
+    rlimit limit = before;
+    limit.rlim_cur = 1000;
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    toolhost::Transcript transcript;
+    transcript.write(std::string(1500, 'x'));
+    const std::string path = transcript.finish();
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    std::ifstream file(path, std::ios::binary);
+    const std::string text(std::istreambuf_iterator<char>(file), {});
+    const std::size_t end = text.find('\r');
+    ASSERT_NE(end, std::string::npos);
+    EXPECT_LE(text.size(), 1000u);
+    EXPECT_GT(end, 900u - 100u);
+    EXPECT_EQ(text.find_first_not_of('x'), end);
+    EXPECT_EQ(text.substr(end, text.find(" bytes)") - end),
+              "\rThe rest of the output was lost (" + std::to_string(1500 - end));
 }

@@ -63,6 +63,10 @@ class Environments(HostTest):
         self.file("own.csf", "\\lowupcase\n%\n\\order\n%\n")
         self.write_preferences("SPACECHAR=31\nCSFFILE=own.csf\n")
         self.assertIn(b"own.csf", log_of(tool.run("bibtex x")))
+        self.file("other.csf", "\\lowupcase\n%\n\\order\n%\n")
+        log = log_of(tool.run("bibtex -c other.csf x"))
+        self.assertIn(b"other.csf", log)
+        self.assertNotIn(b"own.csf", log)
 
 
 if __name__ == "__main__":

@@ -70,6 +70,17 @@ class WindowTest(HostTest, DesktopTest):
         self.assertEqual(tool.reply()["edit"], 1)
         self.assertEqual(self.setting("LINENUMBER"), "1")
 
+    def test_a_program_that_is_not_tex_has_no_buttons_for_texs_answers(self):
+        tool = self.shell_tool('read x; echo "<$x>"\n')
+        tool.follow()
+        tool.send("x")
+        self.focused()
+        wait_until(tool.waiting, "the prompt")
+        self.xdotool("key", "alt+e")
+        self.xdotool("type", "y")
+        self.press_until("Return", lambda: tool.replies)
+        self.assertNotIn(b"<e>", log_of(tool.reply()))
+
     def test_a_long_run_shows_the_window_and_escape_cancels(self):
         tool = self.shell_tool("echo $$ > leader; echo line; while :; do sleep 0.1; done\n")
         tool.send("x")

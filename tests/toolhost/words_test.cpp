@@ -46,3 +46,26 @@ TEST(Words, TheMainFile) {
     EXPECT_EQ(toolhost::main_file({"pdftex", "\\relax"}), "");
     EXPECT_EQ(toolhost::main_file({"pdftex"}), "");
 }
+
+TEST(Words, AWordAloneIsNoOption) {
+    EXPECT_EQ(toolhost::main_file({"pdftex", "-", "x.tex"}), "-");
+    EXPECT_EQ(toolhost::main_file({"pdftex", "&plain", "x.tex"}), "x.tex");
+    EXPECT_EQ(toolhost::main_file({"pdftex", "", "x.tex"}), "x.tex");
+    EXPECT_FALSE(toolhost::has_option({"-ini", "x"}, "ini"));
+}
+
+TEST(Words, EveryOptionThatTakesAValueTakesTheNextWord) {
+    for (const char *const option :
+         {"-fmt", "--jobname", "-output-directory", "-output-format", "-progname", "-mem", "-interaction",
+          "-mktex", "-no-mktex", "-output-comment", "-tcx", "-translate-file", "-kpathsea-debug"}) {
+        EXPECT_EQ(toolhost::main_file({"pdftex", option, "value", "x.tex"}), "x.tex") << option;
+        EXPECT_EQ(toolhost::main_file({"pdftex", option}), "") << option;
+    }
+    EXPECT_EQ(toolhost::main_file({"pdftex", "-fmt=plain", "x.tex"}), "x.tex");
+}
+
+TEST(Words, TheLastWordMayBeAValueAndNoName) {
+    EXPECT_EQ(toolhost::option_value({"pdftex", "-jobname", "a"}, "jobname"), "a");
+    EXPECT_EQ(toolhost::option_value({"pdftex", "-jobname"}, "jobname"), "");
+    EXPECT_EQ(toolhost::option_value({"-jobname=a", "x"}, "jobname"), "");
+}

@@ -19,7 +19,7 @@ ApplicationBus::ApplicationBus(const std::string &bundle, std::function<void()> 
         return;
     notifier_ = std::make_unique<QSocketNotifier>(sd_bus_get_fd(bus_), QSocketNotifier::Read);
     QObject::connect(notifier_.get(), &QSocketNotifier::activated, [this] { serve(); });
-    // Calls may have come with the answer to the request.
+    // Calls may have been read together with the answer to the request.
     QTimer::singleShot(0, notifier_.get(), [this] { serve(); });
 }
 
@@ -33,7 +33,7 @@ void ApplicationBus::serve() {
     while ((result = sd_bus_process(bus_, nullptr)) > 0) {
     }
     sd_bus_flush(bus_);
-    // A bus that has gone stays readable for ever.
+    // The descriptor of a bus that has gone stays readable for ever.
     if (result < 0)
         notifier_->setEnabled(false);
 }

@@ -1,4 +1,4 @@
-// The set-up as an application on the bus, as every program that the shell launches is.
+// Serves the set-up as an application on the session bus, which every program that the shell launches does.
 #ifndef QUILLON_SETPATHS_WINDOW_APPLICATION_BUS_H
 #define QUILLON_SETPATHS_WINDOW_APPLICATION_BUS_H
 
@@ -14,8 +14,8 @@ namespace setpaths {
 
 class ApplicationBus {
   public:
-    // BUNDLE is the POSIX path of the bundle. QUIT is called for a quit event, SHOW for one that opens the
-    // application; both after it was answered. Without a session bus nothing is served.
+    // BUNDLE is the POSIX path of the set-up's bundle. After a quit event was answered QUIT is called, after
+    // an event that opens the application SHOW. Without a session bus nothing is served.
     ApplicationBus(const std::string &bundle, std::function<void()> quit, std::function<void()> show);
     ~ApplicationBus();
     ApplicationBus(const ApplicationBus &) = delete;

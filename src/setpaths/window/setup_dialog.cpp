@@ -21,8 +21,8 @@ namespace {
 
 constexpr int folders_column = 1;
 
-// The settings of the window's table, in its order: the search paths that it shows, and the distribution's
-// trees.
+// Returns the keys of the settings in the window's table, in its order: the search paths that it shows, and
+// the distribution's trees.
 std::vector<const char *> path_keys() {
     std::vector<const char *> keys;
     for (int row = 1; row <= common::search_setting_count; row++)
@@ -46,7 +46,7 @@ struct Busy {
 SetupDialog::SetupDialog(const SetupWindowHost &host)
     : host_(host), ui_(std::make_unique<Ui::SetUp>()), proposal_(host.propose(host.home, "")) {
     ui_->setupUi(this);
-    // Programs that a person named before count more than those along the PATH.
+    // The folder of programs that the person chose before comes before PATH.
     if (std::string folder; host_.value("TEXBIN", &folder) && !folder.empty())
         proposal_ = host_.propose(host_.home, common::to_posix_path(folder, proposal_.space));
     add_program("Editor", ui_->editor);
@@ -63,7 +63,7 @@ SetupDialog::SetupDialog(const SetupWindowHost &host)
         paths_.push_back({key, list_text(value_of(key))});
     fill_paths();
     show_distribution();
-    // They are written from what is saved.
+    // The databases are written from the settings that are saved.
     ui_->write_databases->setEnabled(common::is_regular_file(common::preferences_path()));
     connect(ui_->choose_programs, &QPushButton::clicked, this, [this] { choose_distribution(); });
     connect(ui_->take_paths, &QPushButton::clicked, this, [this] { take_paths(); });
@@ -86,7 +86,7 @@ std::string SetupDialog::value_of(const char *key) const {
     return host_.value(key, &value) ? value : proposed(key);
 }
 
-// Only blanks differ: a ":" parts the list.
+// Returns a list with blanks for the byte that stands for them. A ":" stays, since it parts the list.
 QString SetupDialog::list_text(const std::string &value) const {
     std::string text = value;
     std::replace(text.begin(), text.end(), static_cast<char>(proposal_.space), ' ');
@@ -151,7 +151,7 @@ void SetupDialog::fill_paths() {
     ui_->paths->setCurrentCell(0, folders_column);
 }
 
-// Into the table; nothing is written before the person saves.
+// Puts the distribution's search paths into the table. Nothing is written before the person saves.
 void SetupDialog::take_paths() {
     for (std::size_t row = 0; row < paths_.size(); row++)
         ui_->paths->item(static_cast<int>(row), folders_column)
@@ -211,7 +211,7 @@ Values SetupDialog::changes() const {
 }
 
 void SetupDialog::accept() {
-    // What is still being typed into the table counts.
+    // Moving the focus takes in what is still being typed into the table.
     ui_->buttons->setFocus();
     const Busy busy;
     written_ = false;

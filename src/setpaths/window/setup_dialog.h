@@ -1,4 +1,4 @@
-// The set-up's one window: the distribution, the programs for documents, the search paths.
+// The window of the set-up. It shows the distribution, the programs for documents and the search paths.
 #ifndef QUILLON_SETPATHS_WINDOW_SETUP_DIALOG_H
 #define QUILLON_SETPATHS_WINDOW_SETUP_DIALOG_H
 
@@ -19,11 +19,13 @@ namespace setpaths {
 
 class SetupDialog : public QDialog {
   public:
+    // HOST must outlive the window.
     explicit SetupDialog(const SetupWindowHost &host);
     ~SetupDialog() override;
 
-    // Whether everything that the person asked for was written.
+    // False when the last attempt to save failed.
     bool written() const { return written_; }
+    // Saves and closes; when something cannot be written, the window says so and stays.
     void accept() override;
 
   private:
@@ -42,7 +44,7 @@ class SetupDialog : public QDialog {
         QString before;
     };
 
-    // As the preferences have it, else as proposed.
+    // Return a setting's value: that of the preferences, else the proposed one; and the proposed one alone.
     std::string value_of(const char *key) const;
     std::string proposed(const char *key) const;
     QString list_text(const std::string &value) const;

@@ -11,7 +11,8 @@ namespace toolhost {
 
 namespace {
 
-constexpr std::uint32_t asked_by_person = 2; // the source that window managers do not take for a theft
+// The source of a request. Window managers grant one that a person made and refuse others.
+constexpr std::uint32_t asked_by_person = 2;
 
 xcb_atom_t atom(xcb_connection_t *connection, const char *name) {
     xcb_intern_atom_reply_t *const reply = xcb_intern_atom_reply(
@@ -22,7 +23,7 @@ xcb_atom_t atom(xcb_connection_t *connection, const char *name) {
     return value;
 }
 
-// The first number of a property; 0 when the window has none.
+// Returns the first number of a window's property, 0 when it has none.
 std::uint32_t property(xcb_connection_t *connection, xcb_window_t window, const char *name) {
     const auto request =
         xcb_get_property(connection, 0, window, atom(connection, name), XCB_GET_PROPERTY_TYPE_ANY, 0, 1);
@@ -63,7 +64,7 @@ int take_focus(QWidget *window) {
     const auto *const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
     // Other platforms may answer with an interface that has no connection.
     if (!x11 || !x11->connection()) {
-        // A Wayland compositor decides by the token that this process was given, if any.
+        // A Wayland compositor decides by the activation token that this process was started with, if any.
         window->activateWindow();
         return 1;
     }

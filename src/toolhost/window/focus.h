@@ -1,4 +1,5 @@
-// The keyboard focus for a window whose process is not the one that the person works in.
+// The keyboard focus for the tool's window, which belongs to another process than the shell that the person
+// works in.
 #ifndef QUILLON_TOOLHOST_WINDOW_FOCUS_H
 #define QUILLON_TOOLHOST_WINDOW_FOCUS_H
 
@@ -6,8 +7,8 @@ class QWidget;
 
 namespace toolhost {
 
-// Gives WINDOW the focus when the person is at the shell that started this process, or at nothing at all; in
-// another application they are left alone, and 0 says so.
+// Asks for the focus for WINDOW and returns 1 when the active window is the shell's or this process's, or
+// when there is none. Returns 0, and asks for nothing, when the person works in another application.
 int take_focus(QWidget *window);
 
 } // namespace toolhost

@@ -15,7 +15,7 @@ namespace toolhost {
 
 namespace {
 
-std::string unread; // printed, and not yet taken by the window
+std::string unread; // what was printed and the window has not taken yet
 
 Host &host_of(void *context) {
     return *static_cast<Host *>(context);

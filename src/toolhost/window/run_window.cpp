@@ -19,7 +19,8 @@ namespace {
 
 constexpr int most_lines = 5000;
 constexpr std::size_t block_size = 32768;
-// An engine that only counts pages writes one line without an end; a line of the text is laid out whole.
+// Every change of a line lays the whole line out again, and an engine that only counts pages writes one line
+// without an end. Longer lines than this (in characters) are cut.
 constexpr qsizetype longest_line = 4096;
 constexpr int usual_width = 760, usual_height = 460;
 constexpr int focus_tries = 20;
@@ -68,7 +69,7 @@ RunWindow::RunWindow(const ToolWindowHost &host) : host_(host) {
     resize(std::min(usual_width, room.width() * 9 / 10), std::min(usual_height, room.height() * 8 / 10));
 }
 
-// The command over the pages and the time; Cancel beside them.
+// Makes the head of the window: the command above the pages and the time, with Cancel beside them.
 QWidget *RunWindow::make_head() {
     auto *const head = new QWidget(this);
     auto *const command = new QLabel(head);
@@ -174,7 +175,7 @@ void RunWindow::cancel() {
     host_.cancel(host_.context);
 }
 
-// Closing the window stops the run; the window goes when the run has.
+// Closing the window stops the run. The window goes when the run has ended.
 void RunWindow::closeEvent(QCloseEvent *event) {
     ToolWindowState state;
     host_.state(host_.context, &state);
@@ -196,7 +197,8 @@ void RunWindow::show_text() {
     keep_end();
 }
 
-// Line ends as the text has them, and lines that are too long to lay out again with every piece cut.
+// Adds TEXT at the end of what is shown. Each form of line end becomes one, and lines that are too long are
+// cut.
 void RunWindow::add_lines(const QString &text) {
     QString lines;
     lines.reserve(text.size());
@@ -224,7 +226,8 @@ void RunWindow::keep_end() {
         bar->setValue(bar->maximum());
 }
 
-// The window may not be on the screen yet, and a window manager may be slow: asked until it is so.
+// Asks for the focus. The window may not be on the screen yet and a window manager may be slow, so this is
+// tried again at each refresh.
 void RunWindow::ask_for_focus() {
     if (focus_tries_ == 0 || !isVisible())
         return;
@@ -255,7 +258,7 @@ void RunWindow::show_state(const ToolWindowState &state) {
         return;
     waiting_ = waiting;
     if (waiting) {
-        // Once shown the line stays, so that the next answer can be typed while the program still prints.
+        // The line for answers stays, so that the next answer can be typed while the program still prints.
         answers_->show();
         answer_->setFocus();
         raise();

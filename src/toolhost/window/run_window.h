@@ -1,4 +1,5 @@
-// The window of one run: what the program prints, how far it is, a line to answer it, Cancel.
+// The window of one run. It shows what the program prints and how far it is, and has a line to answer it and
+// a Cancel button.
 #ifndef QUILLON_TOOLHOST_WINDOW_RUN_WINDOW_H
 #define QUILLON_TOOLHOST_WINDOW_RUN_WINDOW_H
 
@@ -15,9 +16,10 @@ namespace toolhost {
 
 class RunWindow : public QWidget {
   public:
+    // HOST must outlive the window.
     explicit RunWindow(const ToolWindowHost &host);
 
-    // Shows what is new; false when the run has ended.
+    // Shows what is new since the last call. False when the run has ended.
     bool refresh();
 
   protected:
@@ -47,7 +49,7 @@ class RunWindow : public QWidget {
     bool after_return_ = false;
     bool waiting_ = false;
     bool at_end_ = true;      // until the person scrolls up
-    int focus_tries_ = 0;     // left, before the window gives up asking for the keyboard
+    int focus_tries_ = 0;     // how often the window will still ask for the keyboard
     qsizetype line_size_ = 0; // characters in the last line shown
 };
 

@@ -33,7 +33,7 @@ extern "C" __attribute__((visibility("default"))) int quillon_tool_window(const 
         if (!state.running)
             loop.quit();
     });
-    // What the host prepared before it came here.
+    // Events that the host has read already do not make its descriptor readable.
     host->step(host->context);
     if (!window.refresh())
         return 1;

@@ -1,0 +1,166 @@
+#include "common/preferences.h"
+#include "setpaths/databases.h"
+#include "setpaths/defaults.h"
+#include "setpaths/distribution.h"
+#include "setpaths/proposals.h"
+#include "support/temporary_home.h"
+
+using namespace setpaths;
+using quillon::test::in_child;
+using quillon::test::TemporaryHome;
+
+namespace {
+
+using Words = std::vector<std::string>;
+
+// A program PATH that is a shell script.
+void script(const TemporaryHome &home, const std::string &below, const std::string &lines) {
+    const std::string path = home.file(below, "#!/bin/sh\n" + lines);
+    ASSERT_EQ(::chmod(path.c_str(), 0755), 0);
+}
+
+} // namespace
+
+TEST(Databases, FoldersThenTheirFiles) {
+    const TemporaryHome home;
+    const std::string root = home.folder("tree");
+    home.file("tree/b");
+    home.file("tree/a b");
+    home.file("tree/0x");
+    home.file("tree/.hidden");
+    home.file("tree/below/c");
+    home.file("tree/.git/d");
+    home.folder("tree/empty");
+    ASSERT_EQ(::symlink("below", (root + "/link").c_str()), 0);
+    ASSERT_EQ(::symlink("b", (root + "/same").c_str()), 0);
+    const std::string own = root + "/\n.hidden\na\x1f" + "b\nb\nsame\n";
+    EXPECT_EQ(database_text({root}, 31), own);
+    EXPECT_EQ(database_text({root + "/"}, 31), own);
+    EXPECT_EQ(database_text({root + "//"}, 31), own + root + "/below/\nc\n");
+    EXPECT_EQ(database_text({root, "relative", "/none", root + "/below", root + "//"}, 31),
+              own + root + "/below/\nc\n");
+}
+
+TEST(Databases, NamesThatNoReaderTakesWholeAreLeftOut) {
+    const TemporaryHome home;
+    const std::string root = home.folder("tree");
+    home.file("tree/x");
+    home.file("tree/a\nb");
+    EXPECT_EQ(database_text({root}, 31), root + "/\nx\n");
+}
+
+TEST(Distribution, ElementsOfLists) {
+    EXPECT_EQ(split_paths("!!/a//::/b///:!!:c/"), (Words{"/a//", "/b//", "c/"}));
+    EXPECT_EQ(split_paths(""), Words{});
+}
+
+TEST(Distribution, TheFirstLineOfAProgram) {
+    const TemporaryHome home;
+    script(home, "one", "echo \"$1-$2\"; echo more; exit 3\n");
+    script(home, "killed", "echo text; kill -9 $$\n");
+    EXPECT_EQ(output_of(home.path("one"), {"a b", "c"}), "a b-c");
+    EXPECT_EQ(output_of(home.path("killed"), {}), "");
+    EXPECT_EQ(output_of(home.path("none"), {}), "");
+}
+
+TEST(Distribution, WhatItSaysIsTaken) {
+    const TemporaryHome home;
+    const std::string tree = home.folder("tree"), other = home.folder("other"), own = home.path("own");
+    home.folder("tree/tex/latex");
+    script(home, "bin/pdftex", "");
+    script(home, "bin/kpsewhich",
+           "case \"$*\" in\n"
+           "*TEXMFHOME) echo " +
+               own +
+               ";;\n"
+               "*'$TEXMF') echo '!!" +
+               tree +
+               "/';;\n"
+               "*'$TEXINPUTS') echo '.:" +
+               tree + "/tex/latex//:" + tree + "/tex//:" + own + "/tex//:/none//:" + other +
+               "';;\n"
+               "*'$T1FONTS') echo '.:" +
+               own +
+               "/type1';;\n"
+               "*) echo \"${4}\";;\nesac\n");
+    const Distribution found = find_distribution(home.path("bin/"));
+    EXPECT_EQ(found.programs, home.path("bin"));
+    EXPECT_FALSE(found.programs_in_every_path);
+    EXPECT_EQ(found.trees, (Words{tree, own + "/tex", other}));
+    ASSERT_EQ(found.paths.size(), 1u);
+    EXPECT_EQ(found.paths.at("TEXINPUTS"), (Words{".", tree + "/tex//", own + "/tex//", other}));
+}
+
+TEST(Distribution, AFolderWithoutKpsewhichHasNothing) {
+    const TemporaryHome home;
+    const Distribution found = find_distribution(home.path("work"));
+    EXPECT_EQ(found.programs, home.path("work"));
+    EXPECT_TRUE(found.trees.empty() && found.paths.empty());
+}
+
+TEST(Proposals, TheDesktopsListsInTheirOrder) {
+    const TemporaryHome home;
+    EXPECT_EQ(in_child([&] {
+                  ::setenv("XDG_DATA_DIRS", home.folder("shared").c_str(), 1);
+                  ::setenv("XDG_CONFIG_DIRS", home.folder("etc").c_str(), 1);
+                  home.file("data/applications/own.desktop");
+                  home.file("shared/applications/common.desktop");
+                  if (!default_entry("a/b").empty())
+                      return 1;
+                  home.file("shared/applications/mimeinfo.cache",
+                            "[MIME Cache]\na/b=none.desktop;common.desktop;\n");
+                  if (default_entry("a/b") != home.path("shared/applications/common.desktop"))
+                      return 2;
+                  home.file("etc/mimeapps.list", "[Added Associations]\na/b=own.desktop\n");
+                  if (default_entry("a/b") != home.path("shared/applications/common.desktop"))
+                      return 3;
+                  home.file("config/mimeapps.list",
+                            "[Default Applications]\na/bc=common.desktop\na/b=own.desktop\n");
+                  if (default_entry("a/b") != home.path("data/applications/own.desktop"))
+                      return 4;
+                  return default_entry("a/c").empty() ? 0 : 5;
+              }),
+              0);
+}
+
+TEST(Defaults, AFolderWithAColonIsInNoList) {
+    const TemporaryHome home;
+    script(home, "bin/pdftex", "");
+    script(home, "bin/kpsewhich",
+           "case \"$*\" in *TEXFORMATS) echo " + home.folder("web") + ";; *) echo '$X';; esac\n");
+    const auto formats = [&](const std::string &data) {
+        return in_child([&] {
+            ::setenv("XDG_DATA_HOME", data.c_str(), 1);
+            for (const auto &[key, value] : propose("/q", home.path("bin")).values)
+                if (key == "TEXFORMATS")
+                    return value == home.path("web")                                ? 1
+                           : value == data + "/Quillon/formats:" + home.path("web") ? 2
+                                                                                    : 3;
+            return 0;
+        });
+    };
+    EXPECT_EQ(formats(home.path("data")), 2);
+    EXPECT_EQ(formats("/a:b"), 1);
+}
+
+TEST(Defaults, ChangesAreWrittenAndOnlyWhatIsNotSetIsFilledIn) {
+    const TemporaryHome home;
+    home.file("config/Quillon Preferences", "A=mine\nC=\n");
+    const Proposal proposal = {"", {{"A", "1"}, {"B", "2"}, {"C", "3"}, {"D", ""}, {"E", "5"}}, 31};
+    EXPECT_TRUE(write_settings({{"E", "chosen"}}, proposal));
+    EXPECT_EQ(home.read("config/Quillon Preferences"), "A=mine\nC=\nE=chosen\nB=2\n");
+    EXPECT_NE(home.read("data/Quillon/formats/tex.cnf"), "");
+    EXPECT_NE(home.read("data/Quillon/formats/pdftex.cnf"), "");
+}
+
+TEST(Defaults, AFreshFileIsMadeWhole) {
+    const TemporaryHome home;
+    home.file("data/Quillon/formats/tex.cnf", "own");
+    EXPECT_TRUE(write_settings({}, {"", {{"A", "1"}, {"D", ""}}, 31}));
+    EXPECT_EQ(home.read("config/Quillon Preferences"), "A=1\n");
+    EXPECT_EQ(home.read("data/Quillon/formats/tex.cnf"), "own");
+    int entries = 0;
+    for (const auto &entry : std::filesystem::directory_iterator(home.path("config")))
+        entries += !entry.path().empty();
+    EXPECT_EQ(entries, 1);
+}
