@@ -107,6 +107,19 @@ TEST_F(RunWindowTest, LineEndsHalfCharactersAndBytesThatAreNoText) {
     EXPECT_EQ(text(window).toPlainText(), QString::fromUtf8("a\nb\nc\xC3\xA9\xEF\xBF\xBD|\xE2\x90\x80|"));
 }
 
+TEST_F(RunWindowTest, OnlyLongLinesAreCutBeforeABlankWhereThereIsOne) {
+    RunWindow window(host_);
+    print(window, "a b c\n");
+    EXPECT_EQ(text(window).toPlainText(), "a b c\n");
+    print(window, std::string(4096, 'x') + " y" + std::string(8192, 'z') + "!");
+    const QStringList lines = text(window).toPlainText().split(u'\n');
+    ASSERT_EQ(lines.size(), 4);
+    EXPECT_EQ(lines[1].size(), 4096);
+    EXPECT_EQ(lines[2].left(3), " yz");
+    EXPECT_EQ(lines[2].size(), 8192);
+    EXPECT_EQ(lines[3], "zz!");
+}
+
 TEST_F(RunWindowTest, PagesAndTimeAreSaid) {
     RunWindow window(host_);
     fake_.state = {1, 0, 0, 1, 61500};
