@@ -142,6 +142,36 @@ void write_title() {
     }
 }
 
+// Starts the program of MINE and closes the descriptors that are its own. Returns its process id once it
+// runs. ERROR receives 0, or why it did not start.
+pid_t start_program(Launch &mine, int *error) {
+    int failure[2];
+    if (pipe2(failure, O_CLOEXEC) != 0) {
+        *error = errno;
+        return -1;
+    }
+    const int failure_in = moved_up(failure[0]);
+    const int failure_out = moved_up(failure[1]);
+    close(failure[0]);
+    close(failure[1]);
+    const std::vector<char *> words = common::argument_list(mine.words);
+    const std::vector<char *> environment = common::argument_list(mine.environment);
+    const pid_t self = getpid();
+    const pid_t program = fork();
+    if (program == 0)
+        become_program(mine, words, environment, failure_out, self);
+    *error = program < 0 ? errno : 0;
+    close(failure_out);
+    for (const int own : {mine.terminal, mine.output, mine.record})
+        if (own >= 0)
+            close(own);
+    int reason = 0;
+    if (program > 0 && read(failure_in, &reason, sizeof reason) > 0)
+        *error = reason;
+    close(failure_in);
+    return program;
+}
+
 [[noreturn]] void guard(const Launch &launch, int channel) {
     write_title();
     prctl(PR_SET_CHILD_SUBREAPER, 1);
@@ -160,30 +190,10 @@ void write_title() {
     sigemptyset(&child_signal);
     sigaddset(&child_signal, SIGCHLD);
     const int children = moved_up(signalfd(-1, &child_signal, SFD_NONBLOCK | SFD_CLOEXEC));
-    int failure[2] = {-1, -1};
-    if (pipe2(failure, O_CLOEXEC) != 0)
-        _exit(1);
-    const int failure_in = moved_up(failure[0]);
-    const int failure_out = moved_up(failure[1]);
-    common::close_others({link, mine.terminal, mine.output, mine.record, children, failure_in, failure_out});
+    common::close_others({link, mine.terminal, mine.output, mine.record, children});
 
-    const std::vector<char *> words = common::argument_list(mine.words);
-    const std::vector<char *> environment = common::argument_list(mine.environment);
-    const pid_t self = getpid();
-    const pid_t program = fork();
-    if (program == 0)
-        become_program(mine, words, environment, failure_out, self);
-    const int fork_error = errno;
-    close(failure_out);
-    close(mine.terminal);
-    if (mine.output >= 0)
-        close(mine.output);
-    if (mine.record >= 0)
-        close(mine.record);
-    int error = program < 0 ? fork_error : 0;
-    if (program > 0 && read(failure_in, &error, sizeof error) <= 0)
-        error = 0;
-    close(failure_in);
+    int error = 0;
+    const pid_t program = start_program(mine, &error);
     if (error != 0) {
         send_packet(link, GuardNews::not_started, error);
         _exit(0);

@@ -134,8 +134,9 @@ bool Run::prepare(std::string_view line, const std::string &folder) {
     engine_.program = common::leaf_of(program_name_);
     std::string main = main_file(engine_.words);
     if (!main.empty()) {
+        // TeX tries the name with its extension first.
         main = common::absolute_path(folder, main);
-        if (!common::is_regular_file(main) && common::is_regular_file(main + ".tex"))
+        if (common::is_regular_file(main + ".tex"))
             main += ".tex";
     }
     if (is_engine_ || bundle_.signature == "MPST")
@@ -199,6 +200,25 @@ bool Run::open_terminal(int *slave) {
     return true;
 }
 
+// Opens the pipe for what an engine prints and returns the program's end of it, -1 where the program prints
+// on the terminal. An engine flushes what it prints itself, at each page, file and prompt. A pipe takes that
+// as it comes, where a terminal would pass on every line by itself.
+int Run::open_output() {
+    int ends[2];
+    if (!parser_ || pipe2(ends, O_CLOEXEC) != 0)
+        return -1;
+    output_ = ends[0];
+    fcntl(output_, F_SETFL, O_NONBLOCK);
+    fcntl(output_, F_SETPIPE_SZ, pipe_size);
+    return ends[1];
+}
+
+// Calls HANDLER when there is something to read from DESCRIPTOR, which may be -1 for none.
+void Run::watch(int descriptor, sd_event_source *&source, sd_event_io_handler_t handler) {
+    if (descriptor >= 0)
+        sd_event_add_io(event_, &source, descriptor, EPOLLIN, handler, this);
+}
+
 bool Run::launch(const std::string &program, int slave) {
     record_ = memfd_create("edit", MFD_CLOEXEC);
     Launch launch;
@@ -217,45 +237,27 @@ bool Run::launch(const std::string &program, int slave) {
         !output.empty())
         kept_ = put_aside(output);
     launch.kept = kept_;
-    // An engine flushes what it prints itself, at each page, file and prompt. A pipe takes that as it comes,
-    // where a terminal would pass on every line by itself.
-    int pipe_ends[2] = {-1, -1};
-    if (parser_ && pipe2(pipe_ends, O_CLOEXEC) == 0) {
-        output_ = pipe_ends[0];
-        fcntl(output_, F_SETFL, O_NONBLOCK);
-        fcntl(output_, F_SETPIPE_SZ, pipe_size);
-    }
-    launch.output = pipe_ends[1];
+    launch.output = open_output();
     guard_ = start_guard(launch, &channel_);
-    if (pipe_ends[1] >= 0)
-        close(pipe_ends[1]);
+    if (launch.output >= 0)
+        close(launch.output);
     if (guard_ < 0) {
         give_back(kept_);
         kept_ = {};
         return false;
     }
-    sd_event_add_io(
-        event_, &terminal_source_, terminal_, EPOLLIN,
-        [](sd_event_source *, int, std::uint32_t, void *self) {
-            static_cast<Run *>(self)->read_terminal();
-            return 0;
-        },
-        this);
-    if (output_ >= 0)
-        sd_event_add_io(
-            event_, &output_source_, output_, EPOLLIN,
-            [](sd_event_source *, int, std::uint32_t, void *self) {
-                static_cast<Run *>(self)->read_output();
-                return 0;
-            },
-            this);
-    sd_event_add_io(
-        event_, &channel_source_, channel_, EPOLLIN,
-        [](sd_event_source *, int, std::uint32_t, void *self) {
-            static_cast<Run *>(self)->guard_news();
-            return 0;
-        },
-        this);
+    watch(terminal_, terminal_source_, [](sd_event_source *, int, std::uint32_t, void *self) {
+        static_cast<Run *>(self)->read_terminal();
+        return 0;
+    });
+    watch(output_, output_source_, [](sd_event_source *, int, std::uint32_t, void *self) {
+        static_cast<Run *>(self)->read_output();
+        return 0;
+    });
+    watch(channel_, channel_source_, [](sd_event_source *, int, std::uint32_t, void *self) {
+        static_cast<Run *>(self)->guard_news();
+        return 0;
+    });
     return true;
 }
 

@@ -77,6 +77,8 @@ class Run {
   private:
     bool prepare(std::string_view line, const std::string &folder);
     bool open_terminal(int *slave);
+    int open_output();
+    void watch(int descriptor, sd_event_source *&source, sd_event_io_handler_t handler);
     bool launch(const std::string &program, int slave);
     void choose_program();
     void fail(const std::string &reason);

@@ -111,7 +111,7 @@ TEST_F(RunWindowTest, OnlyLongLinesAreCutBeforeABlankWhereThereIsOne) {
     RunWindow window(host_);
     print(window, "a b c\n");
     EXPECT_EQ(text(window).toPlainText(), "a b c\n");
-    print(window, std::string(4096, 'x') + " y" + std::string(8192, 'z') + "!");
+    print(window, std::string(4096, 'x').append(" y").append(8192, 'z').append("!"));
     const QStringList lines = text(window).toPlainText().split(u'\n');
     ASSERT_EQ(lines.size(), 4);
     EXPECT_EQ(lines[1].size(), 4096);
