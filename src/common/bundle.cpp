@@ -6,6 +6,7 @@
 
 #include "common/host_files.h"
 #include "common/path_forms.h"
+#include "common/text.h"
 
 namespace common {
 
@@ -13,14 +14,6 @@ namespace {
 
 constexpr std::string_view extension = ".app";
 constexpr std::size_t largest_file = 65536;
-
-std::string trimmed(std::string_view text) {
-    while (!text.empty() && (text.front() == ' ' || text.front() == '\t'))
-        text.remove_prefix(1);
-    while (!text.empty() && (text.back() == ' ' || text.back() == '\t' || text.back() == '\r'))
-        text.remove_suffix(1);
-    return std::string(text);
-}
 
 // Returns the bundle of PROGRAM, a path <bundle>/Contents/Linux/<tool>; empty for any other path. Links in
 // the folder are resolved, but not the program's own, since all tools are links to one program.

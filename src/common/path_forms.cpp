@@ -4,21 +4,9 @@
 #include <cstdlib>
 #include <unistd.h>
 
+#include "common/text.h"
+
 namespace common {
-
-namespace {
-
-constexpr char colon_byte = 30;
-
-int hex_digit(char c) {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    return c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
-}
-
-} // namespace
 
 std::string to_unix_path(std::string_view posix, unsigned char space) {
     std::string path(posix);

@@ -9,8 +9,11 @@
 
 namespace common {
 
+// Stands for a colon in a Unix path, and in a name of the shell's.
+constexpr char colon_byte = 30;
+
 // Return a POSIX path as a Unix path and the other way round. In a Unix path the byte SPACE stands for a
-// blank and byte 30 for a colon.
+// blank and colon_byte for a colon.
 std::string to_unix_path(std::string_view posix, unsigned char space);
 std::string to_posix_path(std::string_view unix_path, unsigned char space);
 // Returns the POSIX path that a setting's value (a Unix path) means. A leading "~" stands for HOME, the

@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "common/clock.h"
+#include "common/text.h"
 #include "common/utf8.h"
 
 namespace quillon {
@@ -165,14 +166,6 @@ bool split_record(std::string_view line, std::string_view &key, std::string_view
     return true;
 }
 
-int hex_digit(char c) {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    return c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
-}
-
 // Replaces the escapes of a value. A backslash that begins no escape stands for itself.
 std::string decode(std::string_view raw) {
     std::string value;
@@ -182,9 +175,9 @@ std::string decode(std::string_view raw) {
         if (next == '\\' || next == 'n' || next == 'r') {
             value += next == 'n' ? '\n' : next == 'r' ? '\r' : '\\';
             i++;
-        } else if (next == 'x' && i + 3 < raw.size() && hex_digit(raw[i + 2]) >= 0 &&
-                   hex_digit(raw[i + 3]) >= 0) {
-            value += static_cast<char>(hex_digit(raw[i + 2]) * 16 + hex_digit(raw[i + 3]));
+        } else if (next == 'x' && i + 3 < raw.size() && common::hex_digit(raw[i + 2]) >= 0 &&
+                   common::hex_digit(raw[i + 3]) >= 0) {
+            value += static_cast<char>(common::hex_digit(raw[i + 2]) * 16 + common::hex_digit(raw[i + 3]));
             i += 3;
         } else {
             value += raw[i];

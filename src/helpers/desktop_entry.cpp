@@ -8,6 +8,7 @@
 
 #include "common/path_forms.h"
 #include "common/places.h"
+#include "common/text.h"
 
 namespace helpers {
 
@@ -32,11 +33,6 @@ std::string unescaped(std::string_view text) {
     return value;
 }
 
-std::string trimmed(std::string_view text) {
-    const std::size_t from = text.find_first_not_of(" \t"), to = text.find_last_not_of(" \t\r");
-    return from == std::string_view::npos ? "" : std::string(text.substr(from, to - from + 1));
-}
-
 std::map<std::string, std::string> entry_group(const std::string &path) {
     std::map<std::string, std::string> values;
     std::ifstream file(path);
@@ -44,11 +40,11 @@ std::map<std::string, std::string> entry_group(const std::string &path) {
     bool inside = false;
     while (std::getline(file, line)) {
         if (line.starts_with('['))
-            inside = trimmed(line) == "[Desktop Entry]";
+            inside = common::trimmed(line) == "[Desktop Entry]";
         const std::size_t equals = line.find('=');
         if (inside && equals != std::string::npos && !line.starts_with('#'))
-            values.emplace(trimmed(std::string_view(line).substr(0, equals)),
-                           unescaped(trimmed(std::string_view(line).substr(equals + 1))));
+            values.emplace(common::trimmed(std::string_view(line).substr(0, equals)),
+                           unescaped(common::trimmed(std::string_view(line).substr(equals + 1))));
     }
     return values;
 }

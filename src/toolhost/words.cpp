@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <array>
 
+#include "common/path_forms.h"
+
 namespace toolhost {
 
 namespace {
-
-constexpr char colon_byte = 30;
 
 // Engine options whose value may stand in the next word.
 constexpr std::array<std::string_view, 13> options_with_value = {
@@ -42,7 +42,7 @@ std::vector<std::string> split_words(std::string_view line, unsigned char space)
             inside = false;
         } else {
             inside = true;
-            word += static_cast<unsigned char>(c) == space ? ' ' : c == colon_byte ? ':' : c;
+            word += static_cast<unsigned char>(c) == space ? ' ' : c == common::colon_byte ? ':' : c;
         }
     }
     if (inside)

@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
+#include <utility>
 
 #include "jobs/after_run.h"
 #include "settings/settings.h"
@@ -117,6 +119,8 @@ TEST_F(Viewers, EachViewerThatIsMissingIsAskedForAndKeptUnderItsOwnKey) {
     EXPECT_EQ(front_->prompt, "Find a pdf viewer");
     EXPECT_STREQ(get_str_resource("PDFVIEW"), other.c_str());
     EXPECT_EQ(piped, "open -a \"" + other + "\" \"" + home_.path("work/x.pdf") + "\" 2>&1\n");
+    for (const char **const chosen : {&viewpsexe, &pdfview})
+        std::free(const_cast<char *>(std::exchange(*chosen, nullptr)));
 }
 
 TEST_F(Viewers, WithoutADocumentNothingIsAsked) {

@@ -7,13 +7,14 @@
 #include <cstring>
 #include <unordered_map>
 
+#include "common/path_forms.h"
 #include "linux/files/host.h"
 
 namespace quillon {
 
 namespace {
 
-constexpr char colon_byte = 30, shortened_mark = 29;
+constexpr char shortened_mark = 29;
 constexpr std::size_t leaf_limit = 63, extension_limit = 12;
 
 std::unordered_map<std::string, std::string> &shortened_names() {
@@ -48,8 +49,8 @@ std::string shorten(std::string_view host_name) {
     std::string name(cut_text(host_name, leaf_limit - extension.size() - std::strlen(number)));
     for (std::string *const part : {&name, &extension})
         for (char &c : *part)
-            if (c == ':' || c == colon_byte || c == shortened_mark)
-                c = colon_byte;
+            if (c == ':' || c == common::colon_byte || c == shortened_mark)
+                c = common::colon_byte;
     name += number + extension;
     shortened_names().emplace(host_name, name);
     whole_names().emplace(name, host_name);
@@ -66,19 +67,19 @@ std::string HostName(std::string_view name) {
     }
     std::string host_name(name);
     for (char &c : host_name)
-        if (c == colon_byte)
+        if (c == common::colon_byte)
             c = ':';
     return host_name;
 }
 
 std::string ShellName(std::string_view host_name) {
-    if (host_name.size() > leaf_limit || host_name.find(colon_byte) != std::string_view::npos ||
+    if (host_name.size() > leaf_limit || host_name.find(common::colon_byte) != std::string_view::npos ||
         host_name.find(shortened_mark) != std::string_view::npos)
         return shorten(host_name);
     std::string name(host_name);
     for (char &c : name)
         if (c == ':')
-            c = colon_byte;
+            c = common::colon_byte;
     return name;
 }
 
@@ -87,11 +88,11 @@ void from_pascal(const unsigned char *name, BoundedBuffer &text) {
     text.clear();
     if (stored.find(shortened_mark) != std::string_view::npos) {
         std::string whole = HostName(stored);
-        const bool ambiguous =
-            whole.find(colon_byte) != std::string::npos || whole.find(shortened_mark) != std::string::npos;
+        const bool ambiguous = whole.find(common::colon_byte) != std::string::npos ||
+                               whole.find(shortened_mark) != std::string::npos;
         for (char &c : whole)
             if (c == ':')
-                c = colon_byte;
+                c = common::colon_byte;
         if (!ambiguous && text.copy(whole))
             return;
     }
