@@ -38,6 +38,26 @@ TEST_F(Console, PrintfTurnsLineFeedsIntoReturnsAndGivesTheLength) {
     EXPECT_EQ(text_bytes(), "a\rb\r");
 }
 
+// The front's work is asked for where a line begins or ends, not at each piece of a line.
+TEST_F(Console, TextIsShownWhenTheNumberOfLinesChanges) {
+    static int updates;
+    static Front counting;
+    counting = *front;
+    counting.text_update = [](int) { updates++; };
+    front = &counting;
+    ml_printf("a\n");
+    updates = 0;
+    ml_printf("b");
+    ml_printf("c");
+    EXPECT_EQ(updates, 0);
+    ml_printf("d\n");
+    EXPECT_EQ(updates, 1);
+    ml_printf("e");
+    EXPECT_EQ(updates, 1);
+    ml_printf("f\ng\n");
+    EXPECT_EQ(updates, 2);
+}
+
 TEST_F(Console, PutsAddsNoLineEnd) {
     EXPECT_EQ(ml_puts("x"), 1);
     EXPECT_EQ(text_bytes(), "x");

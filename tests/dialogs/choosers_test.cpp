@@ -1,7 +1,10 @@
 #include "dialogs/choosers.h"
 
+#include "console/window.h"
+#include "dialogs/message_windows.h"
 #include "files/choosers.h"
 #include "files/paths.h"
+#include "files/signatures.h"
 #include "support/recording_front.h"
 #include "support/temporary_home.h"
 
@@ -209,4 +212,48 @@ TEST_F(Choosers, SignaturesAreComparedWithTheCreator) {
     EXPECT_EQ(app_shown("work/app"), 1);
     GetAppByDialog("p", four("????"), 0);
     EXPECT_EQ(app_shown("work/app"), 1);
+}
+
+TEST_F(Choosers, SignatureOfFourNulsIsOneToo) {
+    home_.file("work/x.app/Contents/PkgInfo", std::string("APPL\0\0\0\0", 8));
+    home_.file("work/short.app/Contents/PkgInfo", "APPL123");
+    EXPECT_EQ(IsApp(home_.path("work/x.app").c_str()), 1);
+    EXPECT_EQ(IsApp(home_.path("work/short.app").c_str()), 0);
+    EXPECT_EQ(IsApp(""), 0);
+    EXPECT_EQ(IsApp(nullptr), 0);
+}
+
+TEST_F(Choosers, WhileTheChooserIsOpenOnlyRedrawingAndActivatingAreServed) {
+    static int activated;
+    static Front counting;
+    counting = *front;
+    counting.text_focus = [](int, int active) { activated += active == 1; };
+    front = &counting;
+    activated = 0;
+    EventRecord event = {};
+    theConsole = reinterpret_cast<WindowRef>(&event); // the console has a window
+    event.what = activateEvt;
+    event.modifiers = activeFlag;
+    myEventProc(nullptr, &event);
+    EXPECT_EQ(activated, 1);
+    event.what = keyDown;
+    event.message = 'x';
+    const std::string before = front_->printed;
+    myEventProc(nullptr, &event);
+    EXPECT_EQ(front_->printed, before);
+    EXPECT_EQ(activated, 1);
+    theConsole = nullptr;
+}
+
+TEST_F(Choosers, AnswerOfTheDeleteWindowIsHandedOn) {
+    static int pressed;
+    static Front answering;
+    answering = *front;
+    answering.message_window = [](const char *name) {
+        EXPECT_STREQ(name, "ConfirmDelete");
+        return pressed;
+    };
+    front = &answering;
+    for (pressed = 0; pressed < 3; pressed++)
+        EXPECT_EQ(ConfirmDelete(), pressed);
 }

@@ -385,6 +385,10 @@ TEST_F(Search, EditorInfoHasTwoNearlyEqualCodes) {
     EXPECT_EQ(get_editor_info(home_.path("work/none").c_str()), four("ttxt"));
     home_.folder("work/none.app");
     EXPECT_EQ(get_editor_info(home_.path("work/none.app").c_str()), four("txtt"));
+    FSSpec plain;
+    ASSERT_EQ(FSMakeFSSpec(0, 0, home_.mac("work/plain").c_str(), &plain), fnfErr);
+    ASSERT_EQ(FSpCreate(&plain, four("ALFA"), four("TEXT")), noErr);
+    EXPECT_EQ(get_editor_info(home_.path("work/plain").c_str()), four("ALFA"));
     home_.file("work/x.app/Contents/PkgInfo", "APPLEdit");
     EXPECT_EQ(get_editor_info(home_.path("work/x.app").c_str()), four("Edit"));
 }

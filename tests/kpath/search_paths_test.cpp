@@ -79,6 +79,19 @@ TEST_F(SearchPaths, FolderThatBeginsWithADotIsNotExpanded) {
     EXPECT_EQ(front_->printed, "\nUnable to search subdirectories of <./x/>\n");
 }
 
+TEST_F(SearchPaths, OnlyTheFirstCharacterOfAFolderCountsAsItsDot) {
+    home_.folder("work/x/below");
+    EXPECT_EQ(path_list(home_.path("work/x") + "//"),
+              (List{home_.path("work/x/"), home_.path("work/x/below/")}));
+    doDebug = 1;
+    char **folders = nullptr;
+    std::size_t count = 0;
+    front_->printed.clear();
+    mac_expand_subdir(&folders, &count, ".x");
+    EXPECT_EQ(front_->printed, "\nUnable to search subdirectories of <.x>\n");
+    EXPECT_EQ(count, 0u);
+}
+
 TEST_F(SearchPaths, AliasesOfFoldersAreExpandedOnlyWhenAskedFor) {
     home_.folder("data/t/real/in");
     home_.folder("data/else/deep");

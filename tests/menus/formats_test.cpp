@@ -143,6 +143,9 @@ TEST_F(Formats, TheFormatOfAFirstLine) {
     EXPECT_EQ(first_line("% format = latex\r\nrest"), "<latex>");
     EXPECT_EQ(first_line("%format=\n"), "(none)");
     EXPECT_EQ(first_line("%&\n"), "<>");
+    const std::string longest(246, 'f');
+    EXPECT_EQ(first_line("%&" + longest + "\n"), "<" + longest + ">");
+    EXPECT_EQ(first_line("%&" + longest + "g\n"), "<" + longest + ">");
     EXPECT_EQ(first_line("x&tex"), "<tex>");
     EXPECT_EQ(first_line("% Format = latex\n"), "(none)");
     EXPECT_EQ(first_line(""), "(none)");

@@ -79,6 +79,11 @@ TEST_F(RecentFiles, PathsAreComparedAsTheyStand) {
     EXPECT_EQ(count(), 5);
 }
 
+TEST_F(RecentFiles, ANameWithoutAFolderIsShownWhole) {
+    SaveRecentFile("x.tex");
+    EXPECT_EQ(item(1), "x.tex");
+}
+
 TEST_F(RecentFiles, TheSwitchShowsFullPathsAndBack) {
     add(2);
     EXPECT_EQ(item(4), "Show full paths");
