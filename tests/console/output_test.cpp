@@ -112,8 +112,9 @@ TEST_F(Console, ATypedLineComesBackByteByByteAndEndsWithOneEndOfFile) {
     EXPECT_EQ(ml_fgetc(stdin), 'b');
     EXPECT_EQ(ml_fgetc(stdin), 10);
     EXPECT_EQ(ml_fgetc(stdin), -1);
-    type("c\r");
-    EXPECT_EQ(ml_fgetc(stdin), 'c');
+    type("c d\r");
+    for (const char letter : {'c', ' ', 'd'})
+        EXPECT_EQ(ml_fgetc(stdin), letter);
     EXPECT_EQ(ml_fgetc(stdin), 10);
     EXPECT_EQ(ml_fgetc(stdin), -1);
 }

@@ -224,18 +224,22 @@ TEST_F(Choosers, SignatureOfFourNulsIsOneToo) {
 }
 
 TEST_F(Choosers, WhileTheChooserIsOpenOnlyRedrawingAndActivatingAreServed) {
-    static int activated;
+    static int activated, updated;
     static Front counting;
     counting = *front;
     counting.text_focus = [](int, int active) { activated += active == 1; };
     front = &counting;
-    activated = 0;
+    counting.text_update = [](int) { updated++; };
+    activated = updated = 0;
     EventRecord event = {};
     theConsole = reinterpret_cast<WindowRef>(&event); // the console has a window
     event.what = activateEvt;
     event.modifiers = activeFlag;
     myEventProc(nullptr, &event);
     EXPECT_EQ(activated, 1);
+    event.what = updateEvt;
+    myEventProc(nullptr, &event);
+    EXPECT_EQ(updated, 1);
     event.what = keyDown;
     event.message = 'x';
     const std::string before = front_->printed;

@@ -79,6 +79,10 @@ TEST_F(SearchPaths, FolderThatBeginsWithADotIsNotExpanded) {
     EXPECT_EQ(front_->printed, "\nUnable to search subdirectories of <./x/>\n");
 }
 
+TEST_F(SearchPaths, TwoSlashesBehindAFolderOfOneLetterCount) {
+    EXPECT_EQ(path_list("x//"), List{"x/"});
+}
+
 TEST_F(SearchPaths, OnlyTheFirstCharacterOfAFolderCountsAsItsDot) {
     home_.folder("work/x/below");
     EXPECT_EQ(path_list(home_.path("work/x") + "//"),
