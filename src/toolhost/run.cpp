@@ -502,10 +502,11 @@ ErrorPlace Run::error_place(bool *edit) const {
     return place;
 }
 
-// The output of the run before goes where this run has left a whole one.
+// The output of the run before goes where this run has left a whole one. What an engine closes when it is
+// cancelled is cut off.
 void Run::settle_kept_output() {
     const bool ended_well =
-        WIFEXITED(status_) && (WEXITSTATUS(status_) == 0 || !parser_->output_name().empty());
+        WIFEXITED(status_) && (WEXITSTATUS(status_) == 0 || (!cancelled_ && !parser_->output_name().empty()));
     if (!kept_.path.empty() && ended_well && common::is_regular_file(kept_.path))
         drop_kept(kept_);
     else

@@ -43,7 +43,7 @@ class Stopping(HostTest):
 
     def test_tex_in_a_loop_is_cancelled_by_the_interrupt(self):
         self.file("loop.tex", "\\immediate\\write16{on}\\shipout\\hbox{}\\def\\x{\\x}\\x\n")
-        tool = self.launch("pdftex", QUILLON_FOLLOWED="1")
+        tool = self.launch("pdftex")
         tool.follow()
         tool.send("pdftex loop.tex")
         wait_until(lambda: b"\non\n" in tool.output, "the loop")
@@ -99,6 +99,18 @@ class Stopping(HostTest):
         self.exit_event()
         self.assertEqual(self.pdf(), b"whole")
         self.assertEqual(self.settings()["PDFTEXOUTPUT"], "0")
+        self.assert_nothing_aside()
+
+    def test_an_engine_that_closes_its_half_output_when_cancelled_gives_it_back_too(self):
+        self.file("half.pdf", "whole")
+        self.file("half.tex", "\\shipout\\hbox{x}\\loop\\iftrue\\repeat\n")
+        tool = self.launch("pdftex")
+        tool.follow()
+        tool.send("pdftex half.tex")
+        wait_until(lambda: b"[1" in tool.output, "the first page")
+        tool.event("aevt", "quit")
+        self.assertIn(b"Output written on half.pdf", log_of(self.exit_event()))
+        self.assertEqual(self.pdf(), b"whole")
         self.assert_nothing_aside()
 
     def test_a_host_that_is_killed_leaves_it_to_its_guard(self):
@@ -158,7 +170,7 @@ class Stopping(HostTest):
 
     def test_tex_at_its_prompt_is_cancelled(self):
         self.file("err.tex", "\\wrong\n\\bye\n")
-        tool = self.launch("pdftex", QUILLON_FOLLOWED="1")
+        tool = self.launch("pdftex")
         tool.follow()
         tool.send("pdftex err.tex")
         wait_until(tool.waiting, "the prompt")
