@@ -135,13 +135,11 @@ void pass_answer(Session &session) {
     }
     session.tool_waits = false;
     sd_bus_message *call = nullptr;
-    if (sd_bus_message_new_method_call(session.bus, &call, session.tool.c_str(), common::application_path,
-                                       common::tool_interface, "Answer") >= 0 &&
-        sd_bus_message_append_array(call, 'y', line.data(), line.size()) >= 0) {
-        sd_bus_message_set_expect_reply(call, 0);
-        sd_bus_send(session.bus, call, nullptr);
-    }
-    sd_bus_message_unref(call);
+    int result = sd_bus_message_new_method_call(session.bus, &call, session.tool.c_str(),
+                                                common::application_path, common::tool_interface, "Answer");
+    if (result >= 0)
+        result = sd_bus_message_append_array(call, 'y', line.data(), line.size());
+    common::send_without_reply(session.bus, call, result);
 }
 
 int send_exec(Session &session, const ExecRequest &request) {
@@ -178,11 +176,9 @@ void listen(Session &session) {
 
 void cancel(sd_bus *bus) {
     sd_bus_message *call = nullptr;
-    if (sd_bus_message_new_method_call(bus, &call, shell_name, shell_path, shell_interface, "Cancel") >= 0) {
-        sd_bus_message_set_expect_reply(call, 0);
-        sd_bus_send(bus, call, nullptr);
-    }
-    sd_bus_message_unref(call);
+    const int result =
+        sd_bus_message_new_method_call(bus, &call, shell_name, shell_path, shell_interface, "Cancel");
+    common::send_without_reply(bus, call, result);
 }
 
 void loop(Session &session, int signals) {

@@ -38,12 +38,7 @@ int send_open(sd_bus *bus, const std::string &path) {
     if (result >= 0)
         result = text ? sd_bus_message_append_basic(call, 's', path.c_str())
                       : sd_bus_message_append_array(call, 'y', path.data(), path.size());
-    if (result >= 0)
-        result = sd_bus_message_set_expect_reply(call, 0);
-    if (result >= 0)
-        result = sd_bus_send(bus, call, nullptr);
-    sd_bus_message_unref(call);
-    return result;
+    return common::send_without_reply(bus, call, result);
 }
 
 } // namespace
