@@ -126,6 +126,21 @@ bool watch(int channel, int children, pid_t program, int *status) {
     }
 }
 
+// Gives the output of the run before back unless the host says that it has seen to that itself. A host that
+// dies takes the program's terminal along, so the end of the program may be known before that of the host.
+void settle(int channel, const KeptOutput &kept) {
+    int word = -1;
+    while (!kept.path.empty() && word != output_is_settled) {
+        const ssize_t count = recv(channel, &word, sizeof word, 0);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0) {
+            give_back(kept);
+            return;
+        }
+    }
+}
+
 int moved_up(int descriptor) {
     return descriptor < 0 ? -1 : fcntl(descriptor, F_DUPFD_CLOEXEC, 20);
 }
@@ -196,6 +211,7 @@ pid_t start_program(Launch &mine, int *error) {
     const pid_t program = start_program(mine, &error);
     if (error != 0) {
         send_packet(link, GuardNews::not_started, error);
+        settle(link, mine.kept);
         _exit(0);
     }
     send_packet(link, GuardNews::started, program);
@@ -204,8 +220,7 @@ pid_t start_program(Launch &mine, int *error) {
     kill_descendants(0, nullptr, nullptr);
     if (ended)
         send_packet(link, GuardNews::ended, status);
-    else
-        give_back(mine.kept);
+    settle(link, mine.kept);
     _exit(0);
 }
 

@@ -40,9 +40,13 @@ struct GuardPacket {
     int value;
 };
 
+// What the host sends once Launch::kept is given back or dropped.
+constexpr int output_is_settled = 0;
+
 // Starts the guard and the program. Returns the guard's process id and puts the host's end of the packet
 // channel into CHANNEL, which the caller closes; -1 on failure. On the channel the host sends an int, the
-// number of a signal for the program's process group; SIGKILL kills every process of the run.
+// number of a signal for the program's process group; SIGKILL kills every process of the run. After the end
+// the guard waits for output_is_settled; when the host dies before, the guard gives LAUNCH.kept back.
 pid_t start_guard(const Launch &launch, int *channel);
 
 // Keeps the argument list of main. The guard writes a title of its own over it, so that a search for the host

@@ -471,12 +471,10 @@ void Run::guard_news() {
         watch_prompt(first_look);
         break;
     case GuardNews::not_started:
-        waitpid(guard_, nullptr, 0);
         fail(std::strerror(packet.value));
         break;
     case GuardNews::ended:
         status_ = packet.value;
-        waitpid(guard_, nullptr, 0);
         finish();
         break;
     }
@@ -514,6 +512,15 @@ void Run::settle_kept_output() {
     kept_ = {};
 }
 
+// Lets the guard end, which would give the output back if this process died.
+void Run::dismiss_guard() {
+    if (guard_ <= 0)
+        return;
+    send(channel_, &output_is_settled, sizeof output_is_settled, MSG_NOSIGNAL);
+    waitpid(guard_, nullptr, 0);
+    guard_ = 0;
+}
+
 void Run::finish() {
     if (ended_)
         return;
@@ -530,6 +537,7 @@ void Run::finish() {
     outcome.exit_code = WIFEXITED(status_) ? WEXITSTATUS(status_) : 128 + WTERMSIG(status_);
     if (parser_)
         settle_kept_output();
+    dismiss_guard();
     const ErrorPlace place = error_place(&outcome.edit);
     if (outcome.edit)
         outcome.message = place.message;

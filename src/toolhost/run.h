@@ -95,6 +95,7 @@ class Run {
     void type(std::string_view bytes);
     void guard_news();
     void guard_gone();
+    void dismiss_guard();
     void next_stage();
     void settle_kept_output();
     void close_down();
