@@ -1,4 +1,4 @@
-#include "helpers/desktop_entry.h"
+#include "common/desktop_entry.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -10,7 +10,7 @@
 #include "common/places.h"
 #include "common/text.h"
 
-namespace helpers {
+namespace common {
 
 namespace {
 
@@ -40,11 +40,11 @@ std::map<std::string, std::string> entry_group(const std::string &path) {
     bool inside = false;
     while (std::getline(file, line)) {
         if (line.starts_with('['))
-            inside = common::trimmed(line) == "[Desktop Entry]";
+            inside = trimmed(line) == "[Desktop Entry]";
         const std::size_t equals = line.find('=');
         if (inside && equals != std::string::npos && !line.starts_with('#'))
-            values.emplace(common::trimmed(std::string_view(line).substr(0, equals)),
-                           unescaped(common::trimmed(std::string_view(line).substr(equals + 1))));
+            values.emplace(trimmed(std::string_view(line).substr(0, equals)),
+                           unescaped(trimmed(std::string_view(line).substr(equals + 1))));
     }
     return values;
 }
@@ -103,7 +103,7 @@ std::string filled(const std::string &word, const DesktopEntry &entry, const std
         case 'u':
         case 'U':
             takes_file = true;
-            text += document.empty() ? "" : common::file_uri(document);
+            text += document.empty() ? "" : file_uri(document);
             break;
         case 'c':
             text += entry.name;
@@ -125,7 +125,7 @@ bool read_desktop_entry(const std::string &path, DesktopEntry &entry) {
     if (values["Type"] != "Application" || (values["Exec"].empty() && values["DBusActivatable"] != "true"))
         return false;
     entry.path = path;
-    entry.id = common::leaf_of(path);
+    entry.id = leaf_of(path);
     if (entry.id.ends_with(extension))
         entry.id.resize(entry.id.size() - extension.size());
     entry.name = values["Name"];
@@ -139,7 +139,7 @@ bool read_desktop_entry(const std::string &path, DesktopEntry &entry) {
 
 std::string find_desktop_entry(const std::string &id) {
     const char *const shared = std::getenv("XDG_DATA_DIRS");
-    std::string folders = common::data_folder() + ":";
+    std::string folders = data_folder() + ":";
     folders += shared && *shared ? shared : "/usr/local/share:/usr/share";
     const std::string leaf = id.ends_with(extension) ? id : id + std::string(extension);
     while (true) {
@@ -186,4 +186,4 @@ std::vector<std::string> entry_command(const DesktopEntry &entry, const std::str
     return command;
 }
 
-} // namespace helpers
+} // namespace common

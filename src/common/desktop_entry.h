@@ -1,11 +1,11 @@
 // Desktop entries: the files in which the desktop keeps its applications. All paths are POSIX paths.
-#ifndef QUILLON_HELPERS_DESKTOP_ENTRY_H
-#define QUILLON_HELPERS_DESKTOP_ENTRY_H
+#ifndef QUILLON_COMMON_DESKTOP_ENTRY_H
+#define QUILLON_COMMON_DESKTOP_ENTRY_H
 
 #include <string>
 #include <vector>
 
-namespace helpers {
+namespace common {
 
 struct DesktopEntry {
     std::string path, id;                 // the id without ".desktop"
@@ -23,6 +23,6 @@ std::string find_desktop_entry(const std::string &id);
 // empty for none; it goes last when no field code takes it. Empty when a quote in the line is left open.
 std::vector<std::string> entry_command(const DesktopEntry &entry, const std::string &document);
 
-} // namespace helpers
+} // namespace common
 
 #endif

@@ -48,7 +48,7 @@ int read_creator(const BoundedBuffer &mac_path, OSType *signature) {
 int get_sig(const char *path, OSType *signature) {
     BoundedString<1024> mac_path;
     *signature = 0;
-    if (!*path || !convert_path(path, mac_path))
+    if (!path || !*path || !convert_path(path, mac_path))
         return 0;
     if (has_extension(mac_path.c_str(), ".app"))
         return read_package_info(mac_path, signature) == 1;

@@ -2,35 +2,24 @@
 
 #include <cstring>
 
-#include "common/host_files.h"
 #include "helpers/bundle.h"
 #include "helpers/launch.h"
 #include "helpers/terminal.h"
 
 namespace helpers {
 
-Application find_application(const std::string &name) {
-    Application application;
-    application.path = name;
-    while (application.path.size() > 1 && application.path.ends_with('/'))
-        application.path.pop_back();
-    std::string &path = application.path;
-    if (path.find('/') == std::string::npos) {
-        const std::string entry = find_desktop_entry(path);
-        path = entry.empty() ? program_path(path) : entry;
-    }
-    if (path.ends_with(".desktop") && read_desktop_entry(path, application.entry))
-        application.kind = Kind::entry;
-    else if (common::is_folder(path))
-        application.kind = common::is_folder(path + "/Contents/Linux") ? Kind::bundle : Kind::none;
-    else if (!path.empty() && !program_path(path).empty())
-        application.kind = Kind::program;
-    return application;
+using common::Kind;
+
+common::Application find_application(const std::string &name) {
+    if (name.find('/') != std::string::npos)
+        return common::application_at(name);
+    const std::string entry = common::find_desktop_entry(name);
+    return common::application_at(entry.empty() ? program_path(name) : entry);
 }
 
-static bool prepare_entry(const DesktopEntry &entry, const std::string &document, Launch &launch,
+static bool prepare_entry(const common::DesktopEntry &entry, const std::string &document, Launch &launch,
                           std::string &problem) {
-    launch.words = entry_command(entry, document);
+    launch.words = common::entry_command(entry, document);
     launch.folder = entry.folder;
     if (launch.words.empty())
         problem = "there is no command in " + entry.path;
@@ -39,7 +28,8 @@ static bool prepare_entry(const DesktopEntry &entry, const std::string &document
     return problem.empty();
 }
 
-bool open_application(const Application &application, const std::string &document, std::string &problem) {
+bool open_application(const common::Application &application, const std::string &document,
+                      std::string &problem) {
     if (application.kind == Kind::bundle)
         return open_bundle(application.path, document, problem);
     const bool is_entry = application.kind == Kind::entry;

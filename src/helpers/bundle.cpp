@@ -155,7 +155,7 @@ bool open_bundle(const std::string &path, const std::string &document, std::stri
     return true;
 }
 
-bool open_on_bus(const DesktopEntry &entry, const std::string &document) {
+bool open_on_bus(const common::DesktopEntry &entry, const std::string &document) {
     sd_bus *const bus = common::open_session_bus();
     if (!bus)
         return false;

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "helpers/desktop_entry.h"
+#include "common/desktop_entry.h"
 
 namespace helpers {
 
@@ -14,7 +14,7 @@ namespace helpers {
 bool open_bundle(const std::string &path, const std::string &document, std::string &problem);
 // Asks the application of a desktop entry over the bus to open DOCUMENT, or to come forward when it is empty.
 // False when there is no bus, or the application neither runs nor can be started by the bus.
-bool open_on_bus(const DesktopEntry &entry, const std::string &document);
+bool open_on_bus(const common::DesktopEntry &entry, const std::string &document);
 
 } // namespace helpers
 

@@ -48,8 +48,8 @@ int main(int argc, char **argv) {
         return fail("no editor is chosen");
     const std::string path =
         common::expand_setting_path(setting, common::above_own_program(4), common::space_byte());
-    const Application editor = find_application(path);
-    if (editor.kind == Kind::none)
+    const common::Application editor = find_application(path);
+    if (editor.kind == common::Kind::none)
         return fail("I can't find the editor " + path);
     const common::EditorRow *const row = common::FindEditorRow(common::EditorRows(), editor.path);
     std::string problem;

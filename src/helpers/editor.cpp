@@ -12,10 +12,10 @@ namespace {
 
 // Returns the program of an editor: its own path, or the program of its desktop entry. Empty when there is
 // none.
-std::string editor_program(const Application &editor, const common::EditorRow &row) {
-    if (editor.kind != Kind::entry)
+std::string editor_program(const common::Application &editor, const common::EditorRow &row) {
+    if (editor.kind != common::Kind::entry)
         return editor.path;
-    const std::vector<std::string> words = entry_command(editor.entry, "");
+    const std::vector<std::string> words = common::entry_command(editor.entry, "");
     const std::string first = words.empty() ? "" : words[0];
     const std::string leaf = common::leaf_of(first);
     if (std::find(row.programs.begin(), row.programs.end(), leaf) != row.programs.end() &&
@@ -49,7 +49,7 @@ std::string filled(std::string argument, const std::string &file, long line) {
 
 } // namespace
 
-std::vector<std::string> editor_command(const Application &editor, const common::EditorRow &row,
+std::vector<std::string> editor_command(const common::Application &editor, const common::EditorRow &row,
                                         const std::string &file, long line, std::string &problem) {
     std::vector<std::string> words = {editor_program(editor, row)};
     if (words[0].empty()) {

@@ -13,7 +13,7 @@ namespace helpers {
 // Returns the words of the command that opens FILE (an absolute POSIX path) at LINE, or at no line when it is
 // 0. ROW is the editor's row in the table. The command of a terminal editor is that of the terminal. Empty,
 // with a sentence about the reason in PROBLEM, when the editor's program or its terminal is missing.
-std::vector<std::string> editor_command(const Application &editor, const common::EditorRow &row,
+std::vector<std::string> editor_command(const common::Application &editor, const common::EditorRow &row,
                                         const std::string &file, long line, std::string &problem);
 
 } // namespace helpers

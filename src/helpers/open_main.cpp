@@ -1,6 +1,7 @@
 // open -a APPLICATION [DOCUMENT]: opens a document in an application. It returns as soon as the request is
 // made.
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <unistd.h>
@@ -23,14 +24,23 @@ int fail(const std::string &problem) {
     return 1;
 }
 
+// What the shell says of the step after this one: "document" or "nothing". Empty when it says nothing.
+std::string said_to_follow() {
+    const char *const value = std::getenv("QUILLON_FOLLOWS");
+    return value ? value : "";
+}
+
 // True when the engine stopped at an error in DOCUMENT. Then the command that goes to the line follows this
 // one.
 bool line_follows(const std::string &document) {
+    if (!said_to_follow().empty())
+        return false;
     const std::string file = common::setting("FILENAME");
     return !file.empty() && common::expand_setting_path(file, "", common::space_byte()) == document;
 }
 
-int open_in_editor(const Application &editor, const common::EditorRow &row, const std::string &document) {
+int open_in_editor(const common::Application &editor, const common::EditorRow &row,
+                   const std::string &document) {
     std::string problem;
     Launch launch;
     launch.words = editor_command(editor, row, document, 0, problem);
@@ -53,8 +63,8 @@ int main(int argc, char **argv) {
         std::fputs("usage: open -a APPLICATION [DOCUMENT]\n", stderr);
         return exit_usage;
     }
-    const Application application = find_application(argv[2]);
-    if (application.kind == Kind::none)
+    const common::Application application = find_application(argv[2]);
+    if (application.kind == common::Kind::none)
         return fail(std::string("I can't find the application ") + argv[2]);
     std::string document;
     if (argc == 4) {
@@ -62,7 +72,10 @@ int main(int argc, char **argv) {
         if (access(document.c_str(), F_OK) != 0)
             return fail("I can't find the file " + document);
     }
-    const auto *const row = application.kind == Kind::bundle || document.empty()
+    // The document starts the application, or is sent to the one that runs.
+    if (said_to_follow() == "document")
+        return 0;
+    const auto *const row = application.kind == common::Kind::bundle || document.empty()
                                 ? nullptr
                                 : common::FindEditorRow(common::EditorRows(), application.path);
     if (row)

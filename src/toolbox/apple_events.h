@@ -102,7 +102,8 @@ OSErr AEGetAttributePtr(const AppleEvent *event, OSType keyword, OSType wanted, 
 // there is none; events from other programs that start no work are handled. The result is the receiver's own
 // error number, or procNotFound: there is no such process; connectionInvalid: the bus or the receiver has
 // gone; errAEWaitCanceled: IDLE abandoned the wait; errAETimeout; errAEEventNotHandled: the target cannot
-// take such an event; paramErr: the target is no process and no signature.
+// take such an event; permErr: a program that is not on the bus cannot be started with the document;
+// paramErr: the target is no process and no signature.
 OSErr AESend(const AppleEvent *event, AppleEvent *reply, std::int32_t mode, std::int16_t priority,
              std::int32_t timeout, AEIdleProc idle);
 

@@ -63,8 +63,13 @@ OSErr GetFrontProcess(ProcessSerialNumber *psn);
 int SameProcess(const ProcessSerialNumber *a, const ProcessSerialNumber *b);
 // Asks the process, the shell itself or one on the bus, to come to the front. Always noErr.
 OSErr SetFrontProcess(const ProcessSerialNumber *psn);
-// Starts the bundle or program at launchAppSpec and sets launchProcessSN. memFullErr when the host has no
-// room for a process, fnfErr when the program is missing, permErr when it cannot be started.
+// 1 while a document for the application that is opened follows as an event. A command that opens the
+// application then leaves its start to that event, so that it is started once.
+extern int document_follows;
+// Starts the bundle, the desktop entry or the program at launchAppSpec and sets launchProcessSN. What is no
+// bundle is started by the document that is sent to it next, or without one at the next wait for an event.
+// memFullErr when the host has no room for a process, fnfErr when the program is missing, permErr when it
+// cannot be started.
 OSErr LaunchApplication(LaunchParamBlockRec *block);
 // Ends a program launched from here at once, with every process of its group. procNotFound for any other
 // process.

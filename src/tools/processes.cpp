@@ -68,8 +68,10 @@ static int locate(const char *app, FSSpec *spec) {
         ml_printf("Application not found: <%s>.\n", fits ? hfs_path.c_str() : app);
         return 0;
     }
+    // A plain program may do different things under different names, so a link to one stays.
     int is_folder = 0, was_alias = 0;
-    ResolveAliasFile(spec, 1, &is_folder, &was_alias);
+    if (is_bundle(app))
+        ResolveAliasFile(spec, 1, &is_folder, &was_alias);
     return 1;
 }
 

@@ -84,7 +84,8 @@ int LaunchAndSendODOC(const char *app, const char *document, int bring_to_front)
     }
     if (!make_document_event(&psn, &spec, &event))
         return 0;
-    AESend(&event, &reply, kAENoReply, kAEHighPriority, 600, myIdleProcSend);
+    if (AESend(&event, &reply, kAENoReply, kAEHighPriority, 600, myIdleProcSend) == permErr)
+        ml_printf("The application <%s> could not be started.\n", app);
     AEDisposeDesc(&event);
     AEDisposeDesc(&reply);
     return 1;
@@ -134,7 +135,7 @@ int find_application(const char **viewer, const char *key, const char *prompt) {
         return 0;
     set_str_resource(key, chosen);
     *viewer = GetApp(key);
-    return 1;
+    return *viewer != nullptr;
 }
 
 static void view_document(const char *document, const char **viewer, const char *key, const char *prompt) {

@@ -2,11 +2,11 @@
 
 #include <fstream>
 
+#include "common/desktop_entry.h"
 #include "common/editors_table.h"
-#include "helpers/desktop_entry.h"
 #include "support/temporary_home.h"
 
-using namespace helpers;
+using namespace common;
 using quillon::test::TemporaryHome;
 
 namespace {

@@ -55,6 +55,8 @@ class Tool(dbus.service.Object):
             self.run(parameters, reply, sender)
         elif (event_class, event_id) == ("aevt", "odoc") and "documents" in self.behaviour:
             path = parameters["----"][1]
+            if isinstance(path, dbus.Array):
+                path = path[0][1]
             with open(self.behaviour["documents"], "ab") as file:
                 file.write((path.encode() if isinstance(path, str) else bytes(path)) + b"\0")
             reply(0, {})

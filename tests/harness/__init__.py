@@ -5,11 +5,12 @@ once. A test's class is HomeTest, or one of those that add to it: ServiceTest a 
 HostTest a stand-in for the shell that drives the tool host.
 """
 
+from harness.applications import HELPERS, Applications
 from harness.bus import MAIN_LOOP, ServiceTest, code, plain, typed
 from harness.display import DesktopTest
 from harness.home import BINARIES, BUILD, FAKES, HomeTest, program_of
 from harness.processes import alive, stop, wait_until
 from harness.tool_host import APP, PATH, TOOL, HostTest, log_of
 
-__all__ = ["APP", "BINARIES", "BUILD", "FAKES", "MAIN_LOOP", "PATH", "TOOL",
-           "DesktopTest", "HomeTest", "HostTest", "ServiceTest", "alive", "code", "log_of", "plain", "program_of", "stop", "typed", "wait_until"]
+__all__ = ["APP", "BINARIES", "BUILD", "FAKES", "HELPERS", "MAIN_LOOP", "PATH", "TOOL",
+           "Applications", "DesktopTest", "HomeTest", "HostTest", "ServiceTest", "alive", "code", "log_of", "plain", "program_of", "stop", "typed", "wait_until"]

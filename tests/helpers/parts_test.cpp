@@ -12,6 +12,7 @@
 #include "support/temporary_home.h"
 
 using namespace helpers;
+using namespace common;
 using quillon::test::in_child;
 using quillon::test::TemporaryHome;
 

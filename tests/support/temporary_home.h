@@ -75,6 +75,15 @@ class TemporaryHome {
         std::ofstream(whole, std::ios::binary) << contents;
         return whole;
     }
+    // A bundle whose program runs until it is ended and never comes to the bus.
+    std::string silent_bundle(const std::string &below, const std::string &signature) const {
+        const std::string contents = below + ".app/Contents/";
+        file(contents + "PkgInfo", "APPL" + signature);
+        const std::string name = std::filesystem::path(below).filename();
+        const std::string program = file(contents + "Linux/" + name, "#!/bin/sh\nexec sleep 1000\n");
+        ::chmod(program.c_str(), 0755);
+        return path(below + ".app");
+    }
     std::string read(const std::string &below) const {
         std::ifstream in(path(below), std::ios::binary);
         return {std::istreambuf_iterator<char>(in), {}};

@@ -26,13 +26,13 @@ class Cancelling : public ::testing::Test {
     }
 
     // A bundle whose program never comes to the bus and does not end when it is asked to.
-    std::string stubborn_bundle() const {
-        home_.file("tools/stub.app/Contents/PkgInfo", "APPLStub");
+    std::string deaf_bundle() const {
+        home_.file("tools/deaf.app/Contents/PkgInfo", "APPLDeaf");
         const std::string program =
-            home_.file("tools/stub.app/Contents/Linux/stub",
+            home_.file("tools/deaf.app/Contents/Linux/deaf",
                        "#!/bin/sh\ntrap '' TERM HUP INT\nexec tail -f /dev/null >/dev/null 2>&1\n");
         chmod(program.c_str(), 0755);
-        return home_.path("tools/stub.app");
+        return home_.path("tools/deaf.app");
     }
     static void press(std::uint32_t key, std::uint16_t modifiers) {
         PostEvent(keyDown, key, modifiers, {0, 0});
@@ -66,13 +66,13 @@ TEST_F(Cancelling, OtherCommandKeysStayBehindTheJob) {
 }
 
 TEST_F(Cancelling, CommandPeriodEndsAToolThatDoesNotGo) {
-    const std::string bundle = stubborn_bundle();
+    const std::string bundle = deaf_bundle();
     ProcessSerialNumber psn;
     ASSERT_EQ(DoMyLaunch(bundle.c_str(), &psn, 0), 2);
     const JobScope scope;
     press('.', cmdKey);
     EXPECT_EQ(KillApp(bundle.c_str()), procNotFound);
-    EXPECT_EQ(IsSigRunning(four("Stub"), nullptr), 0);
+    EXPECT_EQ(IsSigRunning(four("Deaf"), nullptr), 0);
 }
 
 TEST_F(Cancelling, OnlyAProgramLaunchedFromHereIsEnded) {
@@ -83,13 +83,13 @@ TEST_F(Cancelling, OnlyAProgramLaunchedFromHereIsEnded) {
 }
 
 TEST_F(Cancelling, ARunInAFolderThatHasGoneIsSaidAndFails) {
-    const std::string bundle = stubborn_bundle(), folder = home_.path("gone");
+    const std::string bundle = deaf_bundle(), folder = home_.path("gone");
     exit_status = 0;
-    EXPECT_EQ(CallTool(bundle.c_str(), "stub x", folder.c_str()), 0);
+    EXPECT_EQ(CallTool(bundle.c_str(), "deaf x", folder.c_str()), 0);
     EXPECT_EQ(recorded_->printed, "I can't find the folder " + folder + ".\n");
     EXPECT_EQ(exit_status, 1);
     EXPECT_EQ(job_outcome, job_not_run);
-    EXPECT_EQ(IsSigRunning(four("Stub"), nullptr), 0);
+    EXPECT_EQ(IsSigRunning(four("Deaf"), nullptr), 0);
 }
 
 } // namespace

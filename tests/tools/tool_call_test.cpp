@@ -42,11 +42,7 @@ class ToolCalls : public ::testing::Test {
     }
 
     std::string bundle(const std::string &name, const std::string &signature) const {
-        const std::string contents = "tools/" + name + ".app/Contents/";
-        home_.file(contents + "PkgInfo", "APPL" + signature);
-        const std::string program = home_.file(contents + "Linux/" + name, "#!/bin/sh\nexec sleep 1000\n");
-        chmod(program.c_str(), 0755);
-        return home_.path("tools/" + name + ".app");
+        return home_.silent_bundle("tools/" + name, signature);
     }
     static OSType code(const std::string &text) {
         OSType signature = 0;

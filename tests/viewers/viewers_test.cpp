@@ -60,13 +60,8 @@ class Viewers : public ::testing::Test {
         dvipreview.clear();
     }
 
-    // A bundle whose program never comes to the bus.
     std::string bundle(const std::string &name, const std::string &signature) const {
-        const std::string contents = "apps/" + name + ".app/Contents/";
-        home_.file(contents + "PkgInfo", "APPL" + signature);
-        const std::string program = home_.file(contents + "Linux/" + name, "#!/bin/sh\nexec sleep 1000\n");
-        chmod(program.c_str(), 0755);
-        return home_.path("apps/" + name + ".app");
+        return home_.silent_bundle("apps/" + name, signature);
     }
     test::TemporaryHome home_;
     test::RecordingFront front_;

@@ -1,11 +1,11 @@
 // Sending events to applications on the bus, and documents and quit requests to plain programs.
 #include <signal.h>
-#include <spawn.h>
 #include <unistd.h>
 
 #include <cstring>
 #include <string>
 
+#include "common/path_forms.h"
 #include "common/places.h"
 #include "front/front.h"
 #include "linux/events/ae_codec.h"
@@ -13,6 +13,7 @@
 #include "linux/events/ae_receive.h"
 #include "linux/events/event_sources.h"
 #include "linux/events/peers.h"
+#include "linux/events/plain_programs.h"
 #include "linux/events/process_table.h"
 #include "toolbox/codes.h"
 #include "toolbox/files.h"
@@ -115,7 +116,8 @@ static OSErr send_on_bus(const AppleEvent *event, AppleEvent *reply, const std::
     return outcome;
 }
 
-static OSErr open_document(const std::string &program, const AppleEvent *event) {
+// Gives the document of an open event to the application at the POSIX path APPLICATION.
+static OSErr open_document(const std::string &application, const AppleEvent *event) {
     FSSpec spec;
     static FSRef reference;
     AEDescList list;
@@ -125,36 +127,40 @@ static OSErr open_document(const std::string &program, const AppleEvent *event) 
     AEDisposeDesc(&list);
     if (error == noErr)
         error = FSpMakeFSRef(&spec, &reference);
-    if (error != noErr)
-        return error;
-    std::string name = program;
-    char *arguments[] = {name.data(), reference.path, nullptr};
-    posix_spawnattr_t attributes;
-    sigset_t none;
-    sigemptyset(&none);
-    posix_spawnattr_init(&attributes);
-    posix_spawnattr_setsigmask(&attributes, &none);
-    posix_spawnattr_setflags(&attributes, static_cast<short>(POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSID));
-    pid_t pid = 0;
-    const int failure = posix_spawn(&pid, program.c_str(), nullptr, &attributes, arguments, environ);
-    posix_spawnattr_destroy(&attributes);
-    return failure == 0 ? static_cast<OSErr>(noErr) : static_cast<OSErr>(connectionInvalid);
+    return error == noErr ? open_in_application(application, reference.path) : error;
 }
 
-// Sends to a program that is not on the bus; it can only be given documents and be asked to quit.
+// The path of an application that is not on the bus; empty when it has gone.
+static std::string plain_path(const ProcessSerialNumber &psn) {
+    if (psn.highLongOfPSN == psn_pending) {
+        const PendingStart *const start = find_pending_start(psn.lowLongOfPSN);
+        return start ? start->path : "";
+    }
+    const pid_t pid = static_cast<pid_t>(psn.lowLongOfPSN);
+    const std::string program = common::program_of_process(pid), asked = asked_path(pid);
+    return common::canonical_path(asked) == program ? asked : program;
+}
+
+// Sends to an application that is not on the bus; it can only be given documents and be asked to quit.
 static OSErr send_to_plain(const AppleEvent *event, const ProcessSerialNumber &psn) {
     if (event->data->event_class != four("aevt"))
         return errAEEventNotHandled;
-    const pid_t pid = static_cast<pid_t>(psn.lowLongOfPSN);
-    if (event->data->event_id == four("quit"))
-        return kill(pid, SIGTERM) == 0 ? static_cast<OSErr>(noErr) : static_cast<OSErr>(procNotFound);
+    const std::string path = plain_path(psn);
+    const bool pending = psn.highLongOfPSN == psn_pending;
+    if (event->data->event_id == four("quit")) {
+        if (pending)
+            forget_pending_start(psn.lowLongOfPSN);
+        else if (kill(static_cast<pid_t>(psn.lowLongOfPSN), SIGTERM) != 0)
+            return procNotFound;
+        return noErr;
+    }
     if (event->data->event_id != four("odoc"))
         return errAEEventNotHandled;
-    const Launched *const program = find_launched(pid);
-    if (program)
-        return open_document(program->path, event);
-    const std::string path = common::program_of_process(pid);
-    return path.empty() ? static_cast<OSErr>(procNotFound) : open_document(path, event);
+    if (path.empty())
+        return procNotFound;
+    if (pending)
+        forget_pending_start(psn.lowLongOfPSN);
+    return open_document(path, event);
 }
 
 // Ends a program launched from here that has no name on the bus, together with the programs it started.
@@ -207,12 +213,12 @@ OSErr AESend(const AppleEvent *event, AppleEvent *reply, std::int32_t mode, std:
     const OSErr error = find_target(event->data->target, quits, &psn);
     if (error != noErr)
         return error;
+    if (psn.highLongOfPSN == psn_plain || psn.highLongOfPSN == psn_pending)
+        return send_to_plain(event, psn);
     const pid_t pid = static_cast<pid_t>(psn.lowLongOfPSN);
     if (pid == getpid())
         return dispatch_event(event, reply);
     const Launched *const program = psn.highLongOfPSN == psn_launched ? find_launched(pid) : nullptr;
-    if (psn.highLongOfPSN == psn_plain || (program && !program->is_bundle))
-        return send_to_plain(event, psn);
     if ((psn.highLongOfPSN == psn_launched && !program) || (psn.highLongOfPSN == psn_bus && !find_peer(pid)))
         return procNotFound;
     if (quits && program && (!HostBus() || bus_owner(psn.highLongOfPSN, pid).empty()))

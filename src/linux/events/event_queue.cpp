@@ -7,6 +7,7 @@
 #include "front/front.h"
 #include "linux/events/event_sources.h"
 #include "linux/events/loop.h"
+#include "linux/events/plain_programs.h"
 #include "toolbox/events.h"
 
 namespace quillon {
@@ -144,6 +145,7 @@ int EventAvail(std::uint16_t mask, EventRecord *event) {
 }
 
 int WaitNextEvent(std::uint16_t mask, EventRecord *event, std::uint32_t sleep) {
+    start_pending_programs();
     LoopDispatch();
     if (take(mask, event))
         return 1;

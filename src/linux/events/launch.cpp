@@ -1,4 +1,4 @@
-// Launching bundles and programs.
+// Launching bundles, desktop entries and programs.
 #include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
@@ -10,10 +10,12 @@
 #include <string>
 #include <vector>
 
+#include "common/application.h"
 #include "common/argument_list.h"
 #include "common/bundle.h"
 #include "front/front.h"
 #include "linux/events/peers.h"
+#include "linux/events/plain_programs.h"
 #include "toolbox/processes.h"
 
 namespace quillon {
@@ -29,7 +31,7 @@ static std::vector<std::string> tool_environment() {
     return variables;
 }
 
-static int spawn(const std::string &program, bool is_bundle, pid_t *pid) {
+static int spawn(const std::string &program, pid_t *pid) {
     posix_spawnattr_t attributes;
     posix_spawn_file_actions_t actions;
     sigset_t none, defaults;
@@ -40,24 +42,37 @@ static int spawn(const std::string &program, bool is_bundle, pid_t *pid) {
     posix_spawnattr_setsigmask(&attributes, &none);
     posix_spawnattr_setsigdefault(&attributes, &defaults);
     posix_spawnattr_setpgroup(&attributes, 0);
-    posix_spawnattr_setflags(&attributes,
-                             static_cast<short>(POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF |
-                                                (is_bundle ? POSIX_SPAWN_SETPGROUP : POSIX_SPAWN_SETSID)));
+    posix_spawnattr_setflags(&attributes, static_cast<short>(POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF |
+                                                             POSIX_SPAWN_SETPGROUP));
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     // The headless front prints the console's text on standard output, so the output of a program goes to
     // standard error.
     posix_spawn_file_actions_adddup2(&actions, STDERR_FILENO, STDOUT_FILENO);
 
-    std::vector<std::string> variables = is_bundle ? tool_environment() : std::vector<std::string>();
-    const std::vector<char *> environment = common::argument_list(variables);
+    std::vector<std::string> variables = tool_environment();
     std::string name = program;
     char *arguments[] = {name.data(), nullptr};
     const int error = posix_spawn(pid, program.c_str(), &actions, &attributes, arguments,
-                                  is_bundle ? environment.data() : environ);
+                                  common::argument_list(variables).data());
     posix_spawn_file_actions_destroy(&actions);
     posix_spawnattr_destroy(&attributes);
     return error;
+}
+
+static OSErr launch_bundle(const std::string &path, ProcessSerialNumber *psn) {
+    Launched program;
+    program.path = path;
+    program.signature = signature_of(path);
+    const int failure = spawn(common::program_of_bundle(path), &program.pid);
+    if (failure == ENOMEM || failure == EAGAIN)
+        return memFullErr;
+    if (failure != 0)
+        return failure == ENOENT ? static_cast<OSErr>(fnfErr) : static_cast<OSErr>(permErr);
+    program.descriptor = static_cast<int>(syscall(SYS_pidfd_open, program.pid, 0));
+    add_launched(program);
+    *psn = {psn_launched, static_cast<std::uint32_t>(program.pid)};
+    return noErr;
 }
 
 OSErr LaunchApplication(LaunchParamBlockRec *block) {
@@ -65,19 +80,12 @@ OSErr LaunchApplication(LaunchParamBlockRec *block) {
     const OSErr error = FSpMakeFSRef(block->launchAppSpec, &reference);
     if (error != noErr)
         return error;
-    Launched program;
-    program.path = reference.path;
-    program.is_bundle = common::is_bundle_path(program.path);
-    program.signature = signature_of(program.path);
-    const int failure = spawn(program.is_bundle ? common::program_of_bundle(program.path) : program.path,
-                              program.is_bundle, &program.pid);
-    if (failure == ENOMEM || failure == EAGAIN)
-        return memFullErr;
-    if (failure != 0)
-        return failure == ENOENT ? static_cast<OSErr>(fnfErr) : static_cast<OSErr>(permErr);
-    program.descriptor = static_cast<int>(syscall(SYS_pidfd_open, program.pid, 0));
-    add_launched(program);
-    block->launchProcessSN = {psn_launched, static_cast<std::uint32_t>(program.pid)};
+    if (common::is_bundle_path(reference.path))
+        return launch_bundle(reference.path, &block->launchProcessSN);
+    const common::Application application = common::application_at(reference.path);
+    if (application.kind == common::Kind::none)
+        return access(reference.path, F_OK) == 0 ? static_cast<OSErr>(permErr) : static_cast<OSErr>(fnfErr);
+    block->launchProcessSN = add_pending_start(application.path);
     return noErr;
 }
 

@@ -13,18 +13,18 @@
 
 namespace quillon {
 
-// High words of process serial numbers; the low word is the process id.
-enum : std::uint32_t { psn_launched = 1, psn_bus = 2, psn_plain = 3 };
+// High words of process serial numbers; the low word is the process id, or the number of an application that
+// is not started yet.
+enum : std::uint32_t { psn_launched = 1, psn_bus = 2, psn_plain = 3, psn_pending = 4 };
 
-// A program started from here, known from its launch by its process descriptor.
+// A bundle started from here, known from its launch by its process descriptor.
 struct Launched {
     pid_t pid = 0;
     int descriptor = -1;
     sd_event_source *source = nullptr;
-    bool is_bundle = false;
     bool exited = false;
     std::uint32_t ended_at = 0; // ticks
-    std::string path;           // POSIX path of the bundle or program
+    std::string path;           // POSIX path of the bundle
     OSType signature = 0;
     std::string owner; // its unique bus name; empty until the bus has confirmed the process id
     bool owner_gone = false;

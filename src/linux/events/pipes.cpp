@@ -8,6 +8,7 @@
 #include <string>
 
 #include "common/places.h"
+#include "toolbox/processes.h"
 
 namespace quillon {
 
@@ -34,10 +35,14 @@ std::FILE *open_pipe(const char *command, const char *mode) {
     std::string line;
     if (!folder.empty())
         line = "PATH=" + single_quoted(folder) + "${PATH:+:$PATH}; export PATH\n";
+    if (document_follows)
+        line += "QUILLON_FOLLOWS=document; export QUILLON_FOLLOWS\n";
     return ::popen((line + command).c_str(), mode);
 }
 
 } // namespace
+
+int document_follows = 0;
 
 int SystemFrameworkLoad() {
     if (!library)

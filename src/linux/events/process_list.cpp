@@ -16,6 +16,7 @@
 #include "front/front.h"
 #include "linux/events/event_sources.h"
 #include "linux/events/peers.h"
+#include "linux/events/plain_programs.h"
 #include "linux/events/process_table.h"
 #include "toolbox/processes.h"
 
@@ -61,6 +62,8 @@ static void take_snapshot() {
     for (const Launched &program : launched_programs)
         if (is_listed(program))
             snapshot.push_back({psn_launched, static_cast<std::uint32_t>(program.pid)});
+    for (const PendingStart &start : pending_starts)
+        snapshot.push_back({psn_pending, start.number});
     snapshot.push_back({psn_bus, static_cast<std::uint32_t>(getpid())});
     for (const Peer &peer : bus_peers)
         if (!find_launched(peer.pid))
@@ -96,6 +99,11 @@ int IsPlainProcess(const ProcessSerialNumber *psn) {
 static bool look_up(const ProcessSerialNumber &psn, std::string *path, OSType *signature) {
     const pid_t pid = static_cast<pid_t>(psn.lowLongOfPSN);
     *signature = four("????");
+    if (psn.highLongOfPSN == psn_pending) {
+        const PendingStart *const start = find_pending_start(psn.lowLongOfPSN);
+        *path = start ? start->path : "";
+        return start != nullptr;
+    }
     if (psn.highLongOfPSN == psn_launched) {
         const Launched *const program = find_launched(pid);
         if (!program)
@@ -161,6 +169,8 @@ int SameProcess(const ProcessSerialNumber *a, const ProcessSerialNumber *b) {
 
 OSErr SetFrontProcess(const ProcessSerialNumber *psn) {
     const pid_t pid = static_cast<pid_t>(psn->lowLongOfPSN);
+    if (psn->highLongOfPSN == psn_pending)
+        return noErr; // it comes to the front when it is started
     if (pid == getpid()) {
         front->bring_to_front(nullptr);
         return noErr;
@@ -187,7 +197,11 @@ int ProcessIsProgram(const ProcessSerialNumber *psn, const FSSpec *spec) {
     OSType signature = 0;
     if (!look_up(*psn, &path, &signature) || FSpMakeFSRef(spec, &reference) != noErr)
         return 0;
-    return path == common::canonical_path(reference.path);
+    if (common::canonical_path(path) != common::canonical_path(reference.path))
+        return 0;
+    if (IsPlainProcess(psn))
+        remember_asked_path(static_cast<pid_t>(psn->lowLongOfPSN), reference.path);
+    return 1;
 }
 
 } // namespace quillon
