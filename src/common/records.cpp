@@ -166,23 +166,30 @@ bool split_record(std::string_view line, std::string_view &key, std::string_view
     return true;
 }
 
-// Replaces the escapes of a value. A backslash that begins no escape stands for itself.
-std::string decode(std::string_view raw) {
-    std::string value;
-    value.reserve(raw.size());
+// Replaces the escapes of a value, which then stands at OUT: its length, that of RAW at most. A backslash
+// that begins no escape stands for itself.
+std::size_t decode(std::string_view raw, char *out) {
+    std::size_t length = 0;
     for (std::size_t i = 0; i < raw.size(); i++) {
         const char next = raw[i] == '\\' && i + 1 < raw.size() ? raw[i + 1] : '\0';
         if (next == '\\' || next == 'n' || next == 'r') {
-            value += next == 'n' ? '\n' : next == 'r' ? '\r' : '\\';
+            out[length++] = next == 'n' ? '\n' : next == 'r' ? '\r' : '\\';
             i++;
         } else if (next == 'x' && i + 3 < raw.size() && common::hex_digit(raw[i + 2]) >= 0 &&
                    common::hex_digit(raw[i + 3]) >= 0) {
-            value += static_cast<char>(common::hex_digit(raw[i + 2]) * 16 + common::hex_digit(raw[i + 3]));
+            out[length++] =
+                static_cast<char>(common::hex_digit(raw[i + 2]) * 16 + common::hex_digit(raw[i + 3]));
             i += 3;
         } else {
-            value += raw[i];
+            out[length++] = raw[i];
         }
     }
+    return length;
+}
+
+std::string decode(std::string_view raw) {
+    std::string value(raw.size(), '\0');
+    value.resize(decode(raw, value.data()));
     return value;
 }
 
@@ -383,6 +390,8 @@ int RecordFileOpens(const char *path) {
 
 char *RecordRead(const char *path, const char *key, std::size_t *size) {
     struct stat info;
+    if (size)
+        *size = 0;
     const Descriptor file(open_regular(path, O_RDONLY, &info));
     if (file.get() < 0)
         return nullptr;
@@ -391,13 +400,12 @@ char *RecordRead(const char *path, const char *key, std::size_t *size) {
     while (lines.next(line)) {
         if (!split_record(line, name, raw) || name != key)
             continue;
-        const std::string value = decode(raw);
-        char *const copy = static_cast<char *>(std::malloc(value.size() + 1));
-        if (!copy)
-            return nullptr;
-        std::memcpy(copy, value.c_str(), value.size() + 1);
+        char *const copy = static_cast<char *>(std::malloc(raw.size() + 1));
+        const std::size_t length = copy ? decode(raw, copy) : raw.size() + 1;
+        if (copy)
+            copy[length] = '\0';
         if (size)
-            *size = value.size();
+            *size = length;
         return copy;
     }
     return nullptr;

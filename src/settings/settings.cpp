@@ -32,6 +32,8 @@ char *read_record(const char *key, std::size_t *size) {
     if (!havePrefs)
         return nullptr;
     char *const value = RecordRead(preferences_path.c_str(), key, size);
+    if (!value && *size > 0)
+        DoJump(out_of_memory);
     if (value && value[0] == '\0') {
         std::free(value);
         return nullptr;

@@ -17,7 +17,8 @@ struct RecordChange {
 // 1 when the file at the POSIX path can be opened for reading, else 0.
 int RecordFileOpens(const char *path);
 // The value of KEY in the file at the POSIX path, with a final NUL, in memory that the caller frees (free).
-// SIZE (may be null) is set to its length in bytes. Null when there is no such record or no readable file.
+// SIZE (may be null) is set to its length in bytes. Null when there is no such record or no readable file,
+// with a SIZE of 0, or when there is no memory for the value, with a SIZE above 0.
 char *RecordRead(const char *path, const char *key, std::size_t *size);
 // Writes all COUNT changes, or none: 1, or 0 when nothing was changed because another program held the file's
 // lock for two seconds or the file is missing or not writable. Values that are the same already count as
