@@ -45,16 +45,23 @@ std::string Bundle::info_or(const std::string &key, const std::string &fallback)
 bool find_bundle(const char *argv0, Bundle &bundle) {
     const auto started_as = reinterpret_cast<const char *>(getauxval(AT_EXECFN));
     for (const char *name : {started_as, argv0}) {
-        bundle.path = name ? bundle_of_program(name) : std::string();
-        bundle.signature = bundle.path.empty() ? std::string() : signature_of_bundle(bundle.path);
-        if (bundle.signature.empty())
-            continue;
-        bundle.home = folder_above(bundle.path);
-        bundle.tool = leaf_of(name);
-        read_info(read_file(bundle.path + "/Contents/Info", largest_file), bundle.info);
-        return true;
+        const std::string path = name ? bundle_of_program(name) : std::string();
+        if (!path.empty() && read_bundle(path, leaf_of(name), bundle))
+            return true;
     }
     return false;
+}
+
+bool read_bundle(const std::string &path, const std::string &tool, Bundle &bundle) {
+    bundle = {};
+    bundle.path = path;
+    bundle.signature = signature_of_bundle(path);
+    if (bundle.signature.empty())
+        return false;
+    bundle.home = folder_above(path);
+    bundle.tool = tool;
+    read_info(read_file(path + "/Contents/Info", largest_file), bundle.info);
+    return true;
 }
 
 bool is_bundle_path(const std::string &path) {

@@ -24,6 +24,10 @@ struct Bundle {
 // signature.
 bool find_bundle(const char *argv0, Bundle &bundle);
 
+// Fills BUNDLE with the bundle at the POSIX path PATH, as its program TOOL would find it. False when it has
+// no signature.
+bool read_bundle(const std::string &path, const std::string &tool, Bundle &bundle);
+
 // True when PATH ends with ".app" and has more before it. The file system is not asked.
 bool is_bundle_path(const std::string &path);
 // Returns the path of the program in the bundle at PATH, which must have the form of a bundle's path. The

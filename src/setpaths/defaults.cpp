@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "common/background.h"
 #include "common/host_files.h"
 #include "common/path_forms.h"
 #include "common/places.h"
@@ -142,6 +143,17 @@ bool make_formats_folder() {
            write_new(folder + "/pdftex.cnf", pdftex_cnf);
 }
 
+// Has the formats that runs begin with unpacked, so that the first run is as fast as the others.
+void ask_for_copies(const std::string &programs) {
+    const std::string home = common::above_own_program(4);
+    const std::string chosen = common::setting("PDFTEXFORMAT");
+    std::vector<std::string> words = {home + "/pdftex.app", programs + "/pdftex"};
+    for (const std::string &name : {chosen.empty() ? std::string("pdflatex") : chosen, std::string("pdftex")})
+        words.insert(words.end(), {name, name});
+    if (!programs.empty())
+        common::start_in_background(home + "/Quillon.app/Contents/Linux", words);
+}
+
 } // namespace
 
 Proposal propose(const std::string &home, const std::string &programs) {
@@ -171,8 +183,10 @@ bool write_settings(const Values &changes, const Proposal &proposal) {
     if (!make_formats_folder())
         std::fprintf(stderr, "setpaths: I can't make %s\n", common::formats_folder().c_str());
     if (access(path.c_str(), F_OK) == 0 ? write_values(path, changes, proposal.values)
-                                        : create(path, changes, proposal.values))
+                                        : create(path, changes, proposal.values)) {
+        ask_for_copies(proposal.programs);
         return true;
+    }
     std::fprintf(stderr, "setpaths: I can't write %s: %s\n", place_of(path).c_str(), std::strerror(errno));
     return false;
 }

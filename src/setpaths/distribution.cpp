@@ -2,13 +2,10 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <fcntl.h>
 #include <glob.h>
-#include <spawn.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include "common/argument_list.h"
+#include "common/command_output.h"
 #include "common/host_files.h"
 #include "common/search_settings.h"
 
@@ -53,9 +50,9 @@ void read_path(const std::string &kpsewhich, const common::SearchSetting &row, c
                Distribution &found) {
     const std::string key = row.key;
     const bool formats = key == "TEXFORMATS";
-    const std::string list = output_of(kpsewhich, {"-progname=pdflatex", "-engine=pdftex",
-                                                   formats ? "-expand-path" : "-expand-braces",
-                                                   "$" + std::string(row.distribution)});
+    const std::string list = common::output_of(kpsewhich, {"-progname=pdflatex", "-engine=pdftex",
+                                                           formats ? "-expand-path" : "-expand-braces",
+                                                           "$" + std::string(row.distribution)});
     if (list.starts_with('$'))
         return;
     std::vector<std::string> &path = found.paths[key];
@@ -83,34 +80,6 @@ void read_path(const std::string &kpsewhich, const common::SearchSetting &row, c
 }
 
 } // namespace
-
-std::string output_of(const std::string &program, std::vector<std::string> words) {
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0)
-        return {};
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
-    words.insert(words.begin(), program);
-    pid_t process = -1;
-    const int error = posix_spawn(&process, program.c_str(), &actions, nullptr,
-                                  common::argument_list(words).data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    close(ends[1]);
-    std::string text;
-    char block[4096];
-    ssize_t count;
-    while (error == 0 && (count = read(ends[0], block, sizeof block)) > 0)
-        text.append(block, static_cast<std::size_t>(count));
-    close(ends[0]);
-    int status = 0;
-    if (error != 0 || waitpid(process, &status, 0) < 0 || !WIFEXITED(status))
-        return {};
-    text.resize(std::min(text.find('\n'), text.size()));
-    return text;
-}
 
 std::vector<std::string> split_paths(const std::string &list) {
     std::vector<std::string> elements;
@@ -142,9 +111,9 @@ Distribution find_distribution(const std::string &programs) {
     const std::string kpsewhich = found.programs + "/kpsewhich";
     if (found.programs.empty() || access(kpsewhich.c_str(), X_OK) != 0)
         return found;
-    for (const std::string &tree : split_paths(output_of(kpsewhich, {"-expand-braces", "$TEXMF"})))
+    for (const std::string &tree : split_paths(common::output_of(kpsewhich, {"-expand-braces", "$TEXMF"})))
         found.trees.push_back(without_slashes(tree));
-    const std::string own_tree = without_slashes(output_of(kpsewhich, {"-var-value", "TEXMFHOME"}));
+    const std::string own_tree = without_slashes(common::output_of(kpsewhich, {"-var-value", "TEXMFHOME"}));
     for (const common::SearchSetting &row : common::search_settings)
         if (row.distribution)
             read_path(kpsewhich, row, own_tree, found);

@@ -26,9 +26,6 @@ Distribution find_distribution(const std::string &programs = "");
 // Returns the elements between the colons of LIST, without the empty ones. "!!" at the head of an element is
 // cut off, and of three or more slashes at its end two stay.
 std::vector<std::string> split_paths(const std::string &list);
-// Runs PROGRAM, an absolute path, with the arguments WORDS and returns the first line that it prints. Empty
-// when it cannot be run or a signal ends it; its exit status does not count.
-std::string output_of(const std::string &program, std::vector<std::string> words);
 
 } // namespace setpaths
 

@@ -34,15 +34,18 @@ std::string output_folder(const EngineRun &run) {
     return folder.empty() ? run.folder : common::absolute_path(run.folder, folder);
 }
 
+std::string without_extension(std::string name) {
+    if (const std::size_t dot = name.rfind('.'); dot != std::string::npos && dot > 0)
+        name.resize(dot);
+    return name;
+}
+
 // The name that the engine's files have, from its words; empty when they do not say it.
 std::string job_name(const EngineRun &run) {
     std::string name = option_value(run.words, "jobname");
     if (!name.empty())
         return name;
-    name = common::leaf_of(main_file(run.words));
-    if (const std::size_t dot = name.rfind('.'); dot != std::string::npos && dot > 0)
-        name.resize(dot);
-    return name;
+    return without_extension(common::leaf_of(main_file(run.words)));
 }
 
 } // namespace
@@ -80,6 +83,13 @@ std::string expected_output(const EngineRun &run, bool dvi) {
         return {};
     const bool writes_dvi = format.empty() ? dvi : format == "dvi";
     return common::absolute_path(output_folder(run), name + (writes_dvi ? ".dvi" : ".pdf"));
+}
+
+std::string recorder_file(const EngineRun &run, const RunParser &parser) {
+    std::string name = job_name(run);
+    if (name.empty())
+        name = without_extension(common::leaf_of(parser.output_name()));
+    return common::absolute_path(output_folder(run), (name.empty() ? "texput" : name) + ".fls");
 }
 
 void clear_output_setting() {

@@ -132,15 +132,15 @@ bool Run::prepare(std::string_view line, const std::string &folder) {
         common::is_regular_file(common::absolute_path(folder, last)))
         last.insert(0, "./");
     engine_.program = common::leaf_of(program_name_);
-    std::string main = main_file(engine_.words);
-    if (!main.empty()) {
+    main_ = main_file(engine_.words);
+    if (!main_.empty()) {
         // TeX tries the name with its extension first.
-        main = common::absolute_path(folder, main);
-        if (common::is_regular_file(main + ".tex"))
-            main += ".tex";
+        main_ = common::absolute_path(folder, main_);
+        if (common::is_regular_file(main_ + ".tex"))
+            main_ += ".tex";
     }
     if (is_engine_ || bundle_.signature == "MPST")
-        parser_ = std::make_unique<RunParser>(folder, main);
+        parser_ = std::make_unique<RunParser>(folder, main_);
     if (is_engine_)
         clear_output_setting();
     return true;
@@ -227,7 +227,10 @@ bool Run::launch(const std::string &program, int slave) {
     const char *const search = std::getenv("PATH");
     if (is_engine_ && common::find_program(launch.words[0], search ? search : "", engine_.folder).empty())
         launch.words[0] = program;
-    for (const auto &[name, value] : run_environment(bundle_, engine_.words, engine_.space, delimiter_))
+    Variables environment = run_environment(bundle_, engine_.words, engine_.space, delimiter_);
+    if (is_engine_)
+        offer_formats(program, environment);
+    for (const auto &[name, value] : environment)
         launch.environment.push_back(name + "=" + value);
     launch.folder = engine_.folder;
     launch.terminal = slave;
@@ -259,6 +262,33 @@ bool Run::launch(const std::string &program, int slave) {
         return 0;
     });
     return true;
+}
+
+// Offers the engine the uncompressed copy of every format that it may look for.
+void Run::offer_formats(const std::string &program, Variables &environment) {
+    for (const FormatSearch &search : format_searches(program, engine_.words, main_)) {
+        FormatCopy copy;
+        const CopyState state = find_copy(search, environment, engine_.folder, &copy);
+        if (state == CopyState::ready)
+            copies_.push_back(copy);
+        else if (state == CopyState::unknown)
+            copies_to_ask_.push_back(search);
+    }
+    for (const FormatCopy &copy : copies_)
+        offer_copy(copy, environment);
+    engine_path_ = program;
+}
+
+// Names the format that the engine has read as what it is in the recorder's list, and asks for copies where
+// there were none: of what was looked for, and of a format that was made.
+void Run::settle_formats() {
+    if (!copies_.empty() && has_option(engine_.words, "recorder"))
+        name_originals(recorder_file(engine_, *parser_), copies_);
+    const std::string made = common::leaf_of(parser_->dumped_format());
+    if (made.ends_with(".fmt")) {
+        const std::string name = made.substr(0, made.size() - 4);
+        copies_to_ask_.push_back({engine_path_, name, name});
+    }
 }
 
 void Run::fail(const std::string &reason) {
@@ -550,6 +580,8 @@ void Run::finish() {
             mend_auxiliary_file(engine_);
         if (is_engine_ && has_option(engine_.words, "ini"))
             stamp_format(engine_, *parser_);
+        if (is_engine_)
+            settle_formats();
     }
     // The shell says that a run was cancelled only when the report names a transcript, so a cancelled run has
     // one.
@@ -557,6 +589,7 @@ void Run::finish() {
     outcome.unkept = transcript_.unkept();
     close_down();
     owner_.run_ended(outcome);
+    ask_for_copies(bundle_.path, copies_to_ask_);
 }
 
 } // namespace toolhost

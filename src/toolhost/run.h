@@ -7,8 +7,10 @@
 #include <string>
 #include <string_view>
 #include <systemd/sd-event.h>
+#include <vector>
 
 #include "common/bundle.h"
+#include "toolhost/format_copies.h"
 #include "toolhost/kept_output.h"
 #include "toolhost/prompt.h"
 #include "toolhost/results.h"
@@ -80,6 +82,8 @@ class Run {
     int open_output();
     void watch(int descriptor, sd_event_source *&source, sd_event_io_handler_t handler);
     bool launch(const std::string &program, int slave);
+    void offer_formats(const std::string &program, Variables &environment);
+    void settle_formats();
     void choose_program();
     void fail(const std::string &reason);
     bool read_terminal();
@@ -107,10 +111,14 @@ class Run {
     RunOwner &owner_;
     EngineRun engine_;
     std::string command_;
+    std::string main_;        // the path of the document; empty when the words name none
+    std::string engine_path_; // of the engine that was started
     std::string program_name_;
     std::string delimiter_;
     Transcript transcript_;
     KeptOutput kept_;
+    std::vector<FormatCopy> copies_;          // that the engine was offered
+    std::vector<FormatSearch> copies_to_ask_; // for searches of which nothing is known
     std::unique_ptr<RunParser> parser_;
     PromptWatch prompt_;
     sd_event_source *terminal_source_ = nullptr;

@@ -1,3 +1,4 @@
+#include "common/command_output.h"
 #include "common/preferences.h"
 #include "setpaths/databases.h"
 #include "setpaths/defaults.h"
@@ -58,9 +59,9 @@ TEST(Distribution, TheFirstLineOfAProgram) {
     const TemporaryHome home;
     script(home, "one", "echo \"$1-$2\"; echo more; exit 3\n");
     script(home, "killed", "echo text; kill -9 $$\n");
-    EXPECT_EQ(output_of(home.path("one"), {"a b", "c"}), "a b-c");
-    EXPECT_EQ(output_of(home.path("killed"), {}), "");
-    EXPECT_EQ(output_of(home.path("none"), {}), "");
+    EXPECT_EQ(common::output_of(home.path("one"), {"a b", "c"}), "a b-c");
+    EXPECT_EQ(common::output_of(home.path("killed"), {}), "");
+    EXPECT_EQ(common::output_of(home.path("none"), {}), "");
 }
 
 TEST(Distribution, WhatItSaysIsTaken) {

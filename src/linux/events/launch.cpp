@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -26,6 +27,9 @@ static std::vector<std::string> tool_environment() {
     for (char **variable = environ; *variable; variable++)
         if (std::strncmp(*variable, "QUILLON_", 8) != 0)
             variables.emplace_back(*variable);
+    // A shell with a bus of its own serves one request; no work in the background is started for it.
+    if (std::getenv("QUILLON_OWN_BUS"))
+        variables.push_back("QUILLON_OWN_BUS=1");
     variables.push_back("QUILLON_FRONT=" + std::string(front->name));
     variables.push_back("QUILLON_SHELL_PID=" + std::to_string(getpid()));
     return variables;
