@@ -227,5 +227,55 @@ class Streams(HostTest):
         self.assertRegex(log, rb"\rThe rest of the output was lost \(7000\d\d bytes\): File too large\r$")
 
 
+class EnginePipe(HostTest):
+    """Engines print into a pipe and read the terminal."""
+
+    def engine(self, script, interpreter="/bin/sh"):
+        return self.launch(self.bundle("pdftex", self.file("engine", f"#!{interpreter}\n" + script, mode=0o755), "PXET"))
+
+    def test_an_engine_that_never_flushes_loses_nothing(self):
+        tool = self.engine("import os, time\nprint('x' * 2000)\n"
+                           "while not os.path.exists('go'): time.sleep(0.02)\nprint('end')\n", "/usr/bin/python3")
+        tool.follow()
+        tool.send("pdftex")
+        self.file("go", "")
+        self.assertEqual(log_of(tool.reply()), b"x" * 2000 + b"\rend\r")
+        self.assertEqual(bytes(tool.output), b"x" * 2000 + b"\nend\n")
+
+    def test_a_hundred_megabytes_without_a_line_end(self):
+        tool = self.engine("head -c 100000000 /dev/zero | tr '\\0' 'x'\nexit 3\n")
+        reply = tool.run("pdftex")
+        self.assertEqual(reply["----"], 3)
+        self.assertEqual(os.path.getsize(reply["logf"]), 100000000)
+        with open(f"/proc/{tool.process.pid}/status", encoding="ascii") as file:
+            peak = [line for line in file if line.startswith("VmHWM")][0].split()[1]
+        self.assertLess(int(peak), 30000)
+
+    def test_what_an_engine_writes_to_the_terminal_itself_is_kept(self):
+        tool = self.engine("echo piped\necho direct > /dev/tty\necho error >&2\n")
+        self.assertEqual(sorted(log_of(tool.run("pdftex")).split(b"\r")), [b"", b"direct", b"error", b"piped"])
+
+    def test_an_answer_that_is_typed_before_the_prompt_is_taken_at_it(self):
+        tool = self.engine("echo begun\nwhile [ ! -e go ]; do sleep 0.02; done\nprintf 'name: '\nread x\n"
+                           "echo \"<$x>\"\n")
+        tool.follow()
+        tool.send("pdftex")
+        wait_until(lambda: b"begun" in tool.output, "the start")
+        tool.answer(b"early\n")
+        self.file("go", "")
+        self.assertTrue(log_of(tool.reply()).endswith(b"<early>\r"))
+
+    def test_tex_takes_an_answer_that_was_typed_before_its_prompt(self):
+        self.file("err.tex", "\\immediate\\write16{begun}\\count1=0 \\loop\\ifnum\\count1<2000000 "
+                  "\\advance\\count1 1 \\repeat\n\\wrong\n\\bye\n")
+        tool = self.launch("pdftex")
+        tool.follow()
+        tool.send("pdftex err.tex")
+        tool.answer(b"x\n")
+        reply = tool.reply()
+        self.assertIn(b"Undefined control sequence", log_of(reply))
+        self.assertEqual(reply["----"], 1)
+
+
 if __name__ == "__main__":
     unittest.main()

@@ -1,66 +1,20 @@
 #!/usr/bin/python3
-"""The rows of the file search: look-ups, expansion, databases, and the start beside a big tree.
-
-Every figure is measured beside its reference in this same run: medians of interleaved repetitions. It runs on a
-session bus of its own, as ./bench starts it.
-"""
+"""The rows of the file search: look-ups, expansion, databases, and the start beside a big tree."""
 
 import glob
 import os
 import random
 import shutil
-import statistics
 import subprocess
 import sys
 import tempfile
 import time
 
-BUILD = os.environ.get("QUILLON_BUILD",
-                       os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(__file__))), "build"))
-SHELL = os.path.join(BUILD, "lib", "quillon", "Quillon.app", "Contents", "Linux", "quillon-shell")
-SETPATHS = os.path.join(BUILD, "lib", "quillon", "setpaths.app", "Contents", "Linux", "setpaths")
-FIRST_PAINT = os.path.join(BUILD, "benchmarks", "first_paint")
-DRIVER = os.path.join(BUILD, "bin", "tests", "search-driver")
-REPEAT = int(os.environ.get("BENCH_REPEAT", "30"))
+from measure import DRIVER, PROGRAMS, REPEAT, SETPATHS, SHELL, command_time, interleaved, make_home, over, row, run
+
 DATABASES = ("TEXINPUTS", "DVIPSHEADERS", "TYPE1FONTS", "TEXFONTS", "VFFONTS")
+FIRST_PAINT = os.path.join(PROGRAMS, "first_paint")
 NAMES = 40000
-
-
-over = []  # the rows that are over their budget
-
-
-def row(name, measured, reference, ratio, budget, passed):
-    print("\t".join((name, measured, reference, ratio, budget, "ok" if passed else "OVER")), flush=True)
-    if not passed:
-        over.append(name)
-
-
-def run(command, **options):
-    return subprocess.run(command, check=True, stdout=subprocess.PIPE, **options).stdout
-
-
-def milliseconds(command, **options):
-    start = time.perf_counter()
-    run(command, **options)
-    return (time.perf_counter() - start) * 1000
-
-
-def interleaved(first, second):
-    """The medians of two procedures that give milliseconds, warm."""
-    pairs = [(first(), second()) for _ in range(REPEAT + 1)][1:]
-    return statistics.median(a for a, _ in pairs), statistics.median(b for _, b in pairs)
-
-
-def make_home(folder, preferences=""):
-    home = os.path.join(folder, "home")
-    for name in ("config", "data", "cache", "run", "work"):
-        os.makedirs(os.path.join(home, name), mode=0o700, exist_ok=True)
-    environment = dict(os.environ, HOME=home, XDG_CONFIG_HOME=home + "/config", XDG_DATA_HOME=home + "/data",
-                       XDG_CACHE_HOME=home + "/cache", XDG_RUNTIME_DIR=home + "/run")
-    if preferences:
-        with open(home + "/config/Quillon Preferences", "w", encoding="utf-8") as file:
-            file.write(preferences)
-    return home, environment
 
 
 def names_of(support, count=1000):
@@ -106,8 +60,8 @@ def database_writing(folder):
     with open(home + "/config/Quillon Preferences", encoding="utf-8") as file:
         values = dict(line.rstrip("\n").split("=", 1) for line in file if "=" in line)
     trees = [tree for tree in values["TEXMFTREES"].split(":") if os.path.isdir(tree)]
-    measured, against = interleaved(lambda: milliseconds([SETPATHS, "--databases"], env=environment),
-                                    lambda: milliseconds(["find", *trees]))
+    measured, against = interleaved(lambda: command_time([SETPATHS, "--databases"], env=environment),
+                                    lambda: command_time(["find", *trees]))
     row("writing the five databases", f"{measured:.1f} ms", f"find {against:.1f} ms", f"{measured / against:.2f}",
         "<= 3", measured <= 3 * against)
 
@@ -128,7 +82,7 @@ def expansion(trees, title):
         first[0] = False
         return total / 1e6
 
-    measured, against = interleaved(own, lambda: milliseconds(["find", *trees, "-type", "d"]))
+    measured, against = interleaved(own, lambda: command_time(["find", *trees, "-type", "d"]))
     for driver in drivers:
         driver.stdin.close()
         driver.wait()
@@ -172,7 +126,7 @@ def database_reading(support, environment):
         sizes.append((int(words[0]), int(words[2])))
         return int(words[1]) / 1e6
 
-    measured, against = interleaved(own, lambda: milliseconds(["wc", "-l", *paths]))
+    measured, against = interleaved(own, lambda: command_time(["wc", "-l", *paths]))
     count, size = sizes[-1]
     row(f"reading five databases, {count} names", f"{measured:.1f} ms", f"wc -l {against:.1f} ms",
         f"{measured / against:.2f}", "<= 5", count == 5 * NAMES and measured <= 5 * against)
@@ -190,7 +144,7 @@ def start(folder, support_of_tree):
     command = [SHELL, "--headless", "--script", "/dev/null"]
 
     def headless(environment, home):
-        return lambda: milliseconds(command, env={name: value for name, value in environment.items()
+        return lambda: command_time(command, env={name: value for name, value in environment.items()
                                                   if name not in ("DISPLAY", "WAYLAND_DISPLAY")},
                                     cwd=home + "/work", stderr=subprocess.DEVNULL)
 

@@ -1,0 +1,123 @@
+#!/usr/bin/python3
+"""The rows of runs: through the shell and from a terminal, beside the bare engine."""
+
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+
+import dbus
+import dbus.bus
+
+from measure import QUILLON, REPEAT, SETPATHS, SHELL, interleaved, make_home, milliseconds, over, row
+
+PLAIN = "Hello, world. $a^2+b^2=c^2$\n\\bye\n"
+LATEX = "\\documentclass{article}\\begin{document}Hello, world.\\end{document}\n"
+# 100,000 lines of 90 bytes.
+MUCH = ("\\newcount\\n\\loop\\ifnum\\n<100000\\advance\\n1 "
+        "\\immediate\\write16{\\number\\n" + " what is said again" * 4 + "0123456789}\\repeat\\bye\n")
+COMMANDS = {"plain": "pdftex plain.tex", "latex": "pdflatex latex.tex", "much": "pdftex much.tex"}
+
+
+class Runs:
+    """A home with documents, and the ways in which they are run there."""
+
+    def __init__(self, folder):
+        home, self.environment = make_home(folder)
+        os.environ.update(self.environment)
+        subprocess.run([SETPATHS, "--defaults"], check=True)
+        self.work = os.path.join(home, "work")
+        for name, text in (("plain", PLAIN), ("latex", LATEX), ("much", MUCH)):
+            with open(os.path.join(self.work, name + ".tex"), "w", encoding="ascii") as file:
+                file.write(text)
+
+    def bare(self, name):
+        """The bare engine, its output in a file."""
+        words = COMMANDS[name].split()
+        nothing = os.open(os.devnull, os.O_RDWR)
+        output = os.open(os.path.join(self.work, "output"), os.O_WRONLY | os.O_CREAT | os.O_TRUNC)
+        here = os.getcwd()
+        os.chdir(self.work)
+        pid = os.posix_spawnp(words[0], words, os.environ, file_actions=[
+            (os.POSIX_SPAWN_DUP2, nothing, 0), (os.POSIX_SPAWN_DUP2, output, 1)])
+        os.waitpid(pid, 0)
+        os.chdir(here)
+        os.close(output)
+        os.close(nothing)
+
+    def start_shell(self, *options):
+        self.shell = subprocess.Popen([SHELL, *options], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                                      stderr=subprocess.DEVNULL)
+        bus = dbus.bus.BusConnection(os.environ["DBUS_SESSION_BUS_ADDRESS"])
+        while not bus.name_has_owner("org.quillon.Shell"):
+            time.sleep(0.005)
+        self.calls = dbus.Interface(bus.get_object("org.quillon.Shell", "/org/quillon/Shell"), "org.quillon.Shell1")
+        self.calls.Formats(timeout=60)
+
+    def quit_shell(self):
+        self.calls.Quit()
+        self.shell.wait()
+
+    def through(self, name):
+        """The run through the shell."""
+        if self.calls.Exec(COMMANDS[name], self.work, timeout=100) != 0:
+            sys.exit(f"the shell could not run {COMMANDS[name]}")
+
+    def command(self, name):
+        """The run by the command `quillon exec`."""
+        subprocess.run([QUILLON, "exec", *COMMANDS[name].split()], cwd=self.work, stdin=subprocess.DEVNULL,
+                       stdout=subprocess.DEVNULL, check=True)
+
+    def warm(self):
+        """Waits until the formats are unpacked, as they are after the first minute of a day's work."""
+        formats = os.path.join(os.environ["XDG_CACHE_HOME"], "quillon", "formats")
+        for name in ("plain", "latex"):
+            self.through(name)
+        end = time.monotonic() + 60
+        while time.monotonic() < end:
+            if os.path.isdir(formats) and sum(name.endswith(".search") for name in os.listdir(formats)) >= 2:
+                return
+            time.sleep(0.05)
+        sys.exit("the formats were not unpacked")
+
+
+def over_bare(title, measured, reference, limit):
+    row(title, f"{measured:.1f} ms", f"bare {reference:.1f} ms", f"+{measured - reference:.1f} ms", f"<= +{limit} ms",
+        measured - reference <= limit)
+
+
+def times_bare(title, measured, reference, limit):
+    row(title, f"{measured:.1f} ms", f"bare {reference:.1f} ms", f"{measured / reference:.2f}", f"<= {limit}",
+        measured <= limit * reference)
+
+
+def beside_bare(runs, way, name, repeat=REPEAT):
+    """The medians of the run in that way and of the bare engine."""
+    return interleaved(lambda: milliseconds(lambda: way(name)), lambda: milliseconds(lambda: runs.bare(name)), repeat)
+
+
+def main():
+    folder = tempfile.mkdtemp(prefix="quillon-bench-")
+    try:
+        runs = Runs(folder)
+        runs.start_shell("--headless", "--service")
+        runs.warm()
+        over_bare("a run through the shell", *beside_bare(runs, runs.through, "plain"), 10)
+        times_bare("the same, a one-line LaTeX document", *beside_bare(runs, runs.through, "latex"), 0.6)
+        times_bare("a run that prints 9 MB, headless", *beside_bare(runs, runs.through, "much", max(3, REPEAT // 3)), 1.3)
+        over_bare("quillon exec, a shell running", *beside_bare(runs, runs.command, "plain"), 15)
+        times_bare("the same, a one-line LaTeX document", *beside_bare(runs, runs.command, "latex"), 1)
+        runs.quit_shell()
+        if os.environ.get("DISPLAY"):
+            runs.start_shell()
+            times_bare("a run that prints 9 MB, in the window",
+                       *beside_bare(runs, runs.through, "much", max(3, REPEAT // 3)), 1.3)
+            runs.quit_shell()
+    finally:
+        shutil.rmtree(folder, ignore_errors=True)
+    return 1 if over else 0
+
+
+sys.exit(main())
