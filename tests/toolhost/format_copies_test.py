@@ -48,13 +48,22 @@ class FormatCopies(HostTest):
 
     def run_it(self, command="pdftex -fmt=my x.tex"):
         """Runs a command to its end; the folder of the copy that the engine was offered, None when there was none."""
-        reply = self.launch(self.tool).run(command)
-        self.assertEqual(reply["----"], 0, log_of(reply))
-        self.log = log_of(reply)
-        wait_until(lambda: not self.processes_of("quillon-background"), "the end of the work in the background")
+        self.log = self.run_to_end(command)
         with open(self.said, encoding="utf-8") as file:
             first = file.read().splitlines()[-1].split(":")[0]
         return first if first.startswith(self.copies) else None
+
+    def run_to_end(self, command, folder=None, status=0):
+        """Runs a command, and waits for the work in the background that it starts; what the engine said."""
+        tool = self.launch(self.tool)
+        reply = tool.run(command, folder)
+        log = log_of(reply)
+        self.assertEqual(reply["----"], status, log)
+        # The host asks for the work when it has replied.
+        tool.event("aevt", "quit")
+        wait_until(tool.gone, "the host's end")
+        wait_until(lambda: not self.processes_of("quillon-background"), "the end of the work in the background")
+        return log
 
     def background(self, *names, **more):
         words = [word for name in names for word in (name, name)]
@@ -94,8 +103,7 @@ class FormatCopies(HostTest):
         path = os.path.join(folder, "my.fmt")
         with open(path, "r+b") as file:
             file.write(b"garbage")
-        reply = self.launch(self.tool).run("pdftex -fmt=my x.tex")
-        self.assertIn(b"Fatal format file error", log_of(reply))
+        self.assertIn(b"Fatal format file error", self.run_to_end("pdftex -fmt=my x.tex", status=1))
 
     def test_a_changed_format_is_used_at_once(self):
         self.run_it()
@@ -143,10 +151,8 @@ class FormatCopies(HostTest):
                                   stderr=subprocess.STDOUT, env=dict(self.environment, TEXFORMATS=self.formats + ":"), stdin=subprocess.DEVNULL,
                                   check=False)
             for _ in range(2):
-                reply = self.launch(self.tool).run("pdftex -fmt=my x.tex")
-                wait_until(lambda: not self.processes_of("quillon-background"))
-                self.assertEqual(reply["----"], bare.returncode)
-                self.assertEqual(log_of(reply).replace(b"\r", b"\n").replace(b"\n\n", b"\n"),
+                log = self.run_to_end("pdftex -fmt=my x.tex", status=bare.returncode)
+                self.assertEqual(log.replace(b"\r", b"\n").replace(b"\n\n", b"\n"),
                                  bare.stdout.replace(b"\n\n", b"\n"))
 
     def test_a_format_that_is_not_compressed_gets_no_copy(self):
@@ -159,10 +165,7 @@ class FormatCopies(HostTest):
     def test_a_format_that_is_made_is_unpacked_as_it_is_stamped(self):
         self.file("new.tex", "\\catcode`\\{=1 \\catcode`\\}=2 \\font\\tenrm=cmr10 \\tenrm \\dump\n", self.formats)
         self.preferences(TEXFORMATS=self.formats)
-        tool = self.launch(self.tool)
-        reply = tool.run("pdftex -ini new.tex", self.formats)
-        self.assertEqual(reply["----"], 0, log_of(reply))
-        wait_until(lambda: not self.processes_of("quillon-background"))
+        self.run_to_end("pdftex -ini new.tex", self.formats)
         self.file("y.tex", "x\\end\n")
         self.assertTrue(self.run_it("pdftex -fmt=new y.tex"))
 
