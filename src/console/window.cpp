@@ -8,6 +8,7 @@
 #include "files/choosers.h"
 #include "files/paths.h"
 #include "files/signatures.h"
+#include "front/front.h"
 #include "settings/settings.h"
 #include "state/job_state.h"
 #include "toolbox/files.h"
@@ -101,6 +102,9 @@ WindowRef SetUpTextWindow(const char *title, int make_window) {
     TXNSetMargins(text, margin);
     SetFontAndSize();
     TXNShowSelection(text, 0);
+    const char *const selectable = get_str_resource("CONSOLESELECT");
+    if (front->text_selectable)
+        front->text_selectable(selectable && selectable[0] == '1');
     ShowWindow(window);
     return window;
 }

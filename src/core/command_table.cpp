@@ -3,28 +3,25 @@
 #include <cstring>
 
 #include "core/commands.h"
+#include "jobs/builds.h"
 #include "menus/formats.h"
+#include "menus/tools.h"
+#include "menus/transfer.h"
 #include "settings/setting_table.h"
+#include "state/job_state.h"
 #include "toolbox/menus.h"
 
 namespace quillon {
 
 const MenuRow menu_rows[] = {
-    {menu_apple, "Quillon", 1},
-    {menu_file, "File", 1},
-    {menu_edit, "Edit", 1},
-    {menu_options, "Options", 1},
-    {menu_tool, "Tools", 1},
-    {menu_transfer, "Transfer", 1},
-    {menu_format, "Formats", 0},
-    {menu_build, "Build Format", 0},
-    {menu_info, "Information", 0},
-    {menu_font, "Font", 0},
-    {menu_config, "Configuration Files", 0},
-    {menu_recent, "Recent Files", 0},
-    {menu_mpformat, "MetaPost Format", 0},
-    {menu_delete, "Delete", 0},
-    {menu_change, "Change", 0},
+    {menu_apple, "Quillon", 1},       {menu_file, "File", 1},
+    {menu_edit, "Edit", 1},           {menu_options, "Options", 1},
+    {menu_tool, "Tools", 1},          {menu_transfer, "Transfer", 1},
+    {menu_help, "Help", 1},           {menu_format, "Formats", 0},
+    {menu_build, "Build Format", 0},  {menu_info, "Information", 0},
+    {menu_font, "Font", 0},           {menu_config, "Configuration Files", 0},
+    {menu_recent, "Recent Files", 0}, {menu_mpformat, "MetaPost Format", 0},
+    {menu_delete, "Delete", 0},       {menu_change, "Change", 0},
 };
 const int menu_row_count = sizeof menu_rows / sizeof menu_rows[0];
 
@@ -66,9 +63,8 @@ static constexpr Command any_item(std::int16_t menu, void (*procedure)(std::int1
 }
 
 // Makes an item that holds its place and does nothing.
-static constexpr Command idle(std::int16_t menu, std::int16_t item, const char *title, char key = 0,
-                              int (*enabled)() = nullptr) {
-    return {menu, item, title, key, 0, nullptr, enabled};
+static constexpr Command idle(std::int16_t menu, std::int16_t item, const char *title, char key) {
+    return {menu, item, title, key};
 }
 
 const Command command_table[] = {
@@ -83,13 +79,13 @@ const Command command_table[] = {
     action(menu_file, file_repeat, "Repeat Last Command", 'R', command_repeat, has_last_command),
     submenu(menu_file, file_build, "Build Format", menu_build),
     separator(menu_file, 7),
-    idle(menu_file, file_bibtex, "bibtex", 0, has_bib_file),
+    action(menu_file, file_bibtex, "bibtex", 0, command_bibtex, has_bib_file),
     separator(menu_file, 9),
     action(menu_file, file_view_dvi, "View", 'D', command_view_dvi, has_dvi_file),
-    idle(menu_file, file_dvips, "dvips", 0, has_dvi_file),
+    action(menu_file, file_dvips, "dvips", 0, command_dvips, has_dvi_file),
     separator(menu_file, 12),
     action(menu_file, file_view_ps, "View", 0, command_view_ps, has_ps_file),
-    idle(menu_file, file_ps2pdf, "ps2pdf", 0, has_ps_file),
+    action(menu_file, file_ps2pdf, "ps2pdf", 0, command_ps2pdf, has_ps_file),
     separator(menu_file, 15),
     action(menu_file, file_view_pdf, "View", 'P', command_view_pdf, has_pdf_file),
     separator(menu_file, 17),
@@ -104,15 +100,15 @@ const Command command_table[] = {
     on_off(menu_options, options_use_tex, "Use TeX (DVI Output)", 0, "USEPDFTEX", 0),
     on_off(menu_options, options_source_links, "Add Source Links", 0, "ADDSPECIALS"),
     on_off(menu_options, options_record, "Record Files Used", 0, "DORECORD"),
-    idle(menu_options, options_pdftex, "pdfTeX Options..."),
+    action(menu_options, options_pdftex, "pdfTeX Options...", 0, command_pdftex_options),
     separator(menu_options, 6),
     on_off(menu_options, options_view, "View Output Automatically", 0, "AUTOVIEW"),
     on_off(menu_options, options_debug, "Show Debug Output", 0, "DEBUG"),
     action(menu_options, options_setpaths, "Set Up Paths...", 0, command_setpaths),
-    idle(menu_options, options_applications, "Set Applications..."),
+    action(menu_options, options_applications, "Set Applications...", 0, command_applications),
     separator(menu_options, 11),
-    idle(menu_options, options_bibtex, "BibTeX8 Options..."),
-    idle(menu_options, options_dvips, "dvips Options..."),
+    action(menu_options, options_bibtex, "BibTeX8 Options...", 0, command_bibtex_options),
+    action(menu_options, options_dvips, "dvips Options...", 0, command_dvips_options),
     submenu(menu_options, options_mpformat, "MetaPost Format", menu_mpformat),
     separator(menu_options, 15),
     unstored(menu_options, options_etex, "e-TeX Mode", 'E', toggle_etex, etex_is_on),
@@ -126,27 +122,28 @@ const Command command_table[] = {
     action(menu_edit, edit_clear, "Clear Console", 'K', command_clear),
     separator(menu_edit, 7),
     submenu(menu_edit, edit_font, "Font", menu_font),
-    idle(menu_edit, edit_font_size, "Font Size..."),
+    action(menu_edit, edit_font_size, "Font Size...", 0, command_font_size),
     separator(menu_edit, 10),
     on_off(menu_edit, edit_eight_bit, "8-bit Output", '8', "USE8BIT"),
     separator(menu_edit, 12),
     submenu(menu_edit, edit_info, "Information", menu_info),
     separator(menu_edit, 14),
     submenu(menu_edit, edit_config, "Configuration Files", menu_config),
+    action(menu_edit, edit_find, "Find in Console...", 'F', command_find_text),
 
-    idle(menu_build, build_pdftex, "pdfTeX Format"),
-    idle(menu_build, build_pdflatex, "pdfLaTeX Format"),
-    idle(menu_build, build_execute, "Execute..."),
+    action(menu_build, build_pdftex, "pdfTeX Format...", 0, DoPDFBuildItem),
+    action(menu_build, build_pdflatex, "pdfLaTeX Format...", 0, DoPDFBuildItem),
+    action(menu_build, build_execute, "Execute...", 0, DoPDFBuildItem),
 
-    idle(menu_tool, tool_bibtex, "BibTeX...", 'B'),
-    idle(menu_tool, tool_dvips, "dvips..."),
-    idle(menu_tool, tool_makeindex, "MakeIndex...", 'I'),
-    idle(menu_tool, tool_mpost, "MetaPost...", 'M'),
-    idle(menu_tool, tool_build_mpost, "Build MetaPost Format..."),
+    action(menu_tool, tool_bibtex, "BibTeX...", 'B', DoTools),
+    action(menu_tool, tool_dvips, "dvips...", 0, DoTools),
+    action(menu_tool, tool_makeindex, "MakeIndex...", 'I', DoTools),
+    action(menu_tool, tool_mpost, "MetaPost...", 'M', DoTools),
+    action(menu_tool, tool_build_mpost, "Build MetaPost Format...", 0, DoTools),
     separator(menu_tool, 6),
-    idle(menu_tool, tool_ps2pdf, "ps2pdf..."),
+    action(menu_tool, tool_ps2pdf, "ps2pdf...", 0, DoTools),
     separator(menu_tool, 8),
-    idle(menu_tool, tool_dvipdfm, "dvipdfm", 0, has_dvi_file),
+    action(menu_tool, tool_dvipdfm, "dvipdfm", 0, DoTools, has_dvi_file),
 
     action(menu_info, info_dvips, "dvips", 0, info),
     action(menu_info, info_makeindex, "MakeIndex", 0, info),
@@ -155,18 +152,24 @@ const Command command_table[] = {
 
     any_item(menu_font, choose_font),
 
-    idle(menu_config, config_dvips, "config.ps"),
-    idle(menu_config, config_pdftex, "pdftexconfig.tex"),
+    action(menu_config, config_dvips, "config.ps", 0, OpenConfigFile),
+    action(menu_config, config_pdftex, "pdftexconfig.tex", 0, OpenConfigFile),
     separator(menu_config, 3),
-    idle(menu_config, config_tex_cnf, "tex.cnf"),
-    idle(menu_config, config_pdftex_cnf, "pdftex.cnf"),
+    action(menu_config, config_tex_cnf, "tex.cnf", 0, OpenConfigFile),
+    action(menu_config, config_pdftex_cnf, "pdftex.cnf", 0, OpenConfigFile),
 
     any_item(menu_recent, choose_recent),
 
     one_of(menu_mpformat, mpformat_plain, "Plain TeX Labels", "MPTEXFORMAT", 1),
     one_of(menu_mpformat, mpformat_latex, "LaTeX Labels", "MPTEXFORMAT", 2),
 
-    idle(menu_transfer, transfer_add, "Add ..."),
+    action(menu_help, help_manual, "Quillon Manual", 0, help),
+    action(menu_help, help_keys, "Keys", 0, help_with_keys),
+    action(menu_help, help_messages, "What the Messages Mean", 0, help),
+
+    any_item(menu_transfer, DoTransferItem),
+    any_item(menu_delete, CutTransferItem),
+    any_item(menu_change, ChangeTransferItem),
 };
 const int command_count = sizeof command_table / sizeof command_table[0];
 
@@ -185,6 +188,28 @@ const Command *find_command(std::int16_t menu, std::int16_t item) {
 
 int has_effect(const Command &row) {
     return row.procedure || row.setting;
+}
+
+const char *why_grey(const Command &row) {
+    static const struct {
+        int (*rule)();
+        const char *reason;
+    } reasons[] = {
+        {has_tex_file, "No document was typeset yet, or it has gone."},
+        {has_last_command, "No command was run yet."},
+        {has_bib_file, "There is no .aux file beside the current document."},
+        {has_dvi_file, "There is no DVI file beside the current document."},
+        {has_ps_file, "There is no PostScript file beside the current document."},
+        {has_pdf_file, "There is no PDF file beside the current document."},
+    };
+    if (forceQuit)
+        return "After a serious error Quillon can only be quit.";
+    if (!has_effect(row) && !row.submenu)
+        return "The text of the console cannot be changed.";
+    for (const auto &entry : reasons)
+        if (row.enabled == entry.rule && !row.enabled())
+            return entry.reason;
+    return nullptr;
 }
 
 int is_checked(const Command &row) {

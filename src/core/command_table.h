@@ -22,6 +22,7 @@ enum : std::int16_t {
     menu_transfer = 200,
     menu_delete = 201,
     menu_change = 202,
+    menu_help = 300,
 };
 
 // The item numbers of each menu, from 1. Menus that the shell fills while it runs have none here.
@@ -68,6 +69,7 @@ enum : std::int16_t {
     edit_eight_bit = 11,
     edit_info = 13,
     edit_config = 15,
+    edit_find = 16,
 
     build_pdftex = 1,
     build_pdflatex = 2,
@@ -94,7 +96,9 @@ enum : std::int16_t {
     mpformat_plain = 1,
     mpformat_latex = 2,
 
-    transfer_add = 1,
+    help_manual = 1,
+    help_keys = 2,
+    help_messages = 3,
 };
 
 inline constexpr const char *separator_title = "(-";
@@ -134,6 +138,8 @@ int has_effect(const Command &row);
 // 1 when the row's item is to be checked now, from its setting's value or its `marked` procedure; 0 for rows
 // that have neither.
 int is_checked(const Command &row);
+// Returns a sentence on why the row's item cannot be chosen now; null when it can, or when nothing is known.
+const char *why_grey(const Command &row);
 // Carries the row out: changes its setting, then calls its procedure with ITEM, the number of the item that
 // the person chose. Does nothing for a row without effect.
 void choose(const Command &row, std::int16_t item);

@@ -4,7 +4,12 @@
 
 #include "console/output.h"
 #include "console/window.h"
+#include "core/command_table.h"
+#include "dialogs/applications.h"
+#include "dialogs/command_line.h"
+#include "dialogs/dvips.h"
 #include "dialogs/message_windows.h"
+#include "dialogs/options.h"
 #include "files/signatures.h"
 #include "files/streams.h"
 #include "front/front.h"
@@ -15,6 +20,7 @@
 #include "settings/settings.h"
 #include "state/job_state.h"
 #include "tools/processes.h"
+#include "tools/tool_runs.h"
 #include "viewers/viewers.h"
 
 namespace quillon {
@@ -47,6 +53,43 @@ void command_repeat(std::int16_t) {
         DoMenuPdfTeX(1);
     else
         DoMenuTeX(1);
+}
+
+void command_bibtex(std::int16_t) {
+    RunBibTeX(mybibfile.c_str());
+}
+
+void command_dvips(std::int16_t) {
+    RunDvips(mydvifile.c_str());
+}
+
+void command_ps2pdf(std::int16_t) {
+    RunPs2pdf(1);
+}
+
+void command_pdftex_options(std::int16_t) {
+    pdftex_options();
+}
+
+void command_applications(std::int16_t) {
+    SetTools();
+}
+
+void command_bibtex_options(std::int16_t) {
+    GetBibtex8OptionString();
+}
+
+void command_dvips_options(std::int16_t) {
+    GetAllDvipsOptions();
+}
+
+void command_font_size(std::int16_t) {
+    get_fontsize();
+}
+
+void command_find_text(std::int16_t) {
+    if (front->find_text)
+        front->find_text();
 }
 
 void command_view_dvi(std::int16_t) {
@@ -139,6 +182,29 @@ void choose_recent(std::int16_t item) {
         ShowFullRecentPaths();
     else if (item < count - 2)
         typeset_recent(item);
+}
+
+void help(std::int16_t item) {
+    ShowResourceText(item == help_manual ? "help_manual" : "help_messages");
+}
+
+void help_with_keys(std::int16_t) {
+    BoundedString<256> text;
+    ml_printf("\nKEYS\n\n");
+    for (int i = 0; i < command_count; i++) {
+        const Command &row = command_table[i];
+        const MenuHandle menu = GetMenuHandle(row.menu);
+        if (row.key && has_effect(row) && HasItsKey(menu, row.item))
+            ml_printf("Ctrl+%c          %s > %s\n", row.key, GetMenuTitle(menu), row.title);
+    }
+    for (std::int16_t item = 1; item <= CountMenuItems(transferMenu); item++)
+        if (HasItsKey(transferMenu, item) && GetMenuItemText(transferMenu, item, text))
+            ml_printf("Ctrl+%c          Transfer > %s\n", GetItemCmd(transferMenu, item), text.c_str());
+    ml_printf("Escape, Ctrl+.  cancel a run\n");
+    if (front->find_text)
+        ml_printf("F3, Shift+F3    the next and the previous hit in the console\n"
+                  "Ctrl++, Ctrl+-  larger and smaller text in the console; Ctrl+0 as it was\n");
+    ml_printf("\n");
 }
 
 int has_tex_file() {

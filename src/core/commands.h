@@ -16,6 +16,19 @@ void command_leave(std::int16_t item);
 void command_typeset_chosen(std::int16_t item);
 void command_typeset_current(std::int16_t item);
 void command_repeat(std::int16_t item);
+// Run BibTeX and dvips on the current .aux and DVI file, and open the current PostScript file in the
+// converter to PDF.
+void command_bibtex(std::int16_t item);
+void command_dvips(std::int16_t item);
+void command_ps2pdf(std::int16_t item);
+// Show the dialogs for the options of pdfTeX, bibtex8 and dvips, for the applications, and for the font size.
+void command_pdftex_options(std::int16_t item);
+void command_bibtex_options(std::int16_t item);
+void command_dvips_options(std::int16_t item);
+void command_applications(std::int16_t item);
+void command_font_size(std::int16_t item);
+// Shows the bar that finds text in the console, where there is a window.
+void command_find_text(std::int16_t item);
 // Open the current DVI, PostScript or PDF file in its viewer.
 void command_view_dvi(std::int16_t item);
 void command_view_ps(std::int16_t item);
@@ -40,6 +53,11 @@ void choose_font(std::int16_t item);
 // Carries out an item of the Recent Files menu: typesets a file, switches between full paths and names, or
 // removes all files. A file that cannot be opened is taken out of the menu when the person confirms.
 void choose_recent(std::int16_t item);
+
+// Print the text of the Help menu's item in the console: the manual or the meaning of messages, and the list
+// of all keys.
+void help(std::int16_t item);
+void help_with_keys(std::int16_t item);
 
 // Enabling rules: 1 when the job state holds the file or command line that the item needs, else 0.
 int has_tex_file();

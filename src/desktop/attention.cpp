@@ -19,7 +19,7 @@ namespace {
 
 // People do something else during a run of at least this many milliseconds; a moment after its end the tool's
 // own window has gone.
-constexpr int long_run = 5000, moment = 500;
+constexpr int long_run = 10000, moment = 500;
 
 std::uint32_t notification = 0; // 0: none is shown
 bool wanted = false;

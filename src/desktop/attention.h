@@ -6,7 +6,7 @@ namespace quillon::desktop {
 
 // Shows a desktop notification and marks the window as urgent (1), or takes the notification back (0).
 void notify(int on);
-// To be called when a run begins and ends. When one of five seconds or more ends while another application is
+// To be called when a run begins and ends. When one of ten seconds or more ends while another application is
 // in front, the person is notified once.
 void run_begins();
 void run_ends();

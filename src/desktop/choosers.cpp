@@ -1,5 +1,6 @@
 #include "desktop/choosers.h"
 
+#include <QApplication>
 #include <QFileDialog>
 #include <QFileSystemModel>
 
@@ -80,6 +81,8 @@ void prepare_file_dialog(QFileDialog &dialog, const NavRequest &request) {
 int run_chooser(const NavRequest &request, QWidget *parent, BoundedBuffer &posix_path) {
     if (LeaveRequested())
         return 0;
+    if (QWidget *const modal = QApplication::activeModalWidget())
+        parent = modal;
     QString chosen;
     if (request.kind == navChooseApplication) {
         chosen = choose_application(request, parent);

@@ -31,7 +31,8 @@ class ShownFiles : public QSortFilterProxyModel {
 bool request_shows(const NavRequest &request, const QString &path);
 // The name filter of the toolkit, "TEXT (*.EXTENSION)", for an entry of the filter pop-up.
 QString name_filter(const NavMenuItem &item);
-// Runs the chooser for the request over PARENT (may be null), as NavRun does.
+// Runs the chooser for the request, as NavRun does, over the modal window that is open, else over PARENT (may
+// be null).
 int run_chooser(const NavRequest &request, QWidget *parent, BoundedBuffer &posix_path);
 // Runs the list of applications and gives the absolute POSIX path of the choice; empty when it was cancelled.
 QString choose_application(const NavRequest &request, QWidget *parent);

@@ -36,13 +36,56 @@ void ConsoleAccess::refresh() const {
         QAccessibleTextCursorEvent cursor(view_, static_cast<int>(text.size()));
         QAccessible::updateAccessibility(&cursor);
     }
+    const bool empty = !view_->store() || view_->store()->size() == 0;
+    if (empty != was_empty_) {
+        was_empty_ = empty;
+        QAccessibleEvent event(view_, QAccessible::DescriptionChanged);
+        QAccessible::updateAccessibility(&event);
+    }
+    tell_selection();
+}
+
+void ConsoleAccess::tell_selection() const {
+    const ByteRange selected = view_->selection();
+    if (selected == told_)
+        return;
+    told_ = selected;
+    QAccessibleTextSelectionEvent event(view_, offset_of(selected.start), offset_of(selected.end));
+    QAccessible::updateAccessibility(&event);
+}
+
+// The offset in the spoken text of a byte of the console's text; the nearest one for a byte outside of it.
+int ConsoleAccess::offset_of(std::size_t byte) const {
+    const TextStore *const store = view_->store();
+    if (!store)
+        return 0;
+    const std::size_t segment = store->segment_at(byte), first = spoken_.first_segment();
+    if (segment < first)
+        return 0;
+    if (segment >= first + spoken_.segment_count())
+        return static_cast<int>(spoken_.text().size());
+    char bytes[TextStore::segment_limit];
+    const TextStore::Segment whole = store->segment(segment);
+    const std::size_t size = store->copy(whole.start, std::min(byte, whole.end), bytes, sizeof bytes);
+    return static_cast<int>(spoken_.start_of(segment)) + static_cast<int>(shown_size(bytes, size));
+}
+
+std::size_t ConsoleAccess::byte_of(int offset) const {
+    const TextStore *const store = view_->store();
+    const int within = std::clamp(offset, 0, static_cast<int>(spoken_.text().size()));
+    const std::size_t segment = spoken_.segment_of(within);
+    char bytes[TextStore::segment_limit];
+    const TextStore::Segment whole = store->segment(segment);
+    const std::size_t size = store->copy(whole.start, whole.end, bytes, sizeof bytes);
+    return whole.start +
+           bytes_of_shown(bytes, size, static_cast<std::size_t>(within - spoken_.start_of(segment)));
 }
 
 QAccessible::State ConsoleAccess::state() const {
     QAccessible::State state = QAccessibleWidget::state();
     state.readOnly = true;
     state.multiLine = true;
-    state.selectableText = false;
+    state.selectableText = view_->select_text();
     return state;
 }
 
@@ -52,8 +95,31 @@ void *ConsoleAccess::interface_cast(QAccessible::InterfaceType type) {
     return QAccessibleWidget::interface_cast(type);
 }
 
+int ConsoleAccess::selectionCount() const {
+    return view_->selection().empty() ? 0 : 1;
+}
+
 void ConsoleAccess::selection(int, int *start, int *end) const {
-    *start = *end = 0;
+    spoken();
+    const ByteRange selected = view_->selection();
+    *start = selected.empty() ? 0 : offset_of(selected.start);
+    *end = selected.empty() ? 0 : offset_of(selected.end);
+}
+
+void ConsoleAccess::addSelection(int start, int end) {
+    setSelection(0, start, end);
+}
+
+void ConsoleAccess::removeSelection(int) {
+    if (view_->select_text())
+        view_->clear_selection();
+}
+
+void ConsoleAccess::setSelection(int, int start, int end) {
+    if (!view_->select_text() || !view_->store())
+        return;
+    spoken();
+    view_->select({byte_of(std::min(start, end)), byte_of(std::max(start, end))});
 }
 
 int ConsoleAccess::cursorPosition() const {
@@ -61,7 +127,10 @@ int ConsoleAccess::cursorPosition() const {
 }
 
 QString ConsoleAccess::text(QAccessible::Text kind) const {
-    return kind == QAccessible::Value ? spoken().text() : QAccessibleWidget::text(kind);
+    if (kind == QAccessible::Value)
+        return spoken().text();
+    const bool empty = !view_->store() || view_->store()->size() == 0;
+    return kind == QAccessible::Description && empty ? ConsoleView::hint() : QAccessibleWidget::text(kind);
 }
 
 QString ConsoleAccess::text(int start, int end) const {

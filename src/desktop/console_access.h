@@ -4,6 +4,7 @@
 
 #include <QAccessibleWidget>
 
+#include "desktop/console_selection.h"
 #include "desktop/spoken_text.h"
 
 namespace quillon::desktop {
@@ -11,13 +12,14 @@ namespace quillon::desktop {
 class ConsoleView;
 
 // The console's accessible interface. Offsets are characters (UTF-16) of its text, which is the part of the
-// console's text that SpokenText keeps; there is no selection and the text cannot be changed.
+// console's text that SpokenText keeps; the text cannot be changed. A selection that begins or ends outside
+// of that part counts as far as it lies within.
 class ConsoleAccess : public QAccessibleWidget, public QAccessibleTextInterface {
   public:
     // VIEW must last longer than this interface.
     explicit ConsoleAccess(ConsoleView *view);
 
-    // Brings the text up to date and tells listeners what changed.
+    // Brings the text and the selection up to date and tells listeners what changed.
     void refresh() const;
 
     // The procedures of the toolkit's interface. The caret stands at the end of the text. A rectangle is in
@@ -25,10 +27,10 @@ class ConsoleAccess : public QAccessibleWidget, public QAccessibleTextInterface 
     QAccessible::State state() const override;
     void *interface_cast(QAccessible::InterfaceType type) override;
     void selection(int index, int *start, int *end) const override;
-    int selectionCount() const override { return 0; }
-    void addSelection(int, int) override {}
-    void removeSelection(int) override {}
-    void setSelection(int, int, int) override {}
+    int selectionCount() const override;
+    void addSelection(int start, int end) override;
+    void removeSelection(int index) override;
+    void setSelection(int index, int start, int end) override;
     int cursorPosition() const override;
     void setCursorPosition(int) override {}
     QString text(QAccessible::Text kind) const override;
@@ -41,9 +43,14 @@ class ConsoleAccess : public QAccessibleWidget, public QAccessibleTextInterface 
 
   private:
     const SpokenText &spoken() const;
+    int offset_of(std::size_t byte) const;
+    std::size_t byte_of(int offset) const;
+    void tell_selection() const;
 
     ConsoleView *const view_;
     mutable SpokenText spoken_;
+    mutable ByteRange told_; // the selection that listeners know
+    mutable bool was_empty_ = true;
 };
 
 // Tells the toolkit how to make the interface of a console view, which it does when a listener asks for it.

@@ -1,12 +1,15 @@
 #include "desktop/console_view.h"
 
 #include <QApplication>
-#include <QClipboard>
+#include <QFontDatabase>
+#include <QFontInfo>
+#include <QFontMetricsF>
 #include <QPainter>
 #include <QScrollBar>
 #include <QStyleOptionFocusRect>
 #include <QWindow>
 #include <algorithm>
+#include <cmath>
 #include <ctime>
 
 #include "desktop/console_access.h"
@@ -22,7 +25,8 @@ constexpr std::size_t layout_bytes = 1 << 18;
 constexpr std::size_t layout_cost = 64; // bytes that an empty layout counts as
 // The steps of the scroll bar for each segment, and the number of segments from which there is only one.
 constexpr std::size_t fine_steps = 64, fine_segments = 1 << 24;
-constexpr int caret_width = 2;
+constexpr int caret_width = 2, hint_margin = 24;
+constexpr int smallest_font = 4, largest_font = 144;
 
 // The time in milliseconds, from a coarse clock that is cheap to read.
 std::int64_t coarse_now() {
@@ -35,7 +39,24 @@ std::size_t steps_of(const TextStore &store) {
     return store.segments() < fine_segments ? fine_steps : 1;
 }
 
+bool is_fixed_width(const QFont &font) {
+    const QFontMetricsF measured(font);
+    return std::abs(measured.horizontalAdvance(u'i') - measured.horizontalAdvance(u'W')) < 0.01;
+}
+
 } // namespace
+
+QFont fixed_width_font(const QFont &wanted) {
+    if (is_fixed_width(wanted))
+        return wanted;
+    for (const QString &family : QFontDatabase::families(QFontDatabase::Latin)) {
+        QFont font = wanted;
+        font.setFamilies({family});
+        if (QFontDatabase::isFixedPitch(family) && is_fixed_width(font))
+            return font;
+    }
+    return wanted;
+}
 
 ConsoleView::ConsoleView(QWidget *parent) : QAbstractScrollArea(parent) {
     setFocusPolicy(Qt::StrongFocus);
@@ -62,6 +83,7 @@ ConsoleView::~ConsoleView() = default;
 
 void ConsoleView::attach(TextStore *store) {
     store_ = store;
+    selection_.clear();
     drop_layouts();
     top_ = {};
     at_end_ = true;
@@ -70,15 +92,32 @@ void ConsoleView::attach(TextStore *store) {
 }
 
 void ConsoleView::set_text_font(const QFont &font) {
+    set_font_ = font;
+    zoom(0);
+}
+
+void ConsoleView::zoom(int steps) {
+    QFont font = set_font_;
+    if (steps != 0) {
+        font = metrics_.font;
+        font.setPointSize(std::clamp(QFontInfo(font).pointSize() + steps, smallest_font, largest_font));
+    }
     metrics_.set_font(font);
-    drop_layouts();
-    mark_stale();
+    lay_out_anew();
 }
 
 void ConsoleView::set_margin(int margin) {
     margin_ = margin;
     metrics_.set_width(viewport()->width() - 2 * margin_);
+    lay_out_anew();
+}
+
+// Lays the text out by the measures of now; the first character that is seen stays in the first row.
+void ConsoleView::lay_out_anew() {
+    const bool known = store_ && generation_ == store_->generation();
+    const std::size_t top = known ? top_offset() : 0;
     drop_layouts();
+    top_ = known ? place_at(top) : Place{};
     mark_stale();
 }
 
@@ -192,7 +231,10 @@ void ConsoleView::settle() {
     if (at_end_ || top_ > end)
         top_ = end;
     update_bar(end);
+    selection_.clear_if_outdated(*store_);
     tell_assistive_technology(this);
+    if (changed_)
+        changed_();
 }
 
 void ConsoleView::go_to(Place place) {
@@ -238,12 +280,7 @@ void ConsoleView::scrollContentsBy(int, int) {
 
 void ConsoleView::resizeEvent(QResizeEvent *) {
     metrics_.set_width(viewport()->width() - 2 * margin_);
-    drop_layouts();
-    if (store_) {
-        const int rows = layout_of(top_.segment).rows();
-        top_.row = std::min(top_.row, rows - 1);
-    }
-    mark_stale();
+    lay_out_anew();
 }
 
 void ConsoleView::paintEvent(QPaintEvent *event) {
@@ -253,21 +290,12 @@ void ConsoleView::paintEvent(QPaintEvent *event) {
     painter.setPen(palette().color(QPalette::Text));
     if (store_) {
         settle();
-        const int bottom = viewport()->height() - margin_;
-        qreal y = margin_;
-        int row = top_.row;
-        for (std::size_t segment = top_.segment; segment < store_->segments() && y < bottom;
-             ++segment, row = 0) {
-            const SegmentLayout &layout = layout_of(segment);
-            for (; row < layout.rows() && y + metrics_.row_height <= bottom + 1;
-                 ++row, y += metrics_.row_height)
-                layout.draw(painter, row, QPointF(margin_, y));
-            if (row < layout.rows())
-                break;
-        }
+        draw_rows(painter);
         if (caret_shown_ && caret_on_)
             painter.fillRect(caret_rect(), palette().color(QPalette::Text));
     }
+    if (!store_ || store_->size() == 0)
+        draw_hint(painter);
     if (keyboard_focus_ && hasFocus()) {
         QStyleOptionFocusRect option;
         option.initFrom(viewport());
@@ -276,6 +304,32 @@ void ConsoleView::paintEvent(QPaintEvent *event) {
         style()->drawPrimitive(QStyle::PE_FrameFocusRect, &option, &painter, this);
     }
     painted_at_ = coarse_now();
+}
+
+void ConsoleView::draw_rows(QPainter &painter) {
+    const std::vector<ByteRange> hits = visible_hits();
+    const int bottom = viewport()->height() - margin_;
+    qreal y = margin_;
+    Place place = top_;
+    for (; place.segment < store_->segments() && y < bottom; place = {place.segment + 1, 0}) {
+        const int rows = layout_of(place.segment).rows();
+        for (; place.row < rows && y + metrics_.row_height <= bottom + 1;
+             ++place.row, y += metrics_.row_height)
+            draw_row(painter, place, QPointF(margin_, y), hits);
+        if (place.row < rows)
+            break;
+    }
+}
+
+QString ConsoleView::hint() {
+    return tr("Choose File > Typeset File... (Ctrl+O) to typeset a document.");
+}
+
+void ConsoleView::draw_hint(QPainter &painter) {
+    painter.setFont(font());
+    painter.setPen(palette().color(QPalette::PlaceholderText));
+    const QRect area = viewport()->rect().adjusted(hint_margin, hint_margin, -hint_margin, -hint_margin);
+    painter.drawText(area, Qt::AlignCenter | Qt::TextWordWrap, hint());
 }
 
 QRect ConsoleView::caret_rect() {
@@ -324,20 +378,10 @@ void ConsoleView::blink_caret() {
     viewport()->update(caret_rect());
 }
 
-void ConsoleView::copy_all() const {
-    if (!store_)
-        return;
-    QByteArray bytes(static_cast<qsizetype>(store_->size()), Qt::Uninitialized);
-    store_->copy(0, store_->size(), bytes.data(), store_->size());
-    bytes.replace('\r', '\n');
-    if (space_char > 0 && space_char < 0x80)
-        bytes.replace(static_cast<char>(space_char), ' ');
-    QGuiApplication::clipboard()->setText(QString::fromUtf8(bytes));
-}
-
 void ConsoleView::changeEvent(QEvent *event) {
     QAbstractScrollArea::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::StyleChange)
+    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::StyleChange ||
+        event->type() == QEvent::ActivationChange)
         viewport()->update();
 }
 

@@ -1,19 +1,29 @@
 // The console on screen: a scrolling text view over the text store that lays out only what is seen.
 //
-// The view stays at the end of the text unless the person has scrolled up. Text wraps at the view's edge. The
-// mouse selects nothing: a click becomes an event for the shell.
+// The view stays at the end of the text unless the person has scrolled up. Text wraps at the view's edge. A
+// click becomes an event for the shell. Where the shell allows it, mouse and keyboard also select text; that
+// selection is the view's own, and the place where text is inserted stays at the end.
 #ifndef QUILLON_DESKTOP_CONSOLE_VIEW_H
 #define QUILLON_DESKTOP_CONSOLE_VIEW_H
 
 #include <QAbstractScrollArea>
+#include <QBasicTimer>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <unordered_map>
 
+#include "desktop/console_selection.h"
 #include "desktop/segment_layout.h"
 #include "front/text_store.h"
 
 namespace quillon::desktop {
+
+class ConsoleSearch;
+
+// The font WANTED when all its characters are equally wide, else the first installed family of which that
+// holds; WANTED where there is none.
+QFont fixed_width_font(const QFont &wanted);
 
 class ConsoleView : public QAbstractScrollArea {
   public:
@@ -34,6 +44,9 @@ class ConsoleView : public QAbstractScrollArea {
     const TextStore *store() const { return store_; }
     // Sets the font of the text.
     void set_text_font(const QFont &font);
+    // Makes the text STEPS points larger (smaller when negative) than it is, or gives it the size of the font
+    // that was set (0).
+    void zoom(int steps);
     // Sets the distance of the text from the edges, in pixels.
     void set_margin(int margin);
     // Says that the text has grown, which the next paint shows.
@@ -50,9 +63,30 @@ class ConsoleView : public QAbstractScrollArea {
     void blink_caret();
     // Says whether commands can be chosen. While they cannot, the view itself copies the text on Ctrl+C.
     void set_commands_admitted(bool admitted) { commands_admitted_ = admitted; }
-    // Puts the whole text on the clipboard, with line feeds, and blanks for the shell's substitute of a
-    // blank.
+    bool commands_admitted() const { return commands_admitted_; }
+    // Puts the text that the person selected on the clipboard, or the whole text when nothing is selected;
+    // with line feeds, and blanks for the shell's substitute of a blank.
     void copy_all() const;
+
+    // Lets the person select text, or takes the selection away and ignores what would select (as at first).
+    void set_select_text(bool on);
+    bool select_text() const { return select_text_; }
+    // The bytes that are marked; START and END are equal when there are none. select marks a range whether
+    // the person may select or not, and scrolls to it.
+    ByteRange selection() const { return store_ ? selection_.range(*store_) : ByteRange{}; }
+    void select(ByteRange range);
+    void select_all();
+    void clear_selection();
+    // The text of a range as it goes to the clipboard.
+    QString text_of(ByteRange range) const;
+    // The offset of the first byte that is seen.
+    std::size_t top_offset();
+    // Tints the hits of SEARCH, which must last longer than the view shows them (null: none).
+    void show_hits(const ConsoleSearch *search);
+    // Has PROCEDURE called whenever the view has taken up a change of the text or of the selection.
+    void on_change(std::function<void()> procedure) { changed_ = std::move(procedure); }
+    // What stands in the place of the text while there is none.
+    static QString hint();
 
     // True while the view stays at the end of the text; the first visible row; the number of rows that fit.
     bool at_end() const { return at_end_; }
@@ -87,6 +121,10 @@ class ConsoleView : public QAbstractScrollArea {
     void inputMethodEvent(QInputMethodEvent *event) override;
     QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
     void mousePressEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void timerEvent(QTimerEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
     void changeEvent(QEvent *event) override;
     void focusInEvent(QFocusEvent *event) override;
@@ -103,7 +141,27 @@ class ConsoleView : public QAbstractScrollArea {
     void go_to(Place place);
     void update_bar(Place end);
     QRect caret_rect();
+    void lay_out_anew();
     bool scroll_by_key(const QKeyEvent *event);
+
+    Place place_at(std::size_t offset);
+    qsizetype index_at(std::size_t segment, std::size_t offset) const;
+    std::size_t offset_in(Place place, qsizetype index) const;
+    std::size_t offset_in_row(Place place, qreal x, bool nearest);
+    std::size_t offset_at_point(QPoint point, bool nearest);
+    void show_offset(std::size_t offset, int rows_above, int rows_below);
+    void selection_changed();
+    void draw_rows(QPainter &painter);
+    void draw_row(QPainter &painter, Place place, QPointF at, const std::vector<ByteRange> &hits);
+    void draw_hint(QPainter &painter);
+    std::vector<ByteRange> visible_hits();
+    QRectF range_rect(Place place, QPointF at, ByteRange range);
+    void press(const QMouseEvent *event, SelectionUnit unit);
+    void drag_to(QPoint point);
+    bool select_by_key(const QKeyEvent *event);
+    std::size_t keyboard_start();
+    std::size_t moved_by_key(const QKeyEvent *event, std::size_t from);
+    std::size_t moved_by_rows(std::size_t from, int rows);
 
     TextStore *store_ = nullptr;
     TextMetrics metrics_;
@@ -114,6 +172,17 @@ class ConsoleView : public QAbstractScrollArea {
     bool at_end_ = true, stale_ = false, settling_ = false, commands_admitted_ = true;
     bool caret_shown_ = false, caret_on_ = false, keyboard_focus_ = false;
     std::int64_t painted_at_ = 0, blinked_at_ = 0;
+    ConsoleSelection selection_;
+    SelectionUnit unit_ = SelectionUnit::character; // what the mouse selects by
+    bool select_text_ = false, dragging_ = false, was_empty_ = true;
+    bool at_row_end_ = false; // the selection's moving end stands at the end of a row, not before the next
+    qreal goal_x_ = -1;       // where keys that move by rows began; negative for nowhere
+    QPoint pressed_at_, drag_at_;
+    std::uint64_t double_clicked_at_ = 0;
+    QBasicTimer drag_timer_;
+    const ConsoleSearch *hits_shown_ = nullptr;
+    std::function<void()> changed_;
+    QFont set_font_; // as the shell set it; the person may have made the text larger or smaller since
 };
 
 } // namespace quillon::desktop

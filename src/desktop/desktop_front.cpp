@@ -10,9 +10,9 @@
 #include "desktop/attention.h"
 #include "desktop/choosers.h"
 #include "desktop/console_access.h"
+#include "desktop/dialogs.h"
 #include "desktop/event_pump.h"
 #include "desktop/main_window.h"
-#include "desktop/message_windows.h"
 #include "front/front.h"
 #include "linux/events/loop.h"
 #include "widgets/display.h"
@@ -48,6 +48,7 @@ void commands_admitted(int admitted) {
         run_ends();
     else
         run_begins();
+    main_window()->set_busy(admitted == 0);
     main_window()->menus().set_commands_admitted(admitted != 0);
     console()->set_commands_admitted(admitted != 0);
 }
@@ -120,10 +121,6 @@ void set_cursor(CursorShape shape) {
     console()->viewport()->setCursor(cursor);
 }
 
-int message_window(const char *name) {
-    return run_message_window(name, main_window());
-}
-
 int navigate(const NavRequest *request, BoundedBuffer &posix_path) {
     return run_chooser(*request, main_window(), posix_path);
 }
@@ -140,7 +137,7 @@ int font_installed(const char *family) {
 void text_font(const char *family, int size) {
     if (!console())
         return;
-    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    QFont font = fixed_width_font(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     if (font_installed(family))
         font = QFont(QString::fromUtf8(family));
     font.setPointSize(std::clamp(size, smallest_font, largest_font));
@@ -163,7 +160,8 @@ void text_selection(int shown) {
 }
 
 void text_focus(int focus, int) {
-    if (focus == 1 && console() && !console()->hasFocus())
+    // The bar that finds text keeps the keyboard while the person types into it.
+    if (focus == 1 && console() && !console()->hasFocus() && !main_window()->finds())
         console()->setFocus();
 }
 
@@ -180,13 +178,31 @@ void text_margin(int margin) {
         view->set_margin(margin);
 }
 
+void text_selectable(int on) {
+    if (ConsoleView *const view = console())
+        view->set_select_text(on != 0);
+}
+
+void find_text() {
+    if (main_window())
+        main_window()->find_bar()->open();
+}
+
 void copy_text() {
     if (ConsoleView *const view = console())
         view->copy_all();
 }
 
+// The installed families, those of a fixed width first.
+QStringList ordered_families() {
+    QStringList families = QFontDatabase::families();
+    std::stable_partition(families.begin(), families.end(),
+                          [](const QString &name) { return QFontDatabase::isFixedPitch(name); });
+    return families;
+}
+
 int font_family(int index, BoundedBuffer &family) {
-    static const QStringList families = QFontDatabase::families();
+    static const QStringList families = ordered_families();
     if (index < 0 || index >= families.size())
         return 0;
     const QByteArray name = families[index].toUtf8();
@@ -215,7 +231,17 @@ constexpr Front desktop_front = {
     .set_cursor = set_cursor,
     .beep = QApplication::beep,
     .notify = notify,
-    .message_window = message_window,
+    .new_dialog = new_dialog,
+    .dispose_dialog = dispose_dialog,
+    .run_dialog = run_dialog,
+    .end_dialog = end_dialog,
+    .show_sheet = show_sheet,
+    .set_control_text = set_control_text,
+    .control_text = control_text,
+    .set_control_value = set_control_value,
+    .control_value = control_value,
+    .select_control = select_control,
+    .control_bounds = control_bounds,
     .navigate = navigate,
     .text_attach = text_attach,
     .text_font = text_font,
@@ -229,6 +255,8 @@ constexpr Front desktop_front = {
     .text_margin = text_margin,
     .copy_text = copy_text,
     .font_family = font_family,
+    .text_selectable = text_selectable,
+    .find_text = find_text,
 };
 
 void sync_menus() {

@@ -1,8 +1,12 @@
 #include "desktop/main_window.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QGuiApplication>
+#include <QLabel>
 #include <QMenuBar>
+#include <QShortcut>
+#include <QVBoxLayout>
 #include <algorithm>
 #include <limits>
 
@@ -13,6 +17,7 @@ namespace quillon::desktop {
 namespace {
 
 constexpr int smallest_width = 160, smallest_height = 80;
+constexpr int busy_moment = 400; // milliseconds; a shorter run is not marked
 
 MainWindow *the_window = nullptr;
 
@@ -28,12 +33,62 @@ bool places_windows_itself() {
 
 } // namespace
 
-MainWindow::MainWindow(const QString &title) : console_(new ConsoleView(this)), menus_(menuBar()) {
+MainWindow::MainWindow(const QString &title)
+    : content_(new QWidget(this)), console_(new ConsoleView(content_)),
+      find_bar_(new FindBar(console_, content_)), menus_(menuBar()) {
     setWindowTitle(title);
-    setCentralWidget(console_);
+    auto *const column = new QVBoxLayout(content_);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(console_, 1);
+    column->addWidget(find_bar_);
+    setCentralWidget(content_);
+    make_zoom_keys();
     setContextMenuPolicy(Qt::NoContextMenu);
     console_->setMinimumSize(smallest_width, smallest_height);
     console_->setFocus();
+}
+
+// Marks a run that lasts a moment in the corner of the menu bar.
+void MainWindow::set_busy(bool busy) {
+    if (!busy_) {
+        busy_ = new QLabel(tr("Running…  "), menuBar());
+        busy_->setForegroundRole(QPalette::PlaceholderText);
+        busy_->hide();
+        menuBar()->setCornerWidget(busy_);
+        busy_delay_.setSingleShot(true);
+        busy_delay_.setInterval(busy_moment);
+        connect(&busy_delay_, &QTimer::timeout, busy_, [this] {
+            // While the run still asks for its file nothing runs.
+            if (QApplication::activeModalWidget())
+                busy_delay_.start();
+            else
+                busy_->show();
+        });
+    }
+    if (busy) {
+        busy_delay_.start();
+        return;
+    }
+    busy_delay_.stop();
+    busy_->hide();
+}
+
+// The keys that size the text are the window's own, so they work while no command can be chosen too.
+void MainWindow::make_zoom_keys() {
+    const auto add = [this](Qt::Key key, int steps) {
+        connect(new QShortcut(Qt::CTRL | key, this), &QShortcut::activated, console_,
+                [this, steps] { console_->zoom(steps); });
+    };
+    add(Qt::Key_Plus, 1);
+    add(Qt::Key_Equal, 1); // the key of the plus sign without Shift
+    add(Qt::Key_Minus, -1);
+    add(Qt::Key_0, 0);
+}
+
+bool MainWindow::finds() const {
+    const QWidget *const focus = focusWidget();
+    return find_bar_->isVisible() && focus && find_bar_->isAncestorOf(focus);
 }
 
 void MainWindow::place_content(const Rect &bounds) {
@@ -45,11 +100,11 @@ void MainWindow::place_content(const Rect &bounds) {
 }
 
 Rect MainWindow::content() const {
-    const QPoint at = console_->mapToGlobal(QPoint(0, 0));
+    const QPoint at = content_->mapToGlobal(QPoint(0, 0));
     const bool keeps = places_windows_itself();
     const int left = keeps ? placed_.left : at.x(), top = keeps ? placed_.top : at.y();
-    return {coordinate(top), coordinate(left), coordinate(top + console_->height()),
-            coordinate(left + console_->width())};
+    return {coordinate(top), coordinate(left), coordinate(top + content_->height()),
+            coordinate(left + content_->width())};
 }
 
 // Asks the shell to end instead of closing the window, so that it can end its run and save first.

@@ -1,12 +1,16 @@
-// The shell's one window: the menu bar over the console.
+// The shell's one window: the menu bar over the console, and under that the bar that finds text in it.
 #ifndef QUILLON_DESKTOP_MAIN_WINDOW_H
 #define QUILLON_DESKTOP_MAIN_WINDOW_H
 
 #include <QMainWindow>
+#include <QTimer>
 
 #include "desktop/console_view.h"
+#include "desktop/find_bar.h"
 #include "desktop/menu_mirror.h"
 #include "toolbox/types.h"
+
+class QLabel;
 
 namespace quillon::desktop {
 
@@ -18,17 +22,30 @@ class MainWindow : public QMainWindow {
     // The console and the menu bar, which belong to the window.
     ConsoleView *console() { return console_; }
     MenuMirror &menus() { return menus_; }
-    // Set and ask the console's rectangle, in global coordinates. It is at least 160 by 80 pixels. On a
-    // display that places windows itself, the answer has the place that was asked for.
+    // The bar that finds text; it belongs to the window.
+    FindBar *find_bar() { return find_bar_; }
+    // True while the keyboard is in that bar.
+    bool finds() const;
+    // Set and ask the rectangle of the console with the bar, in global coordinates. It is at least 160 by 80
+    // pixels. On a display that places windows itself, the answer has the place that was asked for.
     void place_content(const Rect &bounds);
     Rect content() const;
+
+    // Says (true) that a run is going on, or no longer.
+    void set_busy(bool busy);
 
   protected:
     void closeEvent(QCloseEvent *event) override;
     void changeEvent(QEvent *event) override;
 
   private:
+    void make_zoom_keys();
+
+    QWidget *const content_;
     ConsoleView *const console_;
+    FindBar *const find_bar_;
+    QLabel *busy_ = nullptr; // made when the first run begins
+    QTimer busy_delay_;
     MenuMirror menus_;
     Rect placed_{};
 };

@@ -1,9 +1,12 @@
 #include "desktop/menu_mirror.h"
 
 #include <QGuiApplication>
+#include <QHelpEvent>
 #include <QKeyEvent>
+#include <QToolTip>
 #include <algorithm>
 
+#include "core/command_table.h"
 #include "core/event_loop.h"
 #include "desktop/event_pump.h"
 #include "desktop/shell_text.h"
@@ -15,8 +18,9 @@ namespace {
 // A menu with more items than this scrolls; otherwise the toolkit would cover the screen with columns.
 constexpr std::int16_t long_menu = 30;
 
-// The title with a mnemonic: its first letter that is not among TAKEN, to which the letter is added.
-QString bar_title(const char *title, QString &taken) {
+// The text with an access key: its first letter that is not among TAKEN, to which the letter is added. Where
+// all are taken it has none.
+QString with_access_key(const char *title, QString &taken) {
     QString text = label_text(title);
     for (qsizetype i = 0; i < text.size(); ++i) {
         const QChar letter = text[i].toLower();
@@ -38,6 +42,7 @@ void MirrorMenu::mirror() {
     FillMenu(menu_);
     ChangeMenus();
     clear();
+    taken_.clear();
     for (QMenu *const submenu : submenus_)
         submenu->deleteLater();
     submenus_.clear();
@@ -60,9 +65,11 @@ void MirrorMenu::go_to_letter(QChar letter) {
     }
 }
 
-// True when an item that can be chosen begins with the letter.
+// True when an item that can be chosen begins with the letter, and none has it as its access key.
 bool MirrorMenu::has_letter(QChar letter) const {
     const QList<QAction *> items = actions();
+    if (taken_.contains(letter.toLower()))
+        return false;
     return std::any_of(items.begin(), items.end(), [letter](const QAction *item) {
         return item->isEnabled() && !item->isSeparator() &&
                item->text().startsWith(letter, Qt::CaseInsensitive);
@@ -78,6 +85,20 @@ void MirrorMenu::keyPressEvent(QKeyEvent *event) {
         QMenu::keyPressEvent(event);
 }
 
+// Says why a grey item is grey. The toolkit's own tips would repeat the text of every item.
+bool MirrorMenu::event(QEvent *event) {
+    if (event->type() != QEvent::ToolTip)
+        return QMenu::event(event);
+    const auto *const help = static_cast<QHelpEvent *>(event);
+    const QAction *const item = actionAt(help->pos());
+    if (item && !item->statusTip().isEmpty())
+        QToolTip::showText(help->globalPos(), item->statusTip(), this,
+                           actionGeometry(const_cast<QAction *>(item)));
+    else
+        QToolTip::hideText();
+    return true;
+}
+
 void MirrorMenu::add_item(std::int16_t item) {
     if (IsSeparator(menu_, item)) {
         addSeparator();
@@ -85,10 +106,13 @@ void MirrorMenu::add_item(std::int16_t item) {
     }
     BoundedString<1024> bytes;
     GetMenuItemText(menu_, item, bytes);
-    QString text = label_text(bytes.c_str());
+    // Names of files, formats and applications have no access keys: the letters go through them.
+    const Command *const row = find_command(GetMenuID(menu_), item);
+    const bool fixed = row && row->item == item;
+    QString text = fixed ? with_access_key(bytes.c_str(), taken_) : label_text(bytes.c_str());
     // The item only shows its key; the shell itself looks command keys up.
-    if (const char key = GetItemCmd(menu_, item))
-        text += QStringLiteral("\tCtrl+") + QChar::fromLatin1(key).toUpper();
+    if (HasItsKey(menu_, item))
+        text += QStringLiteral("\tCtrl+") + QChar::fromLatin1(GetItemCmd(menu_, item)).toUpper();
     QAction *action = nullptr;
     if (const std::int16_t submenu = GetMenuItemHierarchicalID(menu_, item)) {
         submenus_.append(new MirrorMenu(GetMenuHandle(submenu), this));
@@ -103,6 +127,8 @@ void MirrorMenu::add_item(std::int16_t item) {
         });
     }
     action->setEnabled(IsMenuItemEnabled(menu_, item) != 0);
+    const char *const reason = fixed && !action->isEnabled() ? why_grey(*row) : nullptr;
+    action->setStatusTip(reason ? QString::fromUtf8(reason) : QString());
     action->setCheckable(IsItemChecked(menu_, item) != 0);
     action->setChecked(IsItemChecked(menu_, item) != 0);
 }
@@ -128,7 +154,7 @@ void MenuMirror::sync() {
         QString taken;
         for (const MenuHandle handle : handles) {
             menus_.append(new MirrorMenu(handle, bar_));
-            menus_.last()->setTitle(bar_title(GetMenuTitle(handle), taken));
+            menus_.last()->setTitle(with_access_key(GetMenuTitle(handle), taken));
             bar_->addMenu(menus_.last());
         }
         handles_ = handles;

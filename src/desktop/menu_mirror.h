@@ -22,6 +22,7 @@ class MirrorMenu : public QMenu {
 
   protected:
     void keyPressEvent(QKeyEvent *event) override;
+    bool event(QEvent *event) override;
 
   private:
     bool has_letter(QChar letter) const;
@@ -30,6 +31,7 @@ class MirrorMenu : public QMenu {
 
     const MenuHandle menu_;
     QList<QMenu *> submenus_;
+    QString taken_; // the access keys of the items, in small letters
 };
 
 // All menus of the bar.

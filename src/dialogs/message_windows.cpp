@@ -2,25 +2,25 @@
 
 #include <cstdlib>
 
-#include "front/front.h"
+#include "dialogs/dialog.h"
 
 namespace quillon {
 
 void aboutApp() {
-    front->message_window("about box");
+    run_message("about box");
 }
 
 void DoQuit() {
-    front->message_window("Quit");
+    run_message("Quit");
     std::exit(0);
 }
 
 int ConfirmDelete() {
-    return front->message_window("ConfirmDelete");
+    return run_message("ConfirmDelete");
 }
 
 void longName() {
-    front->message_window("LongName");
+    run_message("LongName");
 }
 
 } // namespace quillon

@@ -13,6 +13,7 @@
 #include "state/job_scope.h"
 #include "state/job_state.h"
 #include "tools/tool_call.h"
+#include "tools/tool_runs.h"
 
 namespace quillon {
 
@@ -297,23 +298,27 @@ void doAppleEvent(const EventRecord *event) {
     }
 }
 
-// Refuses a document whose extension belongs to another tool than TeX.
-static void run_tool_on(const char *extension) {
-    ml_printf("Quillon cannot open %s files from outside.\n", extension);
+static void convert_document(const char *path) {
+    if (mypsfile.copy(path))
+        RunPs2pdf(1);
 }
 
 void doOpenDoc() {
     BoundedString<1024> folder, leaf;
     split_path(odocfile.c_str(), folder, leaf);
-    if (leaf.length() > 29) {
+    if (is_long_name(leaf.c_str())) {
         ml_printf("Filename \"%s\" is too long for Quillon.\n", leaf.c_str());
         odocfile.clear();
         return;
     }
-    static const char *const companions[] = {".dvi", ".aux", ".ps", ".idx", ".glo", ".mp"};
-    for (const char *const extension : companions)
-        if (has_extension(odocfile.c_str(), extension)) {
-            run_tool_on(extension);
+    static const struct {
+        const char *extension;
+        void (*run)(const char *path);
+    } companions[] = {{".dvi", RunDvips},         {".aux", RunBibTeX},        {".ps", convert_document},
+                      {".idx", RunOdocMakeIndex}, {".glo", RunOdocMakeIndex}, {".mp", RunOdocMetaPost}};
+    for (const auto &companion : companions)
+        if (has_extension(odocfile.c_str(), companion.extension)) {
+            companion.run(odocfile.c_str());
             return;
         }
     if (usePdfTeX)

@@ -9,14 +9,11 @@ namespace quillon {
 
 namespace {
 
-// Kept on purpose: longer names are refused, as the earliest file systems would.
-constexpr std::size_t name_limit = 29;
-
 int get_short_file(BoundedBuffer &name, std::int16_t *vref, std::int32_t *dir_id, const char *ext1,
                    const char *ext2, int text_flag, const char *prompt) {
     if (!nav_get_file(name, vref, dir_id, ext1, ext2, text_flag, prompt))
         return 0;
-    if (name.length() <= name_limit)
+    if (!is_long_name(name.c_str()))
         return 1;
     longName();
     return 0;

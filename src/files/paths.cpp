@@ -400,6 +400,16 @@ int chdir(const char *) {
     return 0;
 }
 
+int is_long_name(const char *name) {
+    // Kept on purpose: longer names are refused, as the earliest file systems would.
+    constexpr int most_characters = 29;
+    int count = 0;
+    for (; *name; name++)
+        if ((static_cast<unsigned char>(*name) & 0xC0) != 0x80)
+            count++;
+    return count > most_characters;
+}
+
 int split_path(const char *path, BoundedBuffer &folder, BoundedBuffer &leaf) {
     const std::string_view whole = path;
     const std::size_t slash = whole.rfind('/');

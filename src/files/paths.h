@@ -70,6 +70,8 @@ void SetSystemFontPath();
 char *mygetenv(const char *name);
 // Stands in for the library's procedure of this name, does nothing and returns 0.
 int chdir(const char *path);
+// 1 when the file name NAME has more than 29 characters (of one or more bytes each), else 0.
+int is_long_name(const char *name);
 // Splits PATH at its last "/": "/a/b/c" gives folder "/a/b" and leaf "c", and "c" gives an empty folder.
 // Returns 1, or 0 when a part does not fit.
 int split_path(const char *path, BoundedBuffer &folder, BoundedBuffer &leaf);

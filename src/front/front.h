@@ -6,6 +6,7 @@
 #include <cstddef>
 
 #include "toolbox/bounded.h"
+#include "toolbox/dialogs.h"
 #include "toolbox/events.h"
 #include "toolbox/menus.h"
 #include "toolbox/navigation.h"
@@ -52,9 +53,20 @@ struct Front {
     void (*beep)();
     // Asks for the person's attention (1), or takes the request back (0).
     void (*notify)(int on);
-    // Shows the message window of that name ("about box", "Quit", "ConfirmDelete", "LongName", "alert 900")
-    // until the person dismisses it: 1 by OK, 0 by Cancel.
-    int (*message_window)(const char *name);
+    // Dialogs (toolbox/dialogs.h, front/dialogs.h). NAME is one of the table's; the front derives what it
+    // makes from Dialog, and is only asked for controls that the table has. set_control_text shortens the
+    // text to the control's width when SHORTENED is 1; control_text then still gives the whole.
+    Dialog *(*new_dialog)(const char *name);
+    void (*dispose_dialog)(Dialog *dialog);
+    void (*run_dialog)(Dialog *dialog);
+    void (*end_dialog)(Dialog *dialog);
+    void (*show_sheet)(Dialog *dialog, int show);
+    void (*set_control_text)(Dialog *dialog, std::int16_t control, const char *text, int shortened);
+    int (*control_text)(Dialog *dialog, std::int16_t control, BoundedBuffer &text);
+    void (*set_control_value)(Dialog *dialog, std::int16_t control, int value);
+    int (*control_value)(Dialog *dialog, std::int16_t control);
+    void (*select_control)(Dialog *dialog, std::int16_t control);
+    int (*control_bounds)(Dialog *dialog, std::int16_t control, Rect *bounds);
     // Shows a chooser (toolbox/navigation.h).
     int (*navigate)(const NavRequest *request, BoundedBuffer &posix_path);
 
@@ -80,10 +92,15 @@ struct Front {
 
     // Sets the distance of the text from the window's edges, in pixels.
     void (*text_margin)(int margin) = nullptr;
-    // Puts the console's whole text on the clipboard; its lines end with line feeds there.
+    // Puts the text that the person selected in the console on the clipboard, the whole text when nothing is
+    // selected; its lines end with line feeds there.
     void (*copy_text)() = nullptr;
     // Copies the name of the installed font family number INDEX (from 0, by name): 1, or 0 past the end.
     int (*font_family)(int index, BoundedBuffer &family) = nullptr;
+    // Lets the person select text of the console (1), or ignores clicks in it (0, as at first).
+    void (*text_selectable)(int on) = nullptr;
+    // Shows the bar that finds text in the console.
+    void (*find_text)() = nullptr;
 };
 
 // The front in use, which the program sets before the shell starts.

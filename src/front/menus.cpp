@@ -25,6 +25,8 @@ struct Menu {
 static std::map<std::int16_t, Menu> menus;
 static std::vector<MenuHandle> bar;
 static std::uint32_t changes = 0;
+static MenuHandle first_keys = nullptr;
+static char excepted_key = 0;
 
 MenuHandle NewMenu(std::int16_t id, const char *title) {
     changes++;
@@ -206,12 +208,39 @@ static char folded(char key) {
     return key >= 'a' && key <= 'z' ? static_cast<char>(key - 'a' + 'A') : key;
 }
 
-std::int32_t MenuKey(char key) {
-    for (auto &[id, menu] : menus)
-        for (std::int16_t item = 1; item <= CountMenuItems(&menu); item++)
-            if (GetItemCmd(&menu, item) != 0 && folded(GetItemCmd(&menu, item)) == folded(key))
-                return IsMenuItemEnabled(&menu, item) ? static_cast<std::int32_t>(id) << 16 | item : 0;
+void SetMenuKeysFirst(MenuHandle menu, char except) {
+    first_keys = menu;
+    excepted_key = except;
+}
+
+// The choice that the key stands for in MENU, be it enabled or not; 0 when there is none.
+static std::int32_t key_in_menu(Menu &menu, char key) {
+    for (std::int16_t item = 1; item <= CountMenuItems(&menu); item++)
+        if (GetItemCmd(&menu, item) != 0 && folded(GetItemCmd(&menu, item)) == folded(key))
+            return static_cast<std::int32_t>(GetMenuID(&menu)) << 16 | item;
     return 0;
+}
+
+static std::int32_t choice_of_key(char key) {
+    std::int32_t choice = 0;
+    if (first_keys && folded(key) != folded(excepted_key))
+        choice = key_in_menu(*first_keys, key);
+    for (auto place = menus.begin(); choice == 0 && place != menus.end(); ++place)
+        choice = key_in_menu(place->second, key);
+    return choice;
+}
+
+std::int32_t MenuKey(char key) {
+    const std::int32_t choice = choice_of_key(key);
+    return IsMenuItemEnabled(GetMenuHandle(static_cast<std::int16_t>(choice >> 16)),
+                             static_cast<std::int16_t>(choice & 0xFFFF))
+               ? choice
+               : 0;
+}
+
+int HasItsKey(MenuHandle menu, std::int16_t item) {
+    const char key = GetItemCmd(menu, item);
+    return key != 0 && choice_of_key(key) == (static_cast<std::int32_t>(GetMenuID(menu)) << 16 | item);
 }
 
 std::int32_t MenuSelect(const EventRecord *event) {

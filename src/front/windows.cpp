@@ -2,6 +2,7 @@
 #include "toolbox/windows.h"
 
 #include "front/front.h"
+#include "toolbox/dialogs.h"
 #include "toolbox/navigation.h"
 
 namespace quillon {
@@ -58,8 +59,18 @@ void SysBeep(int) {
     front->beep();
 }
 
+// Any button closes the alert.
+static int close_alert(DialogRef window, const DialogEvent *event) {
+    if (event->event_class == four("cntl"))
+        QuitAppModalLoopForWindow(window);
+    return 1;
+}
+
 void StopAlert(std::int16_t) {
-    front->message_window("alert 900");
+    const DialogRef window = CreateWindowFromNib("alert 900");
+    InstallWindowEventHandler(window, close_alert);
+    RunAppModalLoopForWindow(window);
+    DisposeWindow(window);
 }
 
 OSErr NMInstall(NMRec *) {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
+#include <iterator>
 
 #include "front/text_store.h"
 #include "headless/headless.h"
@@ -93,17 +93,6 @@ static void headless_beep() {}
 
 static void headless_notify(int) {}
 
-static int headless_message_window(const char *name) {
-    int pressed = 0;
-    std::fflush(stdout);
-    if (std::strcmp(name, "Quit") == 0)
-        std::fputs("There is no preferences file \"Quillon Preferences\". Run setpaths first.\n", stderr);
-    if (NextDialogAnswer(name, &pressed))
-        return pressed == 1;
-    std::fprintf(stderr, "quillon: window \"%s\": no answer was queued, cancelled\n", name);
-    return 0;
-}
-
 static int headless_navigate(const NavRequest *request, BoundedBuffer &posix_path) {
     int cancelled = 0;
     std::fflush(stdout);
@@ -119,6 +108,12 @@ static void headless_text_font(const char *, int) {}
 
 static int headless_font_installed(const char *) {
     return 0;
+}
+
+// A few families that stand for those of a desktop.
+static int headless_font_family(int index, BoundedBuffer &family) {
+    static const char *const families[] = {"DejaVu Sans Mono", "Liberation Mono", "Noto Sans Mono"};
+    return index >= 0 && index < static_cast<int>(std::size(families)) && family.copy(families[index]);
 }
 
 // Prints a line end as a line feed and every other byte as it is.
@@ -167,7 +162,7 @@ static Front make_front() {
     made_front.set_cursor = headless_set_cursor;
     made_front.beep = headless_beep;
     made_front.notify = headless_notify;
-    made_front.message_window = headless_message_window;
+    set_dialog_procedures(made_front);
     made_front.navigate = headless_navigate;
     made_front.text_attach = headless_text_attach;
     made_front.text_font = headless_text_font;
@@ -179,6 +174,7 @@ static Front make_front() {
     made_front.text_idle = headless_text_idle;
     made_front.text_click = headless_text_click;
     made_front.copy_text = headless_copy_text;
+    made_front.font_family = headless_font_family;
     return made_front;
 }
 

@@ -1,24 +1,28 @@
 // Scripts: each line is one step, which is taken when the shell waits for an event.
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <cstring>
 #include <deque>
 #include <string>
+#include <vector>
 
+#include "front/dialogs.h"
 #include "headless/headless.h"
 #include "headless/script_events.h"
 #include "headless/script_print.h"
 #include "headless/script_words.h"
 #include "toolbox/events.h"
+#include "toolbox/menus.h"
 
 namespace quillon {
 
 struct DialogAnswer {
     std::string name;
-    int pressed = 1;
+    std::vector<DialogStep> steps;
 };
 
 static int descriptor = -1;
@@ -97,14 +101,36 @@ int NextChoice(BoundedBuffer &path, int *cancelled) {
     return 1;
 }
 
-int NextDialogAnswer(const char *name, int *pressed) {
+int NextDialogAnswer(const char *name, std::vector<DialogStep> *steps) {
     for (auto answer = answers.begin(); answer != answers.end(); ++answer)
         if (answer->name == name) {
-            *pressed = answer->pressed;
+            *steps = answer->steps;
             answers.erase(answer);
             return 1;
         }
     return 0;
+}
+
+// Adds the step in LINE to an answer. False when it is none.
+static bool add_dialog_step(DialogAnswer &answer, std::string line) {
+    const std::string word = TakeWord(&line);
+    int control = 0, length = 0, value = 0;
+    if (std::sscanf(line.c_str(), "%d%n", &control, &length) != 1 || control < 1 || control > 999)
+        return false;
+    const std::string rest = line.substr(static_cast<std::size_t>(length));
+    DialogStep step = {DialogStep::press, static_cast<std::int16_t>(control), "", 0};
+    if (word == "set") {
+        step.kind = DialogStep::set;
+        // One blank parts the number from the text, which is the rest of the line as it stands.
+        step.text = rest.empty() ? rest : rest.substr(1);
+    } else if (word == "check" && std::sscanf(rest.c_str(), "%d", &value) == 1) {
+        step.kind = DialogStep::check;
+        step.value = value;
+    } else if (word != "press") {
+        return false;
+    }
+    answer.steps.push_back(step);
+    return true;
 }
 
 // Queues the answer of "dialog NAME" and reads the indented lines that follow it.
@@ -112,10 +138,11 @@ static void queue_dialog(const std::string &name) {
     DialogAnswer answer;
     answer.name = name;
     std::string line;
+    if (!is_dialog(name.c_str()))
+        std::fprintf(stderr, "quillon: script: there is no window \"%s\"\n", name.c_str());
     while (peek_line(&line) && !line.empty() && (line[0] == ' ' || line[0] == '\t')) {
-        int control = 0;
-        if (std::sscanf(line.c_str(), " press %d", &control) == 1)
-            answer.pressed = control;
+        if (!add_dialog_step(answer, line))
+            std::fprintf(stderr, "quillon: script: a window takes set, check and press:%s\n", line.c_str());
         drop_line();
     }
     answers.push_back(answer);
@@ -134,10 +161,43 @@ static void post_key(const std::string &key) {
 
 static void choose_menu(const std::string &rest) {
     unsigned menu = 0, item = 0;
-    if (std::sscanf(rest.c_str(), "%u %u", &menu, &item) == 2)
+    if (std::sscanf(rest.c_str(), "%u %u", &menu, &item) == 2) {
+        // Whoever chooses has looked into the menu.
+        if (const MenuHandle handle = GetMenuHandle(static_cast<std::int16_t>(menu)))
+            FillMenu(handle);
         PostEvent(mouseDown, menu << 16 | (item & 0xFFFF), 0, {0, 0});
-    else
+    } else {
         std::fprintf(stderr, "quillon: script: menu takes an id and an item: %s\n", rest.c_str());
+    }
+}
+
+// True when there is a file at PATH whose length is the same as it was a moment before. Asked again for
+// another path it begins anew.
+static bool is_settled(const std::string &path) {
+    constexpr std::uint32_t moment = 12; // ticks
+    static std::string asked;
+    static off_t length;
+    static std::uint32_t seen;
+    struct stat info;
+    if (stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) {
+        asked.clear();
+        return false;
+    }
+    if (asked != path || info.st_size != length) {
+        asked = path;
+        length = info.st_size;
+        seen = TickCount();
+        return false;
+    }
+    if (TickCount() - seen < moment)
+        return false;
+    asked.clear();
+    return true;
+}
+
+// True for a step that is to be taken later.
+static bool must_wait(const std::string &word, const std::string &rest) {
+    return word == "wait" && rest.starts_with("FILE ") && !is_settled(rest.substr(5));
 }
 
 enum Taken { taken_more, taken_work };
@@ -165,7 +225,7 @@ static Taken take_step(const std::string &word, const std::string &rest) {
         SetHeadlessFront(word == "foreground");
     } else if (word == "quit") {
         RequestLeave();
-    } else if (word != "wait" || rest != "RUN") {
+    } else if (word != "wait" || (rest != "RUN" && !rest.starts_with("FILE "))) {
         std::fprintf(stderr, "quillon: script: unknown step: %s %s\n", word.c_str(), rest.c_str());
     }
     return taken_work;
@@ -176,6 +236,8 @@ int TakeScriptStep() {
         return 0;
     std::string word, rest;
     while (peek_step(&word, &rest)) {
+        if (must_wait(word, rest))
+            return 0;
         drop_line();
         std::fflush(stdout);
         if (take_step(word, rest) == taken_work)

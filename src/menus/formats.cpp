@@ -126,17 +126,20 @@ void DoFormat(std::int16_t item) {
     CheckMenuItem(formatMenu, item, 1);
 }
 
-void info(std::int16_t item) {
-    static const char *const names[] = {"dvips_info", "makeindex_info", "metapost_info", "pdftex_info"};
+void ShowResourceText(const char *name) {
     BoundedString<1024> path, hfs_path;
     FSSpec spec = {};
-    if (item < info_dvips || item > info_pdftex)
-        return;
-    path.format("%s/Resources/%s", contentsFolder.c_str(), names[item - info_dvips]);
+    path.format("%s/Resources/%s", contentsFolder.c_str(), name);
     convert_path(path.c_str(), hfs_path);
     if (FSMakeFSSpec(0, 0, hfs_path.c_str(), &spec) != noErr)
         ml_printf("I can't open Info file\n");
     ReadInfoFile(&spec);
+}
+
+void info(std::int16_t item) {
+    static const char *const names[] = {"dvips_info", "makeindex_info", "metapost_info", "pdftex_info"};
+    if (item >= info_dvips && item <= info_pdftex)
+        ShowResourceText(names[item - info_dvips]);
 }
 
 // Reads the first line of FILE, at most 248 bytes. Returns 0 for an empty file.

@@ -16,6 +16,8 @@ void SetFormatMenu();
 void SetDefaultFormat();
 // Makes ITEM of the Formats menu the format, stores it and marks the item.
 void DoFormat(std::int16_t item);
+// Prints the text NAME of the bundle's resources in the console.
+void ShowResourceText(const char *name);
 // Prints the usage text of a tool in the console. ITEM is the tool's item, 1 to 4, of the Information menu;
 // another does nothing.
 void info(std::int16_t item);

@@ -6,6 +6,7 @@
 #include "core/command_table.h"
 #include "menus/current_files.h"
 #include "menus/recent_files.h"
+#include "menus/transfer.h"
 #include "settings/settings.h"
 #include "toolbox/text_engine.h"
 
@@ -93,6 +94,8 @@ void SetUpMenus() {
     make_menus();
     make_items();
     SetMenuFiller(fontMenu, fill_font_menu);
+    SetMenuKeysFirst(transferMenu, 'Q');
+    SetTransferMenu();
     SetRecentMenu();
     DrawMenuBar();
     GetMenuItemText(fileMenu, file_typeset, mylabel);

@@ -106,6 +106,7 @@ constexpr Setting own_settings[] = {
 
     text("FONTNAME", "The console's font."),
     number("FONTSIZE", "The console's font size."),
+    flag("CONSOLESELECT", "Text of the console can be selected."),
     text("TEXWINDOW", "Where the console window stands."),
     numbered("RECENTFILE", 12, "An entry of the Recent files menu."),
     numbered("TEXMENU", 20, "An application of the Transfer menu."),

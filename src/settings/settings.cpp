@@ -87,6 +87,13 @@ const char *get_str_resource(const char *key) {
     return fits ? value_buffer.c_str() : nullptr;
 }
 
+int setting_is_stored(const char *key) {
+    std::size_t size = 0;
+    char *const value = havePrefs ? RecordRead(preferences_path.c_str(), key, &size) : nullptr;
+    std::free(value);
+    return value != nullptr;
+}
+
 char *myget_string(const char *key) {
     std::size_t size = 0;
     return read_record(key, &size);

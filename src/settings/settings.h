@@ -21,6 +21,8 @@ const char *NoPrefFile();
 // Returns the value of the setting KEY, in a static buffer that the next call overwrites; null when the
 // setting is not stored, is empty, or takes 256 bytes or more with its NUL.
 const char *get_str_resource(const char *key);
+// 1 when KEY is stored at all, be it with an empty value, which the other procedures read as not set.
+int setting_is_stored(const char *key);
 // Returns a copy of the value of the setting KEY, of any length, which the caller frees with free(); null
 // when the setting is not stored or is empty.
 char *myget_string(const char *key);

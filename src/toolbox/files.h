@@ -112,10 +112,10 @@ std::FILE *OpenPosixFile(const char *posix_path, const char *mode);
 // Removes the transcripts of tools that have gone, which nobody will read any more. One that is younger than
 // a minute stays, since its shell may be about to read it.
 void RemoveStaleTranscripts();
-// Finds a standard folder of the host: 'pref' preferences, 'asup' application support, 'temp' temporary
-// items, 'font' fonts, 'trns' the tools' transcripts. CREATE 1 makes it when it is missing. VREF and DIR_ID
-// are 0 on failure: fnfErr for another kind or a missing folder, permErr when the temporary folder is not the
-// user's own.
+// Finds a standard folder of the host: 'pref' preferences, 'asup' application support, 'cusr' the
+// person's home, 'temp' temporary items, 'font' fonts, 'trns' the tools' transcripts. CREATE 1 makes it when
+// it is missing. VREF and DIR_ID are 0 on failure: fnfErr for another kind or a missing folder, permErr when
+// the temporary folder is not the user's own.
 OSErr FindFolder(OSType kind, int create, std::int16_t *vref, std::int32_t *dir_id);
 
 // Turn an HFS path that begins with a volume, or a location, into a POSIX path: 1, or 0 (and an empty path)

@@ -68,6 +68,10 @@ std::uint32_t MenuChangeCount();
 // The choice (menu id << 16 | item) that a command key stands for; 0 when there is none or its item is
 // disabled. Small and capital letters are the same.
 std::int32_t MenuKey(char key);
+// Makes the keys of MENU win over the same keys of other menus, but for the key EXCEPT.
+void SetMenuKeysFirst(MenuHandle menu, char except);
+// 1 when the item has a key and it is the item that the key chooses, else 0.
+int HasItsKey(MenuHandle menu, std::int16_t item);
 // The choice that a mouse-down event in the menu bar made; 0 when its item is disabled.
 std::int32_t MenuSelect(const EventRecord *event);
 // Marks the title of a menu as in use. The fronts do that themselves, so this does nothing.

@@ -145,6 +145,8 @@ int Host::event(sd_bus_message *call) {
     const std::string name = event.event_class + "/" + event.id;
     if (name == "QUIL/priv")
         return start_run(call, event.parameters);
+    if (name == "aevt/odoc")
+        return take_documents(call, event.parameters);
     if (name == "aevt/quit") {
         result = common::answer_event(call, quillon::noErr, {});
         quit();
@@ -177,14 +179,25 @@ int Host::start_run(sd_bus_message *call, const common::Parameters &parameters) 
     watch_shell(sd_bus_message_get_sender(call));
     sd_bus_message_unref(command_);
     command_ = sd_bus_message_ref(call);
+    prepare_run();
+    run_->start(command->bytes, folder->bytes);
+    watch_window();
+    return 1;
+}
+
+void Host::prepare_run() {
     window_text_.clear();
     held_output_.clear();
     asked_at_prompt_ = false;
-    ask_shell();
+    if (!shell_.empty())
+        ask_shell();
     run_ = std::make_unique<Run>(event_, bundle_, *this);
-    run_->start(command->bytes, folder->bytes);
+}
+
+// Shows the window of a run that lasts.
+void Host::watch_window() {
     if (run_->ended())
-        return 1;
+        return;
     window_timer_ = sd_event_source_disable_unref(window_timer_);
     if (desktop_)
         sd_event_add_time_relative(
@@ -194,7 +207,73 @@ int Host::start_run(sd_bus_message *call, const common::Parameters &parameters) 
                 return 0;
             },
             this);
-    return 1;
+}
+
+// True when SENDER is the shell that started this host.
+bool Host::is_shell(const char *sender) {
+    const char *const shell = std::getenv("QUILLON_SHELL_PID");
+    sd_bus_creds *creds = nullptr;
+    pid_t pid = 0;
+    const bool known = shell && sender &&
+                       sd_bus_get_name_creds(bus_, sender, SD_BUS_CREDS_PID, &creds) >= 0 &&
+                       sd_bus_creds_get_pid(creds, &pid) >= 0;
+    sd_bus_creds_unref(creds);
+    return known && std::atoi(shell) == pid;
+}
+
+// Takes documents for the command that the bundle has for them. They are answered at once and run one after
+// the other.
+int Host::take_documents(sd_bus_message *call, const common::Parameters &parameters) {
+    const common::Parameter *const direct = common::find_parameter(parameters, "----");
+    const bool is_list = direct && direct->type == "list";
+    std::int32_t error = quillon::noErr;
+    if (bundle_.info_or("documents", "").empty())
+        error = quillon::errAEEventNotHandled;
+    else if (!direct)
+        error = quillon::errAEDescNotFound;
+    for (const common::Parameter &item : is_list ? direct->items : parameters)
+        if (error == quillon::noErr && (is_list || &item == direct)) {
+            if (item.type == "fss " && item.bytes.starts_with('/'))
+                documents_.push_back(item.bytes);
+            else
+                error = quillon::errAECoercionFail;
+        }
+    const int result = common::answer_event(call, error, {});
+    if (is_shell(sd_bus_message_get_sender(call)))
+        watch_shell(sd_bus_message_get_sender(call));
+    start_document();
+    return result < 0 ? result : 1;
+}
+
+void Host::start_document() {
+    if (documents_.empty() || (run_ && !run_->ended()))
+        return;
+    const std::string path = documents_.front();
+    documents_.pop_front();
+    prepare_run();
+    run_->start_document(path);
+    watch_window();
+}
+
+// Reports the run on a document to the shell. Without a shell nobody will end this host, so it ends after the
+// last document.
+void Host::document_ended(const Outcome &outcome) {
+    if (!shell_.empty()) {
+        sd_bus_message *report = nullptr;
+        const int result =
+            common::new_event_call(bus_, shell_, {"aevt", "ansr", outcome_parameters(outcome)}, &report);
+        common::send_without_reply(bus_, report, result);
+    }
+    if (!documents_.empty())
+        sd_event_add_defer(
+            event_, nullptr,
+            [](sd_event_source *, void *self) {
+                static_cast<Host *>(self)->start_document();
+                return 0;
+            },
+            this);
+    else if (shell_.empty())
+        leave();
 }
 
 int Host::quit() {
@@ -222,6 +301,10 @@ void Host::run_ended(const Outcome &outcome) {
     window_timer_ = sd_event_source_disable_unref(window_timer_);
     window_wanted_ = false;
     const common::Parameters parameters = outcome_parameters(outcome);
+    if (!outcome.cancelled && !command_) {
+        document_ended(outcome);
+        return;
+    }
     if (!outcome.cancelled) {
         common::answer_event(command_, quillon::noErr, parameters);
         command_ = sd_bus_message_unref(command_);

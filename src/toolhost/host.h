@@ -3,6 +3,7 @@
 #define QUILLON_TOOLHOST_HOST_H
 
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <string>
 #include <systemd/sd-bus.h>
@@ -54,6 +55,12 @@ class Host : public RunOwner {
   private:
     std::int32_t refusal(const common::Parameter *command, const common::Parameter *folder) const;
     int start_run(sd_bus_message *call, const common::Parameters &parameters);
+    int take_documents(sd_bus_message *call, const common::Parameters &parameters);
+    void start_document();
+    void document_ended(const Outcome &outcome);
+    bool is_shell(const char *sender);
+    void prepare_run();
+    void watch_window();
     int quit();
     common::Parameters outcome_parameters(const Outcome &outcome) const;
     void watch_shell(const char *sender);
@@ -77,6 +84,7 @@ class Host : public RunOwner {
     sd_event_source *window_timer_ = nullptr;
     std::unique_ptr<Run> run_;
     sd_bus_message *command_ = nullptr; // the call that the run will answer
+    std::deque<std::string> documents_; // the paths of those that wait for the command of the bundle
     std::string shell_;                 // the unique bus name of whoever sent the last command
     std::string window_text_;
     std::string held_output_; // what was printed before the shell said who can answer

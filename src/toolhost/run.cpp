@@ -11,7 +11,6 @@
 #include <sys/mman.h>
 #include <sys/random.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -113,14 +112,13 @@ void Run::choose_program() {
     }
 }
 
-bool Run::prepare(std::string_view line, const std::string &folder) {
+bool Run::prepare(std::vector<std::string> words, const std::string &folder) {
     begun_ = common::now_microseconds();
     clock_gettime(CLOCK_REALTIME, &engine_.started);
-    command_ = line;
     is_engine_ = is_engine(bundle_.signature);
     engine_.folder = folder;
     engine_.space = common::space_byte();
-    engine_.words = split_words(line, engine_.space);
+    engine_.words = std::move(words);
     if (engine_.words.empty()) {
         fail("the command line is empty");
         return false;
@@ -147,7 +145,20 @@ bool Run::prepare(std::string_view line, const std::string &folder) {
 }
 
 void Run::start(std::string_view line, const std::string &folder) {
-    if (!prepare(line, folder))
+    command_ = line;
+    start_words(split_words(line, common::space_byte()), folder);
+}
+
+void Run::start_document(const std::string &path) {
+    std::vector<std::string> words = split_words(bundle_.info_or("documents", ""), common::space_byte());
+    words.push_back(common::leaf_of(path));
+    for (const std::string &word : words)
+        command_ += (command_.empty() ? "" : " ") + word;
+    start_words(std::move(words), common::folder_above(path));
+}
+
+void Run::start_words(std::vector<std::string> given, const std::string &folder) {
+    if (!prepare(std::move(given), folder))
         return;
     delimiter_ = new_delimiter();
     const char *const search = std::getenv("PATH");
@@ -277,18 +288,6 @@ void Run::offer_formats(const std::string &program, Variables &environment) {
     for (const FormatCopy &copy : copies_)
         offer_copy(copy, environment);
     engine_path_ = program;
-}
-
-// Names the format that the engine has read as what it is in the recorder's list, and asks for copies where
-// there were none: of what was looked for, and of a format that was made.
-void Run::settle_formats() {
-    if (!copies_.empty() && has_option(engine_.words, "recorder"))
-        name_originals(recorder_file(engine_, *parser_), copies_);
-    const std::string made = common::leaf_of(parser_->dumped_format());
-    if (made.ends_with(".fmt")) {
-        const std::string name = made.substr(0, made.size() - 4);
-        copies_to_ask_.push_back({engine_path_, name, name});
-    }
 }
 
 void Run::fail(const std::string &reason) {
@@ -517,79 +516,6 @@ void Run::guard_gone() {
     kill_descendants(0, nullptr, nullptr);
     status_ = SIGKILL;
     finish();
-}
-
-ErrorPlace Run::error_place(bool *edit) const {
-    const ErrorPlace asked = record_ >= 0 ? read_edit_record(record_, engine_.folder) : ErrorPlace();
-    *edit = asked.known();
-    if (asked.known() || !parser_)
-        return asked;
-    const ErrorPlace &place = answered_ ? parser_->last_error() : parser_->first_error();
-    const bool failed = !WIFEXITED(status_) || WEXITSTATUS(status_) != 0;
-    *edit = place.known() && failed && !answered_ && !cancelled_;
-    return place;
-}
-
-// The output of the run before goes where this run has left a whole one. What an engine closes when it is
-// cancelled is cut off.
-void Run::settle_kept_output() {
-    const bool ended_well =
-        WIFEXITED(status_) && (WEXITSTATUS(status_) == 0 || (!cancelled_ && !parser_->output_name().empty()));
-    if (!kept_.path.empty() && ended_well && common::is_regular_file(kept_.path))
-        drop_kept(kept_);
-    else
-        give_back(kept_);
-    kept_ = {};
-}
-
-// Lets the guard end, which would give the output back if this process died.
-void Run::dismiss_guard() {
-    if (guard_ <= 0)
-        return;
-    send(channel_, &output_is_settled, sizeof output_is_settled, MSG_NOSIGNAL);
-    waitpid(guard_, nullptr, 0);
-    guard_ = 0;
-}
-
-void Run::finish() {
-    if (ended_)
-        return;
-    while (output_source_ && read_output()) {
-    }
-    while (terminal_source_ && read_terminal()) {
-    }
-    ended_ = true;
-    waiting_ = false;
-    if (parser_)
-        parser_->finish();
-    Outcome outcome;
-    outcome.cancelled = cancelled_;
-    outcome.exit_code = WIFEXITED(status_) ? WEXITSTATUS(status_) : 128 + WTERMSIG(status_);
-    if (parser_)
-        settle_kept_output();
-    dismiss_guard();
-    const ErrorPlace place = error_place(&outcome.edit);
-    if (outcome.edit)
-        outcome.message = place.message;
-    if (parser_) {
-        const bool wrote = outcome.exit_code != 127 || parser_->output_name().size() > 0;
-        const bool whole = !cancelled_ && outcome.exit_code == 0;
-        write_results(engine_, is_engine_,
-                      is_engine_ && wrote ? engine_output(engine_, *parser_) : std::string(), whole, place);
-        if (is_engine_ && WIFSIGNALED(status_))
-            mend_auxiliary_file(engine_);
-        if (is_engine_ && has_option(engine_.words, "ini"))
-            stamp_format(engine_, *parser_);
-        if (is_engine_)
-            settle_formats();
-    }
-    // The shell says that a run was cancelled only when the report names a transcript, so a cancelled run has
-    // one.
-    outcome.transcript = printed_ || cancelled_ ? transcript_.finish(cancelled_) : std::string();
-    outcome.unkept = transcript_.unkept();
-    close_down();
-    owner_.run_ended(outcome);
-    ask_for_copies(bundle_.path, copies_to_ask_);
 }
 
 } // namespace toolhost

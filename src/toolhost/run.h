@@ -55,6 +55,9 @@ class Run {
     // POSIX path. A program that cannot be started ends the run at once with code 127 and a transcript that
     // says why.
     void start(std::string_view line, const std::string &folder);
+    // Starts the command that the bundle has for documents on the one at PATH, an absolute POSIX path, in its
+    // folder.
+    void start_document(const std::string &path);
     // Types BYTES at the program's terminal. What the terminal does not take now is typed later.
     void answer(std::string_view bytes);
     // Types an end of file at the terminal, since nobody can answer the program.
@@ -77,7 +80,8 @@ class Run {
     const std::string &command() const { return command_; }
 
   private:
-    bool prepare(std::string_view line, const std::string &folder);
+    bool prepare(std::vector<std::string> words, const std::string &folder);
+    void start_words(std::vector<std::string> given, const std::string &folder);
     bool open_terminal(int *slave);
     int open_output();
     void watch(int descriptor, sd_event_source *&source, sd_event_io_handler_t handler);

@@ -24,6 +24,9 @@ int OpenDocInOSX(const char *app, const char *document) {
         return 1;
     }
     UnixFileToPosixFile(app, posix_path);
+    // What cannot be converted is handed on as it is, so that the command can name it.
+    if (posix_path.empty())
+        posix_path.copy(app);
     int fits = quote_path(posix_path.c_str(), quoted_app);
     if (document) {
         BoundedString<1024> whole;

@@ -15,6 +15,7 @@
 
 #include "core/command_table.h"
 #include "core/event_loop.h"
+#include "kpath/search_paths.h"
 #include "menus/menus.h"
 #include "menus/recent_files.h"
 #include "support/recording_front.h"
@@ -29,7 +30,7 @@ namespace {
 
 using Effects = std::map<std::string, std::string>;
 
-int copies = 0;
+int copies = 0, finds = 0;
 std::string piped;
 
 std::FILE *keep_command(const char *command, const char *) {
@@ -44,10 +45,13 @@ constexpr int file_count = 2; // in the Recent files menu
 class Commands : public ::testing::Test {
   protected:
     void SetUp() override {
-        for (const char *const name : {"x.tex", "x.dvi", "x.ps", "x.pdf", "a.tex", "b.tex"})
+        for (const char *const name :
+             {"x.tex", "x.dvi", "x.ps", "x.pdf", "x.aux", "x.mp", "a.tex", "b.tex", "config.ps"})
             home_.file(std::string("work/") + name);
         home_.preferences("SPACECHAR=31\nDEBUG=0\nTEXFILE=" + work("x.tex") +
-                          "\nRECENTFILE1=" + work("a.tex") + "\nRECENTFILE2=" + work("b.tex") + "\n");
+                          "\nRECENTFILE1=" + work("a.tex") + "\nRECENTFILE2=" + work("b.tex") +
+                          "\nTEXCONFIG=" + home_.path("work") + "\n");
+        setpaths(1u << slot_texconfig);
         for (std::uint8_t *const flag : {&usePdfTeX, &useETeX, &doDebug, &use8bit, &useFullPaths, &doView,
                                          &addSpecials, &doRecord, &parseFirstLine, &doQuit})
             *flag = 0;
@@ -58,10 +62,13 @@ class Commands : public ::testing::Test {
         pdfexe.format("%s/pdftex.app", home_.root().c_str());
         viewpsexe = make_app(psview_, "psview");
         pdfview = make_app(pdfview_, "pdfview");
+        ps2pdfexe = make_app(converter_, "converter");
+        editor = make_app(editor_, "editor");
         dvipreview.copy(make_app(other_, "dviview"));
         setup.copy(make_app(other_, "setpaths"));
         contentsFolder.copy(home_.root());
-        for (const char *const name : {"dvips_info", "makeindex_info", "metapost_info", "pdftex_info"})
+        for (const char *const name :
+             {"dvips_info", "makeindex_info", "metapost_info", "pdftex_info", "help_manual", "help_messages"})
             home_.file(std::string("Resources/") + name, std::string(name) + "\r");
         lastcommand.copy("pdftex last.tex");
         lastdir.copy(home_.path("work"));
@@ -69,8 +76,9 @@ class Commands : public ::testing::Test {
         theConsole = FrontWindow();
         changed = *front;
         changed.copy_text = [] { copies++; };
+        changed.find_text = [] { finds++; };
         front = &changed;
-        copies = 0;
+        copies = finds = 0;
         piped.clear();
         BSDpopenFunc = keep_command;
         EventRecord left;
@@ -80,7 +88,7 @@ class Commands : public ::testing::Test {
     }
     void TearDown() override {
         BSDpopenFunc = nullptr;
-        viewpsexe = pdfview = nullptr;
+        viewpsexe = pdfview = ps2pdfexe = editor = nullptr;
         theConsole = nullptr;
         usePdfTeX = useFullPaths = doQuit = 0;
         lastcommand.clear();
@@ -108,9 +116,7 @@ class Commands : public ::testing::Test {
     }
 
     // The answer to every message window.
-    static void answer_windows(int answer) {
-        changed.message_window = answer ? [](const char *) { return 1; } : [](const char *) { return 0; };
-    }
+    void answer_windows(int answer) { recorded_->pressed = answer ? 1 : 2; }
 
     test::TemporaryHome home_;
     test::RecordingFront recorded_;
@@ -180,6 +186,8 @@ class Commands : public ::testing::Test {
             {"oldItem", std::to_string(oldItem)},
             {"format_name", format_name.c_str()},
             {"copies", std::to_string(copies)},
+            {"finds", std::to_string(finds)},
+            {"transfer", items(transferMenu)},
             {"commands", piped},
             {"events", queued()},
             {"chooser", recorded_->asked ? recorded_->prompt : ""},
@@ -202,7 +210,7 @@ class Commands : public ::testing::Test {
         return found;
     }
 
-    std::string psview_, pdfview_, other_;
+    std::string psview_, pdfview_, converter_, editor_, other_;
     static Front changed;
 };
 Front Commands::changed;
@@ -251,8 +259,22 @@ class EveryCommand : public Commands, public ::testing::WithParamInterface<Choic
         found.erase("recent"); // the file is not there
         return found;
     }
+    static Effects missing(const std::string &tool) {
+        return {
+            {"console", old_text + ("I can't find " + tool + ". It should be in the binaries folder.\n")}};
+    }
+    static Effects with(Effects found, const Effects &more) {
+        found.insert(more.begin(), more.end());
+        return found;
+    }
     Effects file_menu(int item) {
         switch (item) {
+        case 8:
+            return missing("bibtex");
+        case 11:
+            return missing("dvips");
+        case 14:
+            return {{"console", old_text + std::string("Oops!!\ndidlaunch = 0\n")}};
         case 1: {
             recorded_->answer = work("x.tex");
             Effects found = typeset("x.tex");
@@ -294,8 +316,18 @@ class EveryCommand : public Commands, public ::testing::WithParamInterface<Choic
             return switched("doView", "AUTOVIEW", "131 7");
         case 8:
             return switched("doDebug", "DEBUG", "131 8");
+        case 5:
+            return {{"windows", "pdftex options\n"},
+                    {"setting PDFTEXMODE", "ljfour"},
+                    {"setting PDFMAKEFONT", "0"}};
         case 9:
             return opened("setpaths.app", "");
+        case 10:
+            return {{"windows", "Set apps\n"}};
+        case 12:
+            return {{"windows", "bibtex8 options\n"}};
+        case 13:
+            return {{"windows", "dvips options\n"}};
         case 16: {
             Effects found = switched("useETeX", "", "131 16");
             found["formats"] = "";
@@ -307,6 +339,64 @@ class EveryCommand : public Commands, public ::testing::WithParamInterface<Choic
         }
         case 17:
             return switched("parseFirstLine", "", "131 17");
+        default:
+            return {{"not expected", ""}};
+        }
+    }
+    // A format is built in the person's home, since there is no folder of formats.
+    Effects built(const std::string &name) const {
+        Effects found = run("pdftex -ini -jobname=" + name + " -progname=" + name + " *" + name + ".ini", "");
+        for (const char *const key : {"setting TEXDIR", "setting LASTDIR"})
+            found[key] = home_.path("home");
+        std::string &console = found["console"];
+        console.replace(console.find(home_.path("work")), home_.path("work").size(), home_.path("home"));
+        console += "I can't find any formats.\nCheck your TEXFORMATS search path or build\n"
+                   "a format file using the \"Build format\" command\nunder the \"File\" Menu.\n";
+        found["windows"] = "command line\n";
+        found["formats"] = "";
+        found.erase("recent");
+        return found;
+    }
+    // Every key of the table that something answers to.
+    static std::string keys() {
+        std::string text = "\nKEYS\n\n";
+        for (const auto &[key, place] :
+             std::vector<std::pair<char, std::string>>{{'O', "File > Typeset File..."},
+                                                       {'T', "File > Typeset"},
+                                                       {'R', "File > Repeat Last Command"},
+                                                       {'D', "File > View"},
+                                                       {'P', "File > View"},
+                                                       {'S', "File > Save Console As..."},
+                                                       {'Q', "File > Quit"},
+                                                       {'E', "Options > e-TeX Mode"},
+                                                       {'C', "Edit > Copy"},
+                                                       {'K', "Edit > Clear Console"},
+                                                       {'8', "Edit > 8-bit Output"},
+                                                       {'F', "Edit > Find in Console..."},
+                                                       {'B', "Tools > BibTeX..."},
+                                                       {'I', "Tools > MakeIndex..."},
+                                                       {'M', "Tools > MetaPost..."}})
+            text += "Ctrl+" + std::string(1, key) + "          " + place + "\n";
+        return text + "Escape, Ctrl+.  cancel a run\n"
+                      "F3, Shift+F3    the next and the previous hit in the console\n"
+                      "Ctrl++, Ctrl+-  larger and smaller text in the console; Ctrl+0 as it was\n\n";
+    }
+    Effects tools_menu(int item) const {
+        switch (item) {
+        case 1:
+            return {{"chooser", "Select an aux file"}};
+        case 2:
+            return with(missing("dvips"), {{"windows", "dvips run\n"}});
+        case 3:
+            return {{"windows", "makeindex options\n"}};
+        case 4:
+            return {{"chooser", "Select a mp file"}};
+        case 5:
+            return with(missing("mpost"), {{"windows", "command line\n"}});
+        case 7:
+            return {{"chooser", "Select a Postscript file"}};
+        case 9:
+            return missing("dvipdfm");
         default:
             return {{"not expected", ""}};
         }
@@ -345,12 +435,30 @@ class EveryCommand : public Commands, public ::testing::WithParamInterface<Choic
         case menu_edit:
             return item == 4    ? Effects{{"copies", "1"}}
                    : item == 6  ? Effects{{"console", ""}, {"setting TEXWINDOW", "45 10 300 600"}}
+                   : item == 9  ? Effects{{"windows", "font size\n"}}
                    : item == 11 ? switched("use8bit", "USE8BIT", "133 11")
+                   : item == 16 ? Effects{{"finds", "1"}}
                                 : Effects{{"not expected", ""}};
+        case menu_build:
+            return item == 3 ? Effects{{"windows", "command line\n"}}
+                             : built(item == 1 ? "pdftex" : "pdflatex");
+        case menu_tool:
+            return tools_menu(item);
+        case menu_config:
+            return item == 1 ? opened("editor.app", "config.ps") : Effects{};
+        case menu_transfer:
+            return item == 1 ? Effects{{"chooser", "Choose an application"}} : Effects{};
+        case menu_delete:
+        case menu_change: // they have no items yet
+            return {};
         case menu_info: {
             static const char *const names[] = {"dvips", "makeindex", "metapost", "pdftex"};
             return {{"console", std::string(old_text) + names[item - 1] + "_info\n"}};
         }
+        case menu_help:
+            return {{"console", old_text + (item == 1   ? std::string("help_manual\n")
+                                            : item == 2 ? keys()
+                                                        : std::string("help_messages\n"))}};
         case menu_font: {
             const std::string font = item == 1 ? "Courier" : "Helvetica";
             return {{"oldItem", number}, {"setting FONTNAME", font}, {"mark 139 " + number, "on"}};
@@ -448,6 +556,31 @@ TEST_F(Commands, ASetUpThatIsNotThereIsSaid) {
     setup.copy(home_.path("none.app"));
     EXPECT_EQ(choose(menu_options, 9),
               (Effects{{"console", "old\nI can't find setpaths. It should be in the binaries folder.\n"}}));
+}
+
+TEST_F(Commands, AGreyItemHasAReason) {
+    const auto reason = [](std::int16_t menu, std::int16_t item) {
+        const char *const why = why_grey(*find_command(menu, item));
+        return std::string(why ? why : "");
+    };
+    EXPECT_EQ(reason(menu_file, file_view_pdf), "");
+    mypdffile.clear();
+    EXPECT_EQ(reason(menu_file, file_view_pdf), "There is no PDF file beside the current document.");
+    EXPECT_EQ(reason(menu_edit, edit_undo), "The text of the console cannot be changed.");
+    forceQuit = 1;
+    EXPECT_EQ(reason(menu_file, file_typeset), "After a serious error Quillon can only be quit.");
+    forceQuit = 0;
+    // Every item that can be grey says why.
+    for (int i = 0; i < command_count; i++) {
+        if (command_table[i].enabled) {
+            for (BoundedBuffer *const path :
+                 {static_cast<BoundedBuffer *>(&dotexfile), static_cast<BoundedBuffer *>(&lastcommand),
+                  static_cast<BoundedBuffer *>(&mybibfile), static_cast<BoundedBuffer *>(&mydvifile),
+                  static_cast<BoundedBuffer *>(&mypsfile), static_cast<BoundedBuffer *>(&mypdffile)})
+                path->clear();
+            EXPECT_NE(why_grey(command_table[i]), nullptr) << command_table[i].title;
+        }
+    }
 }
 
 TEST_F(Commands, AnotherFontTakesTheMarkFromTheOneBefore) {

@@ -162,9 +162,9 @@ TEST_F(Waits, TheShellItselfComesForwardThroughItsFront) {
 }
 
 TEST_F(Waits, OutOfMemoryIsSaidInAWindowInFrontOnly) {
-    changed.message_window = [](const char *name) {
-        std::fprintf(stderr, "window %s\n", name);
-        return 1;
+    changed.run_dialog = [](Dialog *dialog) {
+        std::fprintf(stderr, "window %s\n", dialog->name);
+        hit_control(dialog, 1);
     };
     const auto end = [](int behind) {
         inBackground = static_cast<std::uint8_t>(behind);

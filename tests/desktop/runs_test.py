@@ -112,7 +112,7 @@ class Runs(Desk):
         self.addCleanup(stop, service)
         bus = self.bus()
         wait_until(lambda: bus.name_has_owner("org.freedesktop.Notifications"))
-        self.begin("echo $$ > \"$HOME/leader\"; sleep 6\n")
+        self.begin("echo $$ > \"$HOME/leader\"; sleep 11\n")
         self.other_application()
         wait_until(lambda: os.path.exists(record) and os.path.getsize(record) > 0)
         with open(record, encoding="utf-8") as file:

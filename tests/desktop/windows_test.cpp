@@ -1,46 +1,19 @@
-#include <QAbstractButton>
-#include <QApplication>
 #include <QComboBox>
-#include <QDialog>
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QTimer>
 #include <gtest/gtest.h>
 
 #include <vector>
 
 #include "desktop/choosers.h"
-#include "desktop/message_windows.h"
 #include "widgets/desktop_entries.h"
 
 namespace quillon::desktop {
 
 namespace {
-
-// Presses the control of that number in the window that shows next; the number of buttons the window has.
-void press_next(int control, int *buttons) {
-    QTimer::singleShot(0, [control, buttons] {
-        QWidget *const window = QApplication::activeModalWidget();
-        if (!window)
-            return;
-        const auto all = window->findChildren<QAbstractButton *>();
-        *buttons = static_cast<int>(all.size());
-        for (QAbstractButton *const button : all)
-            if (button->property("controlID").toInt() == control)
-                button->click();
-        if (window->isVisible()) // no such control: do not wait for ever
-            qobject_cast<QDialog *>(window)->reject();
-    });
-}
-
-int answer_of(const char *name, int control, int *buttons) {
-    *buttons = 0;
-    press_next(control, buttons);
-    return run_message_window(name, nullptr);
-}
 
 void write_file(const QString &path, const QByteArray &contents) {
     QFile file(path);
@@ -49,28 +22,6 @@ void write_file(const QString &path, const QByteArray &contents) {
 }
 
 } // namespace
-
-TEST(MessageWindows, EveryWindowEndsWithOk) {
-    for (const char *const name : {"about box", "Quit", "ConfirmDelete", "LongName", "alert 900"}) {
-        int buttons = 0;
-        EXPECT_EQ(answer_of(name, 1, &buttons), 1) << name;
-        EXPECT_GE(buttons, 1) << name;
-    }
-}
-
-TEST(MessageWindows, OnlyTheConfirmationCanBeCancelled) {
-    int buttons = 0;
-    EXPECT_EQ(answer_of("ConfirmDelete", 2, &buttons), 0);
-    EXPECT_EQ(buttons, 2);
-    for (const char *const name : {"about box", "Quit", "LongName", "alert 900"}) {
-        answer_of(name, 1, &buttons);
-        EXPECT_EQ(buttons, 1) << name;
-    }
-}
-
-TEST(MessageWindows, UnknownNameIsCancelled) {
-    EXPECT_EQ(run_message_window("no such window", nullptr), 0);
-}
 
 TEST(Choosers, FilterRecordBecomesANameFilter) {
     NavMenuItem item;

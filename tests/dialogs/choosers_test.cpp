@@ -250,14 +250,8 @@ TEST_F(Choosers, WhileTheChooserIsOpenOnlyRedrawingAndActivatingAreServed) {
 }
 
 TEST_F(Choosers, AnswerOfTheDeleteWindowIsHandedOn) {
-    static int pressed;
-    static Front answering;
-    answering = *front;
-    answering.message_window = [](const char *name) {
-        EXPECT_STREQ(name, "ConfirmDelete");
-        return pressed;
-    };
-    front = &answering;
-    for (pressed = 0; pressed < 3; pressed++)
-        EXPECT_EQ(ConfirmDelete(), pressed);
+    EXPECT_EQ(ConfirmDelete(), 1);
+    front_->pressed = 2;
+    EXPECT_EQ(ConfirmDelete(), 0);
+    EXPECT_EQ(front_->windows, (std::vector<std::string>{"ConfirmDelete", "ConfirmDelete"}));
 }

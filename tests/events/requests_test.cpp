@@ -87,10 +87,18 @@ TEST_F(Requests, FormatsAreTheItemsFromTheThirdWithBlanksBetween) {
     EXPECT_EQ(direct_text, "three four");
 }
 
-TEST_F(Requests, WhatACompanionMakesIsNotOpened) {
-    for (const char *const extension : {".dvi", ".aux", ".ps", ".idx", ".glo", ".mp"})
-        EXPECT_EQ(opened(std::string("x") + extension),
-                  "Quillon cannot open " + std::string(extension) + " files from outside.\n");
+TEST_F(Requests, ADocumentOfACompanionGoesToThatCompanion) {
+    const std::map<std::string, std::string> companions = {{".dvi", "dvips"},
+                                                           {".aux", "bibtex"},
+                                                           {".idx", "makeindex"},
+                                                           {".glo", "makeindex"},
+                                                           {".mp", "mpost"}};
+    for (const auto &[extension, tool] : companions)
+        EXPECT_EQ(opened("x" + extension),
+                  "I can't find " + tool + ". It should be in the binaries folder.\n");
+    EXPECT_EQ(opened("x.ps"), "");
+    EXPECT_EQ(front_->prompt, "Find a ps to pdf converter");
+    EXPECT_EQ(mypsfile.view(), home_.path("work/x.ps"));
 }
 
 TEST_F(Requests, ADocumentIsTypesetByTheJobThatIsOn) {
@@ -99,7 +107,12 @@ TEST_F(Requests, ADocumentIsTypesetByTheJobThatIsOn) {
     EXPECT_TRUE(opened("x.tex").starts_with("\nProcessing -- pdftex x.tex \n"));
 }
 
-TEST_F(Requests, ANameOf30BytesIsTooLong) {
+TEST_F(Requests, ANameOf30CharactersIsTooLong) {
+    std::string accents;
+    for (int i = 0; i < 25; i++)
+        accents += "\xC3\xA9";
+    EXPECT_TRUE(opened(accents + ".tex").starts_with("\nProcessing -- "));
+    EXPECT_EQ(opened("n" + accents + ".tex"), "Filename \"n" + accents + ".tex\" is too long for Quillon.\n");
     const std::string longest(25, 'n'), longer(26, 'n');
     EXPECT_TRUE(opened(longest + ".tex").starts_with("\nProcessing -- "));
     EXPECT_EQ(opened(longer + ".tex"), "Filename \"" + longer + ".tex\" is too long for Quillon.\n");

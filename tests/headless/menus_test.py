@@ -32,7 +32,7 @@ class Menus(HomeTest):
         self.assertEqual(self.menu(129, LASTCOMMAND="pdftex x")[5][0], "+")
 
     def test_every_menu_exists_with_its_numbers(self):
-        counts = {128: 3, 129: 20, 131: 17, 133: 15, 134: 3, 135: 9, 137: 4, 140: 5, 143: 2, 200: 1}
+        counts = {128: 3, 129: 20, 131: 17, 133: 16, 134: 3, 135: 9, 137: 4, 140: 5, 143: 2, 200: 1, 300: 3}
         self.preferences()
         for number, count in counts.items():
             self.assertEqual(sorted(self.items(self.shell(f"print menu {number}\n"))), list(range(1, count + 1)), number)
@@ -62,9 +62,54 @@ class Menus(HomeTest):
         items = self.menu(143, "menu 143 2\n")
         self.assertEqual((items[1][1], items[2][1], self.setting("MPTEXFORMAT")), ("-", "*", "2"))
 
+    def test_a_font_is_chosen_and_marked_at_the_next_start(self):
+        items = self.menu(139)
+        self.assertGreaterEqual(len(items), 3)
+        self.menu(139, "menu 139 2\n")
+        self.assertEqual(self.setting("FONTNAME"), items[2][3])
+        marks = self.items(self.shell("print menu 139\n"))
+        self.assertEqual([number for number, item in marks.items() if item[1] == "*"], [2])
+
+    def test_the_help_menu_prints_its_texts(self):
+        self.preferences()
+        output = self.shell("menu 300 1\nmenu 300 2\nmenu 300 3\n")
+        for text in ("\nQUILLON\n", "MetaPost of today writes no file", "Ctrl+O          File > Typeset File...\n",
+                     "WHAT THE MESSAGES MEAN"):
+            self.assertIn(text, output)
+
+    def test_transfer_keys_win_over_the_others(self):
+        record = self.file("record", "")
+        program = self.file("app", f"#!/bin/sh\necho started >> {record}\n", mode=0o755)
+        self.preferences(TEXMENU1=program + "::O")
+        output = self.shell(f"key o\nwait FILE {record}\nprint menu 200\n")
+        self.assertIn("1 + - O app\n", output)
+        with open(record, encoding="utf-8") as file:
+            self.assertEqual(file.read(), "started\n")
+
+    def test_a_transfer_application_that_has_gone_is_said(self):
+        self.preferences(TEXMENU1="/none/app")
+        self.assertIn("open: I can't find the application /none/app\n", self.shell("menu 200 1\n"))
+
+    def test_an_application_of_an_earlier_system_is_started_once(self):
+        record = self.file("record", "")
+        program = self.file("app", f"#!/bin/sh\necho started >> {record}\n", mode=0o755)
+        self.preferences(TEXMENU1=program)
+        self.shell(f"menu 200 1\nwait FILE {record}\n", "--system", "9")
+        with open(record, encoding="utf-8") as file:
+            self.assertEqual(file.read(), "started\n")
+
+    def test_a_full_recent_menu_with_missing_files(self):
+        paths = [self.file(f"{number}.tex", "x") for number in range(12)]
+        for path in paths[::2]:
+            os.unlink(path)
+        settings = {f"RECENTFILE{number + 1}": path for number, path in enumerate(paths)}
+        items = self.menu(142, **settings)
+        self.assertEqual([items[number][3] for number in range(1, 7)], [f"{number}.tex" for number in range(1, 12, 2)])
+        self.assertEqual(len(items), 9)
+
     def test_a_disabled_item_does_nothing(self):
         self.preferences()
-        output = self.shell("menu 129 2\nmenu 129 10\nmenu 131 5\n")
+        output = self.shell("menu 129 2\nmenu 129 10\nmenu 133 1\n")
         self.assertNotIn("Processing", output)
 
     def test_a_command_key_chooses(self):

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "console/window.h"
+#include "front/dialogs.h"
 #include "front/front.h"
 #include "headless/headless.h"
 #include "state/job_state.h"
@@ -29,10 +30,17 @@ class RecordingFront {
             record().printed += bytes;
         };
         recording().idle = []() -> int { throw Waited{}; };
-        recording().message_window = [](const char *name) {
-            record().windows.push_back(name);
-            return 1;
+        recording().run_dialog = [](Dialog *dialog) {
+            record().windows.push_back(dialog->name);
+            record().ended = 0;
+            if (record().fills)
+                record().fills(dialog);
+            hit_control(dialog, record().pressed);
+            // What OK refuses is cancelled.
+            if (!record().ended)
+                hit_control(dialog, 2);
         };
+        recording().end_dialog = [](Dialog *) { record().ended = 1; };
         recording().navigate = [](const NavRequest *request, BoundedBuffer &path) {
             record().asked = 1;
             record().kind = request->kind;
@@ -60,6 +68,9 @@ class RecordingFront {
     struct Record {
         std::string printed;
         std::vector<std::string> windows;
+        std::int16_t pressed = 1;                  // the button that closes a window
+        int ended = 0;                             // 1 once the window was closed
+        void (*fills)(DialogRef window) = nullptr; // fills the window's controls
         // Choosers.
         std::string answer; // the path chosen, empty: cancelled
         void (*meanwhile)(const NavRequest &request) = nullptr;

@@ -33,6 +33,8 @@ OSErr FindFolder(OSType kind, int create, std::int16_t *vref, std::int32_t *dir_
         path = common::config_folder();
     else if (kind == four("asup"))
         path = common::data_folder();
+    else if (kind == four("cusr"))
+        path = common::home_folder();
     else if (kind == four("temp"))
         path = common::temporary_folder();
     else if (kind == four("trns"))

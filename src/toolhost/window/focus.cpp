@@ -35,13 +35,14 @@ std::uint32_t property(xcb_connection_t *connection, xcb_window_t window, const 
     return value;
 }
 
-bool person_is_here(xcb_connection_t *connection, xcb_window_t root) {
+bool has_keyboard(xcb_connection_t *connection, xcb_window_t root) {
     const xcb_window_t active = property(connection, root, "_NET_ACTIVE_WINDOW");
     if (active == 0)
         return true;
     const std::uint32_t process = property(connection, active, "_NET_WM_PID");
     const char *const shell = std::getenv("QUILLON_SHELL_PID");
-    return process == static_cast<std::uint32_t>(getpid()) ||
+    // A window that has just gone, or does not say whose it is, counts for nobody.
+    return process == 0 || process == static_cast<std::uint32_t>(getpid()) ||
            (shell && process == static_cast<std::uint32_t>(std::atoi(shell)));
 }
 
@@ -60,6 +61,14 @@ void ask_window_manager(xcb_connection_t *connection, xcb_window_t root, xcb_win
 
 } // namespace
 
+int person_is_here() {
+    const auto *const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    if (!x11 || !x11->connection())
+        return 1;
+    return has_keyboard(x11->connection(),
+                        xcb_setup_roots_iterator(xcb_get_setup(x11->connection())).data->root);
+}
+
 int take_focus(QWidget *window) {
     const auto *const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
     // Other platforms may answer with an interface that has no connection.
@@ -70,7 +79,7 @@ int take_focus(QWidget *window) {
     }
     xcb_connection_t *const connection = x11->connection();
     const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
-    if (!person_is_here(connection, root))
+    if (!has_keyboard(connection, root))
         return 0;
     ask_window_manager(connection, root, static_cast<xcb_window_t>(window->winId()));
     return 1;

@@ -7,6 +7,9 @@ class QWidget;
 
 namespace toolhost {
 
+// 1 while the shell or this process has the keyboard, or nobody has, or where the desktop does not tell; 0
+// while the person works with another program.
+int person_is_here();
 // Asks for the focus for WINDOW and returns 1 when the active window is the shell's or this process's, or
 // when there is none. Returns 0, and asks for nothing, when the person works in another application.
 int take_focus(QWidget *window);

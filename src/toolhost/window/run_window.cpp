@@ -2,11 +2,13 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QFileDialog>
 #include <QFontDatabase>
 #include <QHBoxLayout>
 #include <QScreen>
 #include <QScrollBar>
 #include <QShortcut>
+#include <QTextBlock>
 #include <QVBoxLayout>
 #include <algorithm>
 
@@ -24,6 +26,7 @@ constexpr std::size_t block_size = 32768;
 constexpr qsizetype longest_line = 4096;
 constexpr int usual_width = 760, usual_height = 460;
 constexpr int focus_tries = 20;
+constexpr int question_lines = 4; // the lines at the end in which TeX asks
 
 QLabel *quiet_label(QWidget *parent) {
     auto *const label = new QLabel(parent);
@@ -138,11 +141,14 @@ QWidget *RunWindow::make_answers() {
     line->addWidget(label);
     line->addWidget(answer_, 1);
     line->addWidget(give);
+    file_ = make_file_button(answers);
+    line->addWidget(file_);
     layout->addLayout(line);
     if (!host_.answers_are_tex)
         return answers;
 
     auto *const row = new QWidget(answers);
+    tex_answers_ = row;
     auto *const buttons = new QHBoxLayout(row);
     buttons->setContentsMargins(0, 0, 0, 0);
     buttons->setSpacing(6);
@@ -160,6 +166,35 @@ QWidget *RunWindow::make_answers() {
     buttons->addStretch(1);
     layout->addWidget(row);
     return answers;
+}
+
+// Makes the button with which a file is chosen, when TeX asks for another one.
+QPushButton *RunWindow::make_file_button(QWidget *parent) {
+    auto *const button = new QPushButton(tr("Choose &File..."), parent);
+    button->setToolTip(tr("Answer with the path of a file"));
+    button->setAutoDefault(false);
+    connect(button, &QPushButton::clicked, this, [this] { choose_file(); });
+    button->hide();
+    return button;
+}
+
+void RunWindow::choose_file() {
+    const QString path = QFileDialog::getOpenFileName(this, tr("Choose a File for TeX"));
+    // TeX takes a name with blanks in quotes.
+    if (!path.isEmpty())
+        send((path.contains(u' ') ? u'"' + path + u'"' : path).toUtf8() + '\n');
+}
+
+// TeX asks for another file name in place of one of its usual answers.
+void RunWindow::fit_to_question() {
+    const QTextBlock last = text_->document()->lastBlock();
+    bool asks_for_file = false;
+    QTextBlock block = last;
+    for (int i = 0; i < question_lines && block.isValid(); ++i, block = block.previous())
+        asks_for_file = asks_for_file || block.text().contains(QLatin1String("Please type another"));
+    file_->setVisible(asks_for_file);
+    if (tex_answers_)
+        tex_answers_->setVisible(!asks_for_file);
 }
 
 void RunWindow::send(const QByteArray &line) {
@@ -260,6 +295,7 @@ void RunWindow::show_state(const ToolWindowState &state) {
     if (waiting) {
         // The line for answers stays, so that the next answer can be typed while the program still prints.
         answers_->show();
+        fit_to_question();
         answer_->setFocus();
         raise();
         at_end_ = true;

@@ -22,12 +22,18 @@ class RunWindow : public QWidget {
     // Shows what is new since the last call. False when the run has ended.
     bool refresh();
 
+    // True while the program waits for an answer.
+    bool is_asked() const { return waiting_; }
+
   protected:
     void closeEvent(QCloseEvent *event) override;
 
   private:
     QWidget *make_head();
     QWidget *make_answers();
+    QPushButton *make_file_button(QWidget *parent);
+    void choose_file();
+    void fit_to_question();
     void add_answer(QWidget *row, const QString &title, const QString &hint, const char *line);
     void send(const QByteArray &line);
     void cancel();
@@ -45,6 +51,8 @@ class RunWindow : public QWidget {
     QWidget *answers_;
     QLineEdit *answer_;
     QPushButton *cancel_;
+    QPushButton *file_ = nullptr;
+    QWidget *tex_answers_ = nullptr; // the buttons for TeX's answers; null for other programs
     QStringDecoder decoder_{QStringDecoder::Utf8};
     bool after_return_ = false;
     bool waiting_ = false;

@@ -5,6 +5,7 @@
 #include <QSocketNotifier>
 #include <QTimer>
 
+#include "toolhost/window/focus.h"
 #include "toolhost/window/run_window.h"
 #include "widgets/application.h"
 
@@ -20,9 +21,12 @@ extern "C" __attribute__((visibility("default"))) int quillon_tool_window(const 
     QEventLoop loop;
     toolhost::RunWindow window(*host);
     QTimer timer;
+    // While the person works with another program the window stays away until the program waits.
     const auto refresh = [&] {
         if (!window.refresh())
             loop.quit();
+        else if (!window.isVisible() && (window.is_asked() || toolhost::person_is_here()))
+            window.show();
     };
     QObject::connect(&timer, &QTimer::timeout, refresh);
     QSocketNotifier notifier(host->event_descriptor, QSocketNotifier::Read);
@@ -38,7 +42,7 @@ extern "C" __attribute__((visibility("default"))) int quillon_tool_window(const 
     if (!window.refresh())
         return 1;
     timer.start(refresh_milliseconds);
-    window.show();
+    refresh();
     window.refresh();
     loop.exec();
     window.hide();
