@@ -153,6 +153,31 @@ TEST_F(RunWindowTest, TheAnswerLineIsThereWhenTheProgramAsks) {
     EXPECT_EQ(fake_.answers, "i\\\xC3\xA9\n\n");
 }
 
+TEST_F(RunWindowTest, TheButtonsFitTheQuestion) {
+    host_.answers_are_tex = 1;
+    RunWindow window(host_);
+    window.show();
+    const auto shows = [&window](const QString &title) {
+        for (const QPushButton *const button : window.findChildren<QPushButton *>())
+            if (button->text() == title)
+                return button->isVisible();
+        return false;
+    };
+    const auto asks = [&](const std::string &question) {
+        fake_.state.waiting = 0;
+        print(window, question);
+        fake_.state.waiting = 1;
+        window.refresh();
+    };
+    asks("! LaTeX Error: File `x.sty' not found.\n\nPlease type another input file name: ");
+    EXPECT_TRUE(shows(QStringLiteral("Choose &File...")));
+    EXPECT_FALSE(shows(QStringLiteral("&Scroll")));
+    EXPECT_TRUE(shows(QStringLiteral("&Cancel")));
+    asks("\n! Undefined control sequence.\nl.1 \\x\n      \n\n? ");
+    EXPECT_FALSE(shows(QStringLiteral("Choose &File...")));
+    EXPECT_TRUE(shows(QStringLiteral("&Scroll")));
+}
+
 TEST_F(RunWindowTest, ClosingCancelsAndTheWindowStaysUntilTheRunHasGone) {
     RunWindow window(host_);
     window.show();

@@ -105,6 +105,32 @@ class Runs(Desk):
                    "urgency" in self.property("WM_HINTS", window))
         self.assertEqual(self.active(), other)
 
+    def test_while_the_person_is_elsewhere_the_window_comes_only_with_a_question(self):
+        self.begin("echo $$ > \"$HOME/leader\"; echo begun; while [ ! -e \"$HOME/go\" ]; do sleep 0.05; done; "
+                   "printf '? '; read x; echo \"answer $x\"\n")
+        # The window comes up while the shell is in front, so this looks at a second run.
+        self.tool_window()
+        self.keys("Escape")
+        wait_until(lambda: not self.leader_runs())
+        wait_until(lambda: not self.windows("– Quillon$"))
+        os.unlink(os.path.join(self.home, "leader"))
+        other = self.other_application()
+        self.in_background(lambda: self.shell_object().Exec("pdftex x.tex", self.work, timeout=100))
+        wait_until(lambda: os.path.exists(os.path.join(self.home, "leader")))
+        # The toolkit is loaded when the window would be shown.
+        wait_until(self.window_is_ready)
+        self.assertEqual(self.windows("– Quillon$"), [])
+        self.let_end()
+        self.tool_window()
+        self.assertEqual(self.active(), other)
+
+    def window_is_ready(self):
+        for pid in self.processes_of("pdftex.app/Contents/Linux/pdftex"):
+            with open(f"/proc/{pid}/maps", encoding="utf-8", errors="replace") as file:
+                if "libQt6XcbQpa" in file.read():
+                    return True
+        return False
+
     def test_the_end_of_a_long_run_is_told_to_who_is_elsewhere(self):
         record = os.path.join(self.home, "notifications")
         service = subprocess.Popen(["/usr/bin/python3", os.path.join(FAKES, "notifications.py"), record],

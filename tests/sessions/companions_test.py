@@ -1,6 +1,7 @@
 """A day's work in one session: a paper with a bibliography, an index and a figure, every companion program from the
 menus, and formats that are built and used."""
 
+import glob
 import os
 import shutil
 import subprocess
@@ -105,6 +106,21 @@ class Session(HomeTest):
             self.assertEqual(self.setting("PDFTEXOUTPUT"), "1")
             with open(self.path(document[:-3] + "fls"), encoding="utf-8") as file:
                 self.assertIn(f"INPUT {self.formats}/{name}.fmt\n", file.read())
+
+    def test_a_bitmap_font_is_made_when_that_is_wanted(self):
+        path = self.file("logo.tex", "\\font\\logo=logo10 \\logo METAFONT \\bye\n")
+        for made in ("0", "1"):
+            self.change(USEPDFTEX="1", PDFTEXFORMAT="pdftex", PDFMAKEFONT=made, PDFTEXMODE="ljfour")
+            output = self.steps(f"choose {path}", TYPESET_CHOSEN)
+            self.assertEqual("Font logo10 at 600 not found" in output, made == "0", output)
+            self.assertEqual(os.path.exists(self.path("logo.pdf")), made == "1")
+        # In DVI mode dvips makes it.
+        for folder in glob.glob(os.path.join(self.home, ".texlive*")):
+            shutil.rmtree(folder)
+        self.change(USEPDFTEX="0")
+        output = self.steps(f"choose {path}", TYPESET_CHOSEN, DVIPS)
+        self.assertIn("mktexpk", output)
+        self.assertTrue(os.path.exists(self.path("logo.ps")))
 
     def test_execute_keeps_its_line(self):
         output = self.steps("dialog command line", "  set 4 latex x.tex", "  press 1", "menu 134 3", "print setting BUILDLINE",

@@ -126,6 +126,13 @@ class Companions(HomeTest):
         self.steps("choose", "menu 129 14")
         self.assertNotIn("chooser", self.errors)
 
+    def test_makeindex_with_ten_files(self):
+        names = [f"{number}.idx" for number in range(10)]
+        for name in names:
+            self.file(name, "x")
+        self.runs("makeindex", "makeindex   " + " ".join(names), *(f"choose {self.path(name)}" for name in names),
+                  "dialog makeindex options", *["  press 3"] * 10, "  press 1", "menu 135 3")
+
     def test_names_with_blanks_quotes_and_accents(self):
         for name, word in (("a b.dvi", "a\x1fb.dvi"), ("it's é.dvi", "it's\x1fé.dvi"), ("$HOME`x`.dvi", "$HOME`x`.dvi")):
             self.file(name, "x")
