@@ -46,8 +46,12 @@ void run_tool(const Tool &tool, const char *command, const char *folder) {
         return;
     KillApp(tool.path.c_str());
     CallTool(tool.path.c_str(), command, folder);
+    // Kept on purpose: the cursor comes back before the tool is gone, but after BibTeX has gone.
+    if (&tool == &bibtex)
+        KillApp(tool.path.c_str());
     restore();
-    KillApp(tool.path.c_str());
+    if (&tool != &bibtex)
+        KillApp(tool.path.c_str());
 }
 
 // The file of a run: its folder, which is empty for a path without a "/", and its name.
