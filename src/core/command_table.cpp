@@ -166,6 +166,7 @@ const Command command_table[] = {
     action(menu_help, help_manual, "Quillon Manual", 0, help),
     action(menu_help, help_keys, "Keys", 0, help_with_keys),
     action(menu_help, help_messages, "What the Messages Mean", 0, help),
+    action(menu_help, help_package, "Manual of a Package...", 0, command_package_manual),
 
     any_item(menu_transfer, DoTransferItem),
     any_item(menu_delete, CutTransferItem),

@@ -99,6 +99,7 @@ enum : std::int16_t {
     help_manual = 1,
     help_keys = 2,
     help_messages = 3,
+    help_package = 4,
 };
 
 inline constexpr const char *separator_title = "(-";

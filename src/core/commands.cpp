@@ -10,6 +10,7 @@
 #include "dialogs/dvips.h"
 #include "dialogs/message_windows.h"
 #include "dialogs/options.h"
+#include "dialogs/package_manual.h"
 #include "files/signatures.h"
 #include "files/streams.h"
 #include "front/front.h"
@@ -205,6 +206,10 @@ void help_with_keys(std::int16_t) {
         ml_printf("F3, Shift+F3    the next and the previous hit in the console\n"
                   "Ctrl++, Ctrl+-  larger and smaller text in the console; Ctrl+0 as it was\n");
     ml_printf("\n");
+}
+
+void command_package_manual(std::int16_t) {
+    show_package_manual();
 }
 
 int has_tex_file() {

@@ -58,6 +58,8 @@ void choose_recent(std::int16_t item);
 // of all keys.
 void help(std::int16_t item);
 void help_with_keys(std::int16_t item);
+// Asks for a package and shows its manual.
+void command_package_manual(std::int16_t item);
 
 // Enabling rules: 1 when the job state holds the file or command line that the item needs, else 0.
 int has_tex_file();

@@ -6,6 +6,7 @@
 #include "dialogs/command_line.h"
 #include "dialogs/dvips.h"
 #include "dialogs/options.h"
+#include "dialogs/package_manual.h"
 #include "files/paths.h"
 #include "state/job_state.h"
 #include "toolbox/windows.h"
@@ -27,6 +28,7 @@ const DialogRow dialog_rows[] = {
     {dialog_dvips, "dvips options", {{3, 511}}, nullptr, nullptr},
     {dialog_bibtex8, "bibtex8 options", {{3, 256}, {4, 256}}, accept_bibtex8, nullptr},
     {dialog_pdftex, "pdftex options", {{4, 256}}, accept_pdftex, nullptr},
+    {dialog_package, "package manual", {{3, 100}}, accept_package, nullptr},
     {dialog_command_key, "cmdkey", {{3, 500}}, nullptr, nullptr},
 };
 const int dialog_row_count = sizeof dialog_rows / sizeof dialog_rows[0];

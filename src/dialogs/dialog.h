@@ -23,6 +23,7 @@ enum DialogNumber : std::int32_t {
     dialog_dvips = 139,
     dialog_bibtex8 = 142,
     dialog_pdftex = 143,
+    dialog_package = 301,
     dialog_command_key = 500,
 };
 

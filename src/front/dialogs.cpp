@@ -66,6 +66,10 @@ const DialogControl dialog_controls[] = {
     {"font size", 2, button_control},
     {"font size", 3, text_control},
 
+    {"package manual", 1, button_control},
+    {"package manual", 2, button_control},
+    {"package manual", 3, text_control},
+
     {"about box", 1, button_control},
     {"Quit", 1, button_control},
     {"ConfirmDelete", 1, button_control},

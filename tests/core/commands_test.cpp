@@ -456,6 +456,8 @@ class EveryCommand : public Commands, public ::testing::WithParamInterface<Choic
             return {{"console", std::string(old_text) + names[item - 1] + "_info\n"}};
         }
         case menu_help:
+            if (item == 4)
+                return {{"windows", "package manual\n"}};
             return {{"console", old_text + (item == 1   ? std::string("help_manual\n")
                                             : item == 2 ? keys()
                                                         : std::string("help_messages\n"))}};

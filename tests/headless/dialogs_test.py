@@ -74,6 +74,23 @@ class Dialogs(HomeTest):
         output = self.shell("dialog command line\n  press 1\nmenu 134 3\nprint setting BUILDLINE\n")
         self.assertIn("BUILDLINE=unknown x\n", output)
 
+    def test_the_manual_of_a_package(self):
+        record = os.path.join(self.work, "record")
+        programs = os.path.join(self.home, "programs")
+        viewer = self.file("a $viewer's `x`", f"#!/bin/sh\nprintf '%s' \"$1\" > {record}\n", mode=0o755)
+        # As texdoc does it: the viewer's command with the file's name behind it, in a shell.
+        self.file("texdoc", f"#!/bin/sh\necho \"looking for $*\"\neval \"$PDFVIEWER_texdoc '{self.file('m.pdf', 'x')}'\"\n",
+                  programs, 0o755)
+        self.environment["PATH"] = programs + ":" + self.environment["PATH"]
+        output = self.steps("dialog package manual", "  set 3 $(touch ran) `x`", "  press 1", "menu 300 4", f"wait FILE {record}",
+                            PDFVIEW=viewer)
+        self.assertIn("looking for $(touch ran) `x`\n", output)
+        with open(record, encoding="utf-8") as file:
+            self.assertEqual(file.read(), os.path.join(self.work, "m.pdf"))
+        self.assertFalse(os.path.exists(os.path.join(self.work, "ran")))
+        self.steps("dialog package manual", "  set 3 --version", "  press 1", "menu 300 4")
+        self.assertIn("its answers left it open", self.errors)
+
     def test_message_windows_take_their_buttons(self):
         path = os.path.join(self.work, "gone.tex")
         self.file("gone.tex", "x")
