@@ -37,10 +37,11 @@ ALLOWED = {
     "setpaths/window": ("setpaths", "common", "widgets", "toolbox/types.h"),
     "client": ("common",),
     "helpers": ("common",),
+    "dviview": ("common", "helpers", "toolbox/types.h"),
     "background": ("common", "toolhost"),
 }
 LIBRARIES = re.compile(r'#\s*include\s*<(Q\w|systemd/|gio/|glib|zlib)')
-LIBRARY_FOLDERS = ("common", "linux", "desktop", "widgets", "toolhost", "setpaths", "client", "helpers", "background")
+LIBRARY_FOLDERS = ("common", "linux", "desktop", "widgets", "toolhost", "setpaths", "client", "helpers", "background", "dviview")
 BANNED = re.compile(r"\b(strcpy|strcat|sprintf|vsprintf|gets|system|usleep)\s*\(")
 OPERATING_SYSTEM = re.compile(r"#\s*(if|ifdef|elif).*(__linux__|__unix__|_WIN32|__APPLE__|__FreeBSD__)")
 

@@ -6,9 +6,11 @@
 #include <string>
 #include <unistd.h>
 
+#include "common/bundle.h"
 #include "common/path_forms.h"
 #include "common/preferences.h"
 #include "helpers/application.h"
+#include "helpers/dvi_viewer.h"
 #include "helpers/editor.h"
 #include "helpers/hand_over.h"
 #include "helpers/launch.h"
@@ -71,6 +73,13 @@ int main(int argc, char **argv) {
         document = common::from_working_folder(argv[3]);
         if (access(document.c_str(), F_OK) != 0)
             return fail("I can't find the file " + document);
+    }
+    // The bundle dviview only stands for a viewer. What keeps that from starting is said here, where it is
+    // heard.
+    if (application.kind == common::Kind::bundle && !document.empty() &&
+        common::signature_of_bundle(application.path) == dviview_signature) {
+        std::string problem;
+        return show_dvi(document, problem) ? 0 : fail(problem);
     }
     // The document starts the application, or is sent to the one that runs.
     if (said_to_follow() == "document")

@@ -135,6 +135,12 @@ TEST_F(Choosers, FileThatCannotBeUsedIsRefusedByName) {
 TEST_F(Choosers, NameOfThirtyCharactersIsRefusedWithTheLongNameWindow) {
     front_->answer = home_.file("work/" + std::string(29, 'n'));
     EXPECT_EQ(get_file(name_, &vref_, &dir_id_, nullptr, nullptr, 0, "p"), 1);
+    // Characters count, of however many bytes.
+    std::string accents;
+    for (int i = 0; i < 29; i++)
+        accents += "\xC3\xA9";
+    front_->answer = home_.file("work/" + accents);
+    EXPECT_EQ(get_file(name_, &vref_, &dir_id_, nullptr, nullptr, 0, "p"), 1);
     EXPECT_TRUE(front_->windows.empty());
     front_->answer = home_.file("work/" + std::string(30, 'n'));
     name_.clear();

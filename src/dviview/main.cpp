@@ -1,0 +1,104 @@
+// The DVI previewer: the bundle dviview.app, which hands the documents that it is sent to the viewer for DVI
+// files. It ends a moment after the last one.
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <sys/types.h>
+#include <systemd/sd-bus.h>
+#include <systemd/sd-event.h>
+#include <unistd.h>
+
+#include "common/application_object.h"
+#include "common/bundle.h"
+#include "common/event_codec.h"
+#include "common/session_bus.h"
+#include "helpers/dvi_viewer.h"
+#include "toolbox/types.h"
+
+namespace {
+
+constexpr std::uint64_t second = 1000000;
+// How long it waits for its first document, and for another one.
+constexpr std::uint64_t first_wait = 30 * second, next_wait = 2 * second;
+
+struct Previewer {
+    sd_bus *bus = nullptr;
+    sd_event *loop = nullptr;
+    sd_event_source *end = nullptr;
+};
+Previewer previewer;
+
+// Tells whoever sent the document why it is not shown. The shell prints that.
+void report(const char *sender, const std::string &problem) {
+    sd_bus_message *message = nullptr;
+    const common::Parameters parameters = {
+        common::number_parameter("----", 1), common::text_parameter("said", "dviview: " + problem + "\r"),
+        common::number_parameter("iden", common::code_number(helpers::dviview_signature))};
+    const int result = common::new_event_call(previewer.bus, sender, {"aevt", "ansr", parameters}, &message);
+    common::send_without_reply(previewer.bus, message, result);
+}
+
+std::int32_t show_documents(const common::Parameters &parameters, const char *sender) {
+    const common::Parameter *const direct = common::find_parameter(parameters, "----");
+    if (!direct)
+        return quillon::errAEDescNotFound;
+    for (const common::Parameter &item :
+         direct->type == "list" ? direct->items : common::Parameters{*direct}) {
+        std::string problem;
+        if (item.type != "fss " || !item.bytes.starts_with('/'))
+            return quillon::errAECoercionFail;
+        if (!helpers::show_dvi(item.bytes, problem))
+            report(sender, problem);
+    }
+    return quillon::noErr;
+}
+
+int take_event(sd_bus_message *call) {
+    common::Event event;
+    int result = common::read_event(call, event);
+    if (result < 0)
+        return result;
+    const std::string name = event.event_class + "/" + event.id;
+    std::int32_t error = quillon::noErr;
+    if (name == "aevt/odoc") {
+        error = show_documents(event.parameters, sd_bus_message_get_sender(call));
+        sd_event_source_set_time_relative(previewer.end, next_wait);
+    } else if (name != "aevt/quit" && name != "aevt/oapp") {
+        error = quillon::errAEEventNotHandled;
+    }
+    result = common::answer_event(call, error, {});
+    if (name == "aevt/quit")
+        sd_event_exit(previewer.loop, 0);
+    return result < 0 ? result : 1;
+}
+
+} // namespace
+
+int main(int, char **words) {
+    common::Bundle bundle;
+    if (!common::find_bundle(words[0], bundle)) {
+        std::fprintf(stderr, "%s: this program is started as dviview.app/Contents/Linux/dviview\n", words[0]);
+        return 1;
+    }
+    common::ApplicationObject object = {
+        bundle.signature, bundle.tool, bundle.path,
+        [](sd_bus_message *call, sd_bus_error *) { return take_event(call); }};
+    const auto give_up = [](sd_event_source *, std::uint64_t, void *) {
+        return sd_event_exit(previewer.loop, 0);
+    };
+    if (sd_event_new(&previewer.loop) < 0 ||
+        sd_event_add_time_relative(previewer.loop, &previewer.end, CLOCK_MONOTONIC, first_wait, 0, give_up,
+                                   nullptr) < 0 ||
+        !(previewer.bus = common::open_session_bus()) ||
+        common::serve_application(previewer.bus, &object) < 0 ||
+        sd_bus_attach_event(previewer.bus, previewer.loop, SD_EVENT_PRIORITY_NORMAL) < 0 ||
+        sd_bus_request_name(previewer.bus, common::application_bus_name(getpid()).c_str(), 0) < 0) {
+        std::fprintf(stderr, "dviview: there is no session bus\n");
+        return 1;
+    }
+    sd_event_loop(previewer.loop);
+    sd_event_source_unref(previewer.end);
+    sd_bus_flush_close_unref(previewer.bus);
+    sd_event_unref(previewer.loop);
+    return 0;
+}
