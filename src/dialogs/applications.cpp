@@ -1,5 +1,7 @@
 #include "dialogs/applications.h"
 
+#include <cstdlib>
+
 #include "dialogs/dialog.h"
 #include "files/choosers.h"
 #include "files/signatures.h"
@@ -33,10 +35,11 @@ BoundedString<256> slots[tool_count]; // what was chosen in the dialog that is o
 
 void use(const Tool &tool, const char *path) {
     set_str_resource(tool.key, path);
-    const char *const located = GetApp(tool.key);
+    char *const located = GetApp(tool.key);
     if (!tool.located) {
         if (located)
             dvipreview.copy(located);
+        std::free(located);
         return;
     }
     *tool.located = located;

@@ -56,7 +56,10 @@ class Dialogs : public ::testing::Test {
     }
     void TearDown() override {
         space_char = 202;
-        editor = viewpsexe = pdfview = nullptr;
+        for (const char **const application : {&editor, &viewpsexe, &pdfview}) {
+            std::free(const_cast<char *>(*application));
+            *application = nullptr;
+        }
         format_folder.clear();
     }
     static std::string stored(const char *key) {
