@@ -34,14 +34,12 @@ bool places_windows_itself() {
 } // namespace
 
 MainWindow::MainWindow(const QString &title)
-    : content_(new QWidget(this)), console_(new ConsoleView(content_)),
-      find_bar_(new FindBar(console_, content_)), menus_(menuBar()) {
+    : content_(new QWidget(this)), console_(new ConsoleView(content_)), menus_(menuBar()) {
     setWindowTitle(title);
     auto *const column = new QVBoxLayout(content_);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(console_, 1);
-    column->addWidget(find_bar_);
     setCentralWidget(content_);
     make_zoom_keys();
     setContextMenuPolicy(Qt::NoContextMenu);
@@ -86,9 +84,17 @@ void MainWindow::make_zoom_keys() {
     add(Qt::Key_0, 0);
 }
 
+FindBar *MainWindow::find_bar() {
+    if (!find_bar_) {
+        find_bar_ = new FindBar(console_, content_);
+        content_->layout()->addWidget(find_bar_);
+    }
+    return find_bar_;
+}
+
 bool MainWindow::finds() const {
     const QWidget *const focus = focusWidget();
-    return find_bar_->isVisible() && focus && find_bar_->isAncestorOf(focus);
+    return find_bar_ && find_bar_->isVisible() && focus && find_bar_->isAncestorOf(focus);
 }
 
 void MainWindow::place_content(const Rect &bounds) {

@@ -23,7 +23,7 @@ class MainWindow : public QMainWindow {
     ConsoleView *console() { return console_; }
     MenuMirror &menus() { return menus_; }
     // The bar that finds text; it belongs to the window.
-    FindBar *find_bar() { return find_bar_; }
+    FindBar *find_bar();
     // True while the keyboard is in that bar.
     bool finds() const;
     // Set and ask the rectangle of the console with the bar, in global coordinates. It is at least 160 by 80
@@ -43,8 +43,8 @@ class MainWindow : public QMainWindow {
 
     QWidget *const content_;
     ConsoleView *const console_;
-    FindBar *const find_bar_;
-    QLabel *busy_ = nullptr; // made when the first run begins
+    FindBar *find_bar_ = nullptr; // made when text is first looked for
+    QLabel *busy_ = nullptr;      // made when the first run begins
     QTimer busy_delay_;
     MenuMirror menus_;
     Rect placed_{};
