@@ -67,7 +67,9 @@ class Session(DesktopTest):
         self.keys("alt+a")
         self.answer_chooser("Select an idx file", "paper.idx")
         self.activate(dialog)
-        self.keys("Return")
+        # The dialog takes keys again a moment after the chooser over it has gone.
+        wait_until(lambda: (self.windows("MakeIndex") and self.keys("Return")) or os.path.exists(self.path("paper.ind")),
+                   "the run of MakeIndex")
         self.settled("paper.ind")
         for _ in range(2):
             before = os.stat(self.path("paper.dvi")).st_mtime_ns
