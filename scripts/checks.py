@@ -30,7 +30,7 @@ ALLOWED = {
     "headless": (*SHELL, *FLOOR, "linux/events"),
     "program": (*SHELL, *FLOOR, "common", "linux/events", "headless"),
     "widgets": (),
-    "desktop": (*SHELL, *FLOOR, "widgets", "linux/events"),
+    "desktop": (*SHELL, *FLOOR, "widgets", "linux/events", "common/utf8.h"),
     "toolhost": ("toolbox/types.h", "common", "toolhost/window"),
     "toolhost/window": ("toolhost", "common", "widgets"),
     "setpaths": ("toolbox/resources.h", "common", "setpaths/window"),

@@ -5,7 +5,8 @@
 #include <QString>
 #include <algorithm>
 #include <cstring>
-#include <utility>
+
+#include "common/utf8.h"
 
 namespace quillon::desktop {
 
@@ -18,16 +19,6 @@ enum class Kind { blank, word, mark, line_end };
 
 bool is_continuation(unsigned char byte) {
     return (byte & 0xC0) == 0x80;
-}
-
-// The smallest and the largest second byte that may follow a lead byte of UTF-8.
-std::pair<unsigned char, unsigned char> second_bytes(unsigned char lead) {
-    return {lead == 0xE0   ? 0xA0
-            : lead == 0xF0 ? 0x90
-                           : 0x80,
-            lead == 0xED   ? 0x9F
-            : lead == 0xF4 ? 0x8F
-                           : 0xBF};
 }
 
 // The length of the character at OFFSET, which is less than the length of the text.
@@ -88,21 +79,8 @@ bool ends_with_line_end(const TextStore &store, ByteRange range) {
 } // namespace
 
 std::size_t character_size(const char *bytes, std::size_t size) {
-    const auto lead = static_cast<unsigned char>(bytes[0]);
-    const std::size_t length = lead >= 0xC2 && lead < 0xE0   ? 2
-                               : (lead & 0xF0) == 0xE0       ? 3
-                               : lead >= 0xF0 && lead < 0xF5 ? 4
-                                                             : 1;
-    if (length == 1 || length > size)
-        return 1;
-    const auto second = static_cast<unsigned char>(bytes[1]);
-    const auto [least, most] = second_bytes(lead);
-    if (second < least || second > most)
-        return 1;
-    for (std::size_t i = 2; i < length; ++i)
-        if (!is_continuation(static_cast<unsigned char>(bytes[i])))
-            return 1;
-    return length;
+    // A byte that is no UTF-8 is shown as one character.
+    return std::max<std::size_t>(1, common::utf8_length({bytes, size}, 0));
 }
 
 std::size_t shown_size(const char *bytes, std::size_t size) {

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "common/utf8.h"
+
 namespace quillon::desktop {
 
 namespace {
@@ -17,23 +19,10 @@ constexpr int tab_columns = 8;
 
 // The length in bytes of the UTF-8 character at BYTES, whose code point goes into CODE; 0 if malformed.
 std::size_t utf8_character(const unsigned char *bytes, std::size_t size, char32_t *code) {
-    const unsigned char lead = bytes[0];
-    const std::size_t length = lead >= 0xC2 && lead < 0xE0   ? 2
-                               : (lead & 0xF0) == 0xE0       ? 3
-                               : lead >= 0xF0 && lead < 0xF5 ? 4
-                                                             : 0;
-    if (length == 0 || length > size)
-        return 0;
-    char32_t value = lead & (0xFFu >> (length + 1));
-    for (std::size_t i = 1; i < length; ++i) {
-        if ((bytes[i] & 0xC0) != 0x80)
-            return 0;
-        value = value << 6 | (bytes[i] & 0x3Fu);
-    }
-    const bool overlong = (length == 3 && value < 0x800) || (length == 4 && value < 0x10000);
-    if (overlong || value > 0x10FFFF || (value >= 0xD800 && value < 0xE000))
-        return 0;
-    *code = value;
+    const std::size_t length = common::utf8_length({reinterpret_cast<const char *>(bytes), size}, 0);
+    *code = length > 1 ? bytes[0] & (0xFFu >> (length + 1)) : bytes[0];
+    for (std::size_t i = 1; i < length; ++i)
+        *code = *code << 6 | (bytes[i] & 0x3Fu);
     return length;
 }
 
