@@ -63,9 +63,13 @@ class Programs(Applications, HomeTest):
         self.assertNotEqual(os.getsid(process), os.getsid(0))
         for number in range(3):
             self.assertEqual(os.readlink(f"/proc/{process}/fd/{number}"), "/dev/null")
-        with open(f"/proc/{process}/status", encoding="utf-8") as file:
-            ignored = [line for line in file if line.startswith(("SigBlk:", "SigIgn:"))]
-        self.assertEqual([line.split()[1] for line in ignored], ["0" * 16] * 2)
+
+        def signals():
+            with open(f"/proc/{process}/status", encoding="utf-8") as file:
+                return [line.split()[1] for line in file if line.startswith(("SigBlk:", "SigIgn:"))]
+
+        # A shell that starts a program blocks every signal for a moment.
+        wait_until(lambda: signals() == ["0" * 16] * 2, "signals that are neither blocked nor ignored")
 
     def test_what_is_started_does_not_see_the_helpers(self):
         self.environment["PATH"] = HELPERS + ":" + self.environment["PATH"]
