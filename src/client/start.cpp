@@ -6,13 +6,13 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "common/argument_list.h"
 #include "common/places.h"
+#include "common/spawn.h"
 
 namespace client {
 
@@ -61,22 +61,12 @@ int become(const std::string &program, const std::vector<std::string> &words, bo
 
 pid_t start_service() {
     const std::string program = shell_program();
-    std::vector<std::string> words = {program, "--headless", "--service"};
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    // Its console's text comes over the bus.
-    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    // In a group of its own it gets no interrupt that is typed at the terminal; this command cancels the run.
-    posix_spawnattr_t attributes;
-    posix_spawnattr_init(&attributes);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
-    posix_spawnattr_setpgroup(&attributes, 0);
+    // Its console's text comes over the bus. In a group of its own it gets no interrupt that is typed at the
+    // terminal; this command cancels the run.
     pid_t process = -1;
-    const int error = posix_spawn(&process, program.c_str(), &actions, &attributes,
-                                  common::argument_list(words).data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    posix_spawnattr_destroy(&attributes);
+    const int error = common::spawn(
+        {program, {program, "--headless", "--service"}, {}, common::Place::own_group, common::nowhere},
+        &process);
     if (error == 0)
         return process;
     std::fprintf(stderr, "quillon: I can't start %s: %s\n", program.c_str(), std::strerror(error));

@@ -2,11 +2,10 @@
 
 #include <algorithm>
 #include <fcntl.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "common/argument_list.h"
+#include "common/spawn.h"
 
 namespace common {
 
@@ -15,16 +14,10 @@ std::string output_of(const std::string &program, std::vector<std::string> words
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0)
         return {};
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
     words.insert(words.begin(), program);
     pid_t process = -1;
-    const int error = posix_spawn(&process, program.c_str(), &actions, nullptr, argument_list(words).data(),
-                                  environment.empty() ? environ : argument_list(environment).data());
-    posix_spawn_file_actions_destroy(&actions);
+    const int error =
+        spawn({program, std::move(words), std::move(environment), Place::here, ends[1], nowhere}, &process);
     close(ends[1]);
     std::string text;
     char block[4096];

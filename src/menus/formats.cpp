@@ -23,11 +23,6 @@ static OSType format_creator() {
     return useETeX ? four("qXET") : four("QXET");
 }
 
-static void empty_menu(MenuHandle menu) {
-    while (CountMenuItems(menu) > 0)
-        DeleteMenuItem(menu, CountMenuItems(menu));
-}
-
 // Cuts the extension off the name of a format file. Returns 0 for any other file.
 static int format_stem(BoundedBuffer &name) {
     const std::size_t dot = name.view().find_last_of('.');

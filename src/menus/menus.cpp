@@ -80,6 +80,11 @@ static void fill_font_menu(MenuHandle menu) {
     CheckFontMenu();
 }
 
+void empty_menu(MenuHandle menu) {
+    while (CountMenuItems(menu) > 0)
+        DeleteMenuItem(menu, CountMenuItems(menu));
+}
+
 void enable_menu(MenuHandle menu) {
     for (std::int16_t item = 1; item <= CountMenuItems(menu); item++)
         EnableMenuItem(menu, item);

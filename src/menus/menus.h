@@ -16,6 +16,8 @@ extern std::int32_t oldItem; // the checked item of the Font menu, 0 for none
 // Makes the menu bar and all menus from the command table, once at start-up. The Font menu is filled when it
 // is first opened.
 void SetUpMenus();
+// Takes every item out of a menu, the last first.
+void empty_menu(MenuHandle menu);
 // Enable or disable every item of a menu, in order; an empty menu is left alone.
 void enable_menu(MenuHandle menu);
 void disable_menu(MenuHandle menu);

@@ -75,8 +75,7 @@ static void empty_slots(int first) {
 void SetRecentMenu() {
     BoundedString<1024> text;
     BoundedString<32> key;
-    while (CountMenuItems(recentMenu) > 0)
-        DeleteMenuItem(recentMenu, CountMenuItems(recentMenu));
+    empty_menu(recentMenu);
     for (int i = 1; i <= recent_file_limit; i++) {
         key_of(i, key);
         const char *const value = get_str_resource(key.c_str());
@@ -149,8 +148,7 @@ void SaveRecentItems() {
 
 void DeleteAllRecentItems() {
     empty_slots(1);
-    while (CountMenuItems(recentMenu) > 0)
-        DeleteMenuItem(recentMenu, CountMenuItems(recentMenu));
+    empty_menu(recentMenu);
 }
 
 } // namespace quillon

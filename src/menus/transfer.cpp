@@ -30,11 +30,6 @@ void store(int slot) {
     set_str_resource(key.c_str(), MenuName[slot].c_str());
 }
 
-void empty_menu(MenuHandle menu) {
-    while (CountMenuItems(menu) > 0)
-        DeleteMenuItem(menu, CountMenuItems(menu));
-}
-
 void rebuild() {
     for (const MenuHandle menu : {deleteMenu, changeMenu, transferMenu})
         empty_menu(menu);

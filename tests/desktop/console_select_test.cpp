@@ -11,6 +11,7 @@
 #include <string>
 
 #include "desktop/console_view.h"
+#include "desktop/console_window.h"
 #include "state/job_state.h"
 #include "toolbox/events.h"
 
@@ -33,14 +34,7 @@ class Selecting : public testing::Test {
         resize(40, 10);
     }
 
-    void resize(int columns, int rows) {
-        const TextMetrics &metrics = view_.metrics();
-        const int extra_width = view_.width() - view_.viewport()->width() + 2 * view_.margin();
-        const int extra_height = view_.height() - view_.viewport()->height() + 2 * view_.margin();
-        view_.resize(extra_width + static_cast<int>(columns * metrics.cell + metrics.cell / 2),
-                     extra_height + static_cast<int>(rows * metrics.row_height + metrics.row_height / 2));
-        QApplication::processEvents();
-    }
+    void resize(int columns, int rows) { size_text(view_, columns, rows); }
 
     void write(const std::string &text) {
         store_.append(text.data(), text.size());

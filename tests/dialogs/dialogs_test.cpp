@@ -316,6 +316,15 @@ TEST_F(Dialogs, AnEmptyCommandLineIsRefused) {
     EXPECT_EQ(GetCommandLine(nullptr, folder), 1);
 }
 
+TEST_F(Dialogs, ACommandLineWithoutAFolderIsIgnoredWithoutABeep) {
+    BoundedString<256> folder;
+    const auto fill = front_->fills;
+    front_->fills = [](DialogRef) { unix_dir.clear(); };
+    EXPECT_EQ(GetCommandLine("x", folder), 0);
+    EXPECT_EQ(beeps, 0);
+    front_->fills = fill;
+}
+
 TEST_F(Dialogs, AFontSizeBeginsWithANumber) {
     static int shown_size;
     watching.text_font = [](const char *, int size) { shown_size = size; };

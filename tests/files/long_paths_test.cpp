@@ -31,15 +31,20 @@ class LongPaths : public ::testing::Test {
     }
     void TearDown() override { curr_dir.clear(); }
 
+    // A TeX input whose path is too long; its path.
+    std::string make_input() const {
+        home_.preferences("SPACECHAR=31\nDEBUG=0\nTEXINPUTS=" + home_.path(deep_) + "\n");
+        setpaths(1u << slot_texinputs);
+        return home_.file(deep_ + "/found.tex", "x");
+    }
+
     test::TemporaryHome home_;
     test::RecordingFront recorded_;
     std::string deep_;
 };
 
 TEST_F(LongPaths, AFindWhosePathDoesNotFitIsRefusedByName) {
-    const std::string file = home_.file(deep_ + "/found.tex", "x");
-    home_.preferences("SPACECHAR=31\nDEBUG=0\nTEXINPUTS=" + home_.path(deep_) + "\n");
-    setpaths(1u << slot_texinputs);
+    const std::string file = make_input();
     BoundedString<256> name;
     name.copy("found");
     DoFindFile(name);
@@ -48,9 +53,7 @@ TEST_F(LongPaths, AFindWhosePathDoesNotFitIsRefusedByName) {
 }
 
 TEST_F(LongPaths, ALocateWhosePathDoesNotFitIsRefusedByName) {
-    const std::string file = home_.file(deep_ + "/found.tex", "x");
-    home_.preferences("SPACECHAR=31\nDEBUG=0\nTEXINPUTS=" + home_.path(deep_) + "\n");
-    setpaths(1u << slot_texinputs);
+    const std::string file = make_input();
     BoundedString<256> name;
     name.copy("found");
     EXPECT_EQ(DoSearchFile(name), 0);

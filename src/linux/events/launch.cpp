@@ -1,19 +1,15 @@
 // Launching bundles, desktop entries and programs.
-#include <fcntl.h>
-#include <signal.h>
-#include <spawn.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <string>
 #include <vector>
 
 #include "common/application.h"
-#include "common/argument_list.h"
 #include "common/bundle.h"
+#include "common/spawn.h"
 #include "front/front.h"
 #include "linux/events/peers.h"
 #include "linux/events/plain_programs.h"
@@ -23,10 +19,7 @@ namespace quillon {
 
 // The environment of a tool: the shell's own, with the front and the process id of the shell added.
 static std::vector<std::string> tool_environment() {
-    std::vector<std::string> variables;
-    for (char **variable = environ; *variable; variable++)
-        if (std::strncmp(*variable, "QUILLON_", 8) != 0)
-            variables.emplace_back(*variable);
+    std::vector<std::string> variables = common::plain_environment();
     // A shell with a bus of its own serves one request; no work in the background is started for it.
     if (std::getenv("QUILLON_OWN_BUS"))
         variables.push_back("QUILLON_OWN_BUS=1");
@@ -35,40 +28,15 @@ static std::vector<std::string> tool_environment() {
     return variables;
 }
 
-static int spawn(const std::string &program, pid_t *pid) {
-    posix_spawnattr_t attributes;
-    posix_spawn_file_actions_t actions;
-    sigset_t none, defaults;
-    sigemptyset(&none);
-    sigemptyset(&defaults);
-    sigaddset(&defaults, SIGPIPE);
-    posix_spawnattr_init(&attributes);
-    posix_spawnattr_setsigmask(&attributes, &none);
-    posix_spawnattr_setsigdefault(&attributes, &defaults);
-    posix_spawnattr_setpgroup(&attributes, 0);
-    posix_spawnattr_setflags(&attributes, static_cast<short>(POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF |
-                                                             POSIX_SPAWN_SETPGROUP));
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    // The headless front prints the console's text on standard output, so the output of a program goes to
-    // standard error.
-    posix_spawn_file_actions_adddup2(&actions, STDERR_FILENO, STDOUT_FILENO);
-
-    std::vector<std::string> variables = tool_environment();
-    std::string name = program;
-    char *arguments[] = {name.data(), nullptr};
-    const int error = posix_spawn(pid, program.c_str(), &actions, &attributes, arguments,
-                                  common::argument_list(variables).data());
-    posix_spawn_file_actions_destroy(&actions);
-    posix_spawnattr_destroy(&attributes);
-    return error;
-}
-
 static OSErr launch_bundle(const std::string &path, ProcessSerialNumber *psn) {
     Launched program;
     program.path = path;
     program.signature = signature_of(path);
-    const int failure = spawn(common::program_of_bundle(path), &program.pid);
+    // The headless front prints the console's text on standard output, so the output of a program goes to
+    // standard error.
+    const std::string executable = common::program_of_bundle(path);
+    const int failure =
+        common::spawn({executable, {executable}, tool_environment(), common::Place::own_group}, &program.pid);
     if (failure == ENOMEM || failure == EAGAIN)
         return memFullErr;
     if (failure != 0)

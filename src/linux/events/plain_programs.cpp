@@ -1,15 +1,11 @@
 #include "linux/events/plain_programs.h"
 
-#include <fcntl.h>
-#include <spawn.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 
-#include "common/argument_list.h"
 #include "common/places.h"
+#include "common/spawn.h"
 #include "linux/events/peers.h"
 
 namespace quillon {
@@ -44,38 +40,17 @@ void start_pending_programs() {
     }
 }
 
-// The environment of the command: no command that goes to a line follows it.
-static std::vector<std::string> open_environment() {
-    std::vector<std::string> variables;
-    for (char **variable = environ; *variable; variable++)
-        if (std::strncmp(*variable, "QUILLON_", 8) != 0)
-            variables.emplace_back(*variable);
-    variables.emplace_back("QUILLON_FOLLOWS=nothing");
-    return variables;
-}
-
 OSErr open_in_application(const std::string &application, const char *document) {
-    const std::string command = common::above_own_program(2) + "/Helpers/open";
-    std::vector<std::string> words = {"open", "-a", application}, variables = open_environment();
+    common::Spawn command;
+    command.program = common::above_own_program(2) + "/Helpers/open";
+    command.words = {"open", "-a", application};
     if (document)
-        words.emplace_back(document);
-    posix_spawnattr_t attributes;
-    posix_spawn_file_actions_t actions;
-    sigset_t none;
-    sigemptyset(&none);
-    posix_spawnattr_init(&attributes);
-    posix_spawnattr_setsigmask(&attributes, &none);
-    posix_spawnattr_setflags(&attributes, static_cast<short>(POSIX_SPAWN_SETSIGMASK));
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_adddup2(&actions, STDERR_FILENO, STDOUT_FILENO);
+        command.words.emplace_back(document);
+    // No command that goes to a line follows.
+    command.environment = common::plain_environment();
+    command.environment.emplace_back("QUILLON_FOLLOWS=nothing");
     pid_t pid = 0;
-    const int failure =
-        posix_spawn(&pid, command.c_str(), &actions, &attributes, common::argument_list(words).data(),
-                    common::argument_list(variables).data());
-    posix_spawn_file_actions_destroy(&actions);
-    posix_spawnattr_destroy(&attributes);
-    if (failure != 0)
+    if (common::spawn(command, &pid) != 0)
         return permErr;
     // The command ends as soon as the application is started.
     int status = 0;
