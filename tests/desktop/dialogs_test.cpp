@@ -12,7 +12,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <functional>
 #include <map>
 #include <set>
@@ -20,8 +19,8 @@
 #include <vector>
 
 #include "desktop/choosers.h"
+#include "desktop/dialog_fixture.h"
 #include "desktop/dialogs.h"
-#include "desktop/event_pump.h"
 #include "desktop/main_window.h"
 #include "dialogs/dialog.h"
 #include "front/dialogs.h"
@@ -35,21 +34,6 @@ namespace {
 
 using Controls = std::map<int, ControlKind>;
 
-// The window on screen, and a control of it.
-QDialog *on_screen(const char *name) {
-    for (QWidget *const widget : QApplication::topLevelWidgets())
-        if (widget->property("windowName").toString() == QLatin1String(name))
-            return qobject_cast<QDialog *>(widget);
-    return nullptr;
-}
-
-template <class Widget = QWidget> Widget *control_of(const QWidget *window, int number) {
-    for (Widget *const widget : window->findChildren<Widget *>())
-        if (widget->property("controlID").toInt() == number)
-            return widget;
-    return nullptr;
-}
-
 ControlKind kind_of(const QWidget *widget) {
     if (qobject_cast<const QCheckBox *>(widget))
         return check_control;
@@ -59,100 +43,6 @@ ControlKind kind_of(const QWidget *widget) {
         return text_control;
     return qobject_cast<const QLabel *>(widget) ? display_control : no_control;
 }
-
-// What happened in the windows of a test.
-struct Seen {
-    std::vector<int> hits;
-    std::vector<Point> moves;
-    std::function<void(DialogRef, int control)> on_hit;
-};
-
-Seen &seen() {
-    static Seen instance;
-    return instance;
-}
-
-int keep(DialogRef window, const DialogEvent *event) {
-    if (event->event_class == four("mous") && event->kind == kEventMouseMoved) {
-        seen().moves.push_back(event->where);
-        return 1;
-    }
-    seen().hits.push_back(event->control);
-    if (seen().on_hit)
-        seen().on_hit(window, event->control);
-    return 1;
-}
-
-// Every control but those in REFUSED closes the window.
-void close_unless(std::set<int> refused) {
-    seen().on_hit = [refused](DialogRef window, int control) {
-        if (!refused.contains(control))
-            QuitAppModalLoopForWindow(window);
-    };
-}
-
-class Dialogs : public testing::Test {
-  protected:
-    void SetUp() override {
-        seen() = {};
-        close_unless({});
-        before_ = front;
-        own_.new_dialog = new_dialog;
-        own_.dispose_dialog = dispose_dialog;
-        own_.run_dialog = desktop::run_dialog;
-        own_.end_dialog = end_dialog;
-        own_.show_sheet = show_sheet;
-        own_.set_control_text = set_control_text;
-        own_.control_text = control_text;
-        own_.set_control_value = set_control_value;
-        own_.control_value = control_value;
-        own_.select_control = select_control;
-        own_.control_bounds = control_bounds;
-        own_.set_cursor = [](CursorShape) {};
-        own_.beep = [] {};
-        front = &own_;
-    }
-    void TearDown() override {
-        DisposeWindow(window_);
-        front = before_;
-    }
-
-    // Makes the window, of which there is one at a time, with a handler that keeps what happens.
-    QDialog *make(const char *name) {
-        DisposeWindow(window_);
-        window_ = CreateWindowFromNib(name);
-        InstallWindowEventHandler(window_, keep);
-        return window_ ? on_screen(name) : nullptr;
-    }
-    // Serves the window, and does each of STEPS in it as long as it is open; then it is closed.
-    void run(QDialog *dialog, const std::vector<std::function<void()>> &steps) {
-        QTimer::singleShot(0, dialog, [&, dialog] {
-            for (const auto &step : steps)
-                if (dialog->isVisible())
-                    step();
-            closed_by_itself_ = !dialog->isVisible();
-            if (!closed_by_itself_)
-                QuitAppModalLoopForWindow(window_);
-        });
-        RunAppModalLoopForWindow(window_);
-    }
-    // Shows the window without serving it.
-    static void show(QDialog *dialog) {
-        dialog->show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(dialog));
-    }
-    std::string text(std::int16_t control) {
-        BoundedString<512> text;
-        return GetControlText(window_, control, text) ? text.c_str() : "(none)";
-    }
-
-    Front own_ = {};
-    DialogRef window_ = nullptr;
-    bool closed_by_itself_ = false;
-
-  private:
-    const Front *before_ = nullptr;
-};
 
 // The same for each window.
 class EveryDialog : public Dialogs, public testing::WithParamInterface<const char *> {
@@ -580,61 +470,6 @@ TEST_F(Dialogs, ASheetIsShownAndTakenAwayWhileTheShellGoesOn) {
     EXPECT_FALSE(dialog->isVisible());
     ShowSheetWindow(window_);
     EXPECT_TRUE(dialog->isVisible());
-}
-
-// The shell cannot take a request to leave back, so each of these ends its process.
-class LeavingDialogs : public Dialogs {
-  protected:
-    void SetUp() override {
-        Dialogs::SetUp();
-        GTEST_FLAG_SET(death_test_style, "threadsafe");
-        close_unless({control_ok, control_cancel}); // the handler closes nothing
-        seen().hits.clear();
-    }
-    [[noreturn]] static void end(bool right) { std::_Exit(right ? 7 : 1); }
-};
-
-TEST_F(LeavingDialogs, NoWindowIsShownOnceTheShellLeaves) {
-    EXPECT_EXIT(
-        {
-            QDialog *const dialog = make("font size");
-            RequestLeave();
-            RunAppModalLoopForWindow(window_);
-            end(seen().hits == std::vector<int>{control_cancel} && !dialog->isVisible());
-        },
-        testing::ExitedWithCode(7), "");
-}
-
-TEST_F(LeavingDialogs, AWindowIsCancelledWhenTheShellLeaves) {
-    EXPECT_EXIT(
-        {
-            QDialog *const dialog = make("font size");
-            QTimer::singleShot(0, dialog, post_leave);
-            RunAppModalLoopForWindow(window_);
-            end(seen().hits == std::vector<int>{control_cancel} && !dialog->isVisible());
-        },
-        testing::ExitedWithCode(7), "");
-}
-
-TEST_F(LeavingDialogs, AChooserGoesBeforeTheWindowThatOpenedIt) {
-    EXPECT_EXIT(
-        {
-            QDialog *const dialog = make("Set apps");
-            seen().on_hit = [](DialogRef, int control) {
-                if (control == control_cancel)
-                    return;
-                NavRequest request = {};
-                request.kind = navChooseApplication;
-                BoundedString<256> path;
-                QTimer::singleShot(0, qApp, post_leave);
-                run_chooser(request, nullptr, path);
-                seen().hits.push_back(100);
-            };
-            QTimer::singleShot(0, dialog, [dialog] { control_of<QPushButton>(dialog, 4)->click(); });
-            RunAppModalLoopForWindow(window_);
-            end(seen().hits == (std::vector<int>{4, control_cancel, 100}) && !dialog->isVisible());
-        },
-        testing::ExitedWithCode(7), "");
 }
 
 } // namespace quillon::desktop
