@@ -94,14 +94,19 @@ int exec(const Words &words) {
     return status;
 }
 
+// Becomes the command that opens the editor, for which no shell is needed.
+int edit(const Words &words) {
+    if (words.size() != 3)
+        return say_usage("edit takes +LINE and a file");
+    return client::become(client::contents_folder() + "/Helpers/edit",
+                          {words[1], common::from_working_folder(words[2])}, false);
+}
+
 int ask_shell(const Words &words) {
     const std::string &verb = words[0];
     const bool named = verb == "find" || verb == "locate";
-    const std::size_t wanted = named ? 2 : verb == "edit" ? 3 : 1;
-    if (words.size() != wanted)
-        return say_usage(named            ? verb + " takes one name"
-                         : verb == "edit" ? "edit takes +LINE and a file"
-                                          : verb + " takes nothing more");
+    if (words.size() != (named ? 2 : 1))
+        return say_usage(verb + (named ? " takes one name" : " takes nothing more"));
     sd_bus *const bus = common::open_session_bus();
     if (!bus || !client::shell_runs(bus)) {
         sd_bus_flush_close_unref(bus);
@@ -114,9 +119,6 @@ int ask_shell(const Words &words) {
         status = client::call_for_text(bus, "Locate", words[1].c_str(), true);
     else if (verb == "formats")
         status = client::call_for_text(bus, "Formats", nullptr, false);
-    else if (verb == "edit")
-        status = client::become(client::contents_folder() + "/Helpers/edit",
-                                {words[1], common::from_working_folder(words[2])}, false);
     else
         status = client::quit_shell(bus);
     sd_bus_flush_close_unref(bus);
@@ -140,8 +142,10 @@ int main(int count, char **values) {
         return headless(words);
     if (first == "exec")
         return exec(words);
-    if (first == "find" || first == "locate" || first == "formats" || first == "edit" || first == "quit")
+    if (first == "find" || first == "locate" || first == "formats" || first == "quit")
         return ask_shell(words);
+    if (first == "edit")
+        return edit(words);
     if (first == "--")
         words.erase(words.begin());
     else if (first.size() > 1 && first[0] == '-')

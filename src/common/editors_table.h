@@ -1,29 +1,25 @@
 // The editors table: which programs are editors, and how each is sent to a line.
 //
-// The table is a text file with one row for each editor: "programs | desktop ids | arguments at a line |
-// arguments without one | flags". In the arguments %f is the file and %l the line. The flags are "terminal"
-// and "x11". The shell and the helper commands share this code, so it uses nothing of the shell.
+// A row is "programs | desktop ids | arguments at a line | arguments without one | flags". In the arguments
+// %f is the file and %l the line. The flags are "terminal" and "x11".
 #ifndef QUILLON_COMMON_EDITORS_TABLE_H
 #define QUILLON_COMMON_EDITORS_TABLE_H
 
-#include <string>
-#include <string_view>
-#include <vector>
+#include "common/application_table.h"
 
 namespace common {
 
-struct EditorRow {
-    std::vector<std::string> programs, desktop_ids; // names without a folder and without ".desktop"
-    std::vector<std::string> at_line, plain;        // arguments, with %f and %l
-    bool terminal = false;                          // the editor runs in a terminal
-    bool x11_only = false;                          // the row holds only where the display is X11
+struct EditorRow : ApplicationNames {
+    Words at_line, plain;  // arguments, with %f and %l
+    bool terminal = false; // the editor runs in a terminal
+    bool x11_only = false; // the row holds only where the display is X11
 };
 
-// Returns the rows of TEXT. A blank line, a line that begins with "#" and one with fewer than three fields
-// give no row; missing arguments without a line are "%f".
+// Returns the rows of TEXT. One with fewer than three fields gives no row; missing arguments without a line
+// are "%f", and arguments in which the file has no place get it as their last.
 std::vector<EditorRow> ParseEditorRows(std::string_view text);
 // Returns the rows of the person's own table (editors.table in the support folder), then those of the table
-// in the bundle of this program. Both files are read at the first call.
+// in the shell's bundle. Both files are read at the first call.
 const std::vector<EditorRow> &EditorRows();
 // Returns the row for the program or desktop entry at the POSIX path PATH. Its own name is looked for first,
 // then the name of the file that it links to. Null when no row of ROWS has either.

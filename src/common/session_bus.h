@@ -2,10 +2,13 @@
 #ifndef QUILLON_COMMON_SESSION_BUS_H
 #define QUILLON_COMMON_SESSION_BUS_H
 
+#include <algorithm>
 #include <string>
 #include <sys/types.h>
 #include <systemd/sd-bus.h>
 #include <vector>
+
+#include "common/clock.h"
 
 namespace common {
 
@@ -41,6 +44,14 @@ std::vector<std::string> application_names(sd_bus *bus);
 // result of making the message: when it is negative, it is returned and nothing is sent. Returns a negative
 // errno on failure.
 int send_without_reply(sd_bus *bus, sd_bus_message *message, int result);
+// Serves the bus until DONE, which what comes over the bus sets, or until the time END (now_microseconds).
+template <typename Done> void serve_until(sd_bus *bus, std::uint64_t end, Done done) {
+    while (!done() && now_microseconds() < end)
+        if (const int result = sd_bus_process(bus, nullptr); result < 0)
+            break;
+        else if (result == 0)
+            sd_bus_wait(bus, end - std::min(end, now_microseconds()));
+}
 
 } // namespace common
 

@@ -47,7 +47,7 @@ std::int32_t show_documents(const common::Parameters &parameters, const char *se
         std::string problem;
         if (item.type != "fss " || !item.bytes.starts_with('/'))
             return quillon::errAECoercionFail;
-        if (!helpers::show_dvi(item.bytes, problem))
+        if (!helpers::show_dvi(item.bytes, false, problem))
             report(sender, problem);
     }
     return quillon::noErr;

@@ -108,9 +108,9 @@ void DoFindFile(BoundedBuffer &name) {
     }
     std::free(found);
     ml_printf("Found file <%s>.\n", name.c_str());
-    document_follows = 1;
+    open_hints.document_follows = 1;
     DoTransfer(editor);
-    document_follows = 0;
+    open_hints.document_follows = 0;
     LaunchAndSendODOC(editor, name.c_str(), 1);
 }
 

@@ -1,7 +1,9 @@
 #include "helpers/application.h"
 
+#include <algorithm>
 #include <cstring>
 
+#include "common/path_forms.h"
 #include "helpers/bundle.h"
 #include "helpers/launch.h"
 #include "helpers/terminal.h"
@@ -15,6 +17,20 @@ common::Application find_application(const std::string &name) {
         return common::application_at(name);
     const std::string entry = common::find_desktop_entry(name);
     return common::application_at(entry.empty() ? program_path(name) : entry);
+}
+
+std::string program_of(const common::Application &application, const std::vector<std::string> &names) {
+    if (application.kind != Kind::entry)
+        return application.path;
+    const std::vector<std::string> words = common::entry_command(application.entry, "");
+    const std::string first = words.empty() ? "" : words[0];
+    if (std::find(names.begin(), names.end(), common::leaf_of(first)) != names.end() &&
+        !program_path(first).empty())
+        return program_path(first);
+    for (const std::string &name : names)
+        if (const std::string path = program_path(name); !path.empty())
+            return path;
+    return "";
 }
 
 static bool prepare_entry(const common::DesktopEntry &entry, const std::string &document, Launch &launch,

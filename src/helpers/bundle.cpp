@@ -45,15 +45,6 @@ bool started_from(const std::string &name, const std::string &bundle) {
     return common::canonical_path("/proc/" + pid + "/exe").starts_with(bundle + "/Contents/");
 }
 
-// Serves the bus until DONE, which what comes over the bus sets, or until the time END.
-template <typename Done> void serve_until(sd_bus *bus, std::uint64_t end, Done done) {
-    while (!done() && common::now_microseconds() < end)
-        if (const int result = sd_bus_process(bus, nullptr); result < 0)
-            break;
-        else if (result == 0)
-            sd_bus_wait(bus, end - std::min(end, common::now_microseconds()));
-}
-
 struct Question {
     std::string name;
     const std::string *bundle;
@@ -93,8 +84,8 @@ std::string running(sd_bus *bus, const std::string &bundle) {
                                      common::application_interface, "Path") >= 0)
             open_questions++;
     }
-    serve_until(bus, common::now_microseconds() + ask_microseconds,
-                [&] { return open_questions == 0 || !found.empty(); });
+    common::serve_until(bus, common::now_microseconds() + ask_microseconds,
+                        [&] { return open_questions == 0 || !found.empty(); });
     for (Question &question : questions)
         sd_bus_slot_unref(question.slot);
     return found;
@@ -123,7 +114,7 @@ void send_when_there(pid_t program, const std::string &document) {
         &there);
     const std::vector<std::string> names = common::application_names(bus);
     there = there || std::find(names.begin(), names.end(), name) != names.end();
-    serve_until(bus, common::now_microseconds() + launch_microseconds, [&] { return there; });
+    common::serve_until(bus, common::now_microseconds() + launch_microseconds, [&] { return there; });
     if (there)
         send_document(bus, name, document);
     sd_bus_flush_close_unref(bus);

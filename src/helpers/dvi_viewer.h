@@ -10,9 +10,8 @@ namespace helpers {
 inline constexpr const char *dviview_signature = "QVW8";
 
 // Shows the DVI file DOCUMENT, an absolute POSIX path: in the application of the setting DVIPREVIEW, else in
-// xdvi. An xdvi that shows the file already reads it again. False, with a sentence about the reason in
-// PROBLEM, when there is no viewer.
-bool show_dvi(const std::string &document, std::string &problem);
+// xdvi, as show_document does. False, with a sentence about the reason in PROBLEM, when there is no viewer.
+bool show_dvi(const std::string &document, bool asked, std::string &problem);
 
 } // namespace helpers
 

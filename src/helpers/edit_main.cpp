@@ -12,13 +12,14 @@
 #include "helpers/application.h"
 #include "helpers/editor.h"
 #include "helpers/hand_over.h"
-#include "helpers/launch.h"
+#include "helpers/source_place.h"
 
 namespace {
 
 using namespace helpers;
 
 constexpr int exit_usage = 64;
+constexpr std::size_t longest_line = 11; // "+" and the digits of the greatest number of 32 bits
 const char *name = "edit";
 
 int fail(const std::string &problem) {
@@ -28,7 +29,7 @@ int fail(const std::string &problem) {
 
 bool is_line(const char *text) {
     return text[0] == '+' && text[1] != '\0' &&
-           std::strspn(text + 1, "0123456789") == std::strlen(text + 1) && std::strlen(text) < 11;
+           std::strspn(text + 1, "0123456789") == std::strlen(text + 1) && std::strlen(text) <= longest_line;
 }
 
 } // namespace
@@ -51,17 +52,16 @@ int main(int argc, char **argv) {
     const common::Application editor = find_application(path);
     if (editor.kind == common::Kind::none)
         return fail("I can't find the editor " + path);
-    const common::EditorRow *const row = common::FindEditorRow(common::EditorRows(), editor.path);
-    std::string problem;
-    // An editor that the table does not know only gets the file.
-    if (!row)
-        return open_application(editor, file, problem) ? 0 : fail(problem);
-    Launch launch;
+    const common::EditorRow *const row = editor_row(editor);
     // Line 0 is no line of a file. The editor then opens the file where it likes.
-    launch.words = editor_command(editor, *row, file, std::atol(argv[1] + 1), problem);
-    if (launch.words.empty())
+    const long line = std::atol(argv[1] + 1);
+    std::string problem;
+    if (row && editor_command(editor, *row, file, line, problem).empty())
         return fail(problem);
     take_over(file);
-    const int error = start_detached(launch);
-    return error == 0 ? 0 : fail("I can't start " + launch.words[0] + ": " + std::strerror(error));
+    // An editor that the table does not know only gets the file.
+    const bool opened =
+        row ? open_in_editor(editor, *row, file, line, problem) : open_application(editor, file, problem);
+    keep_edited_place(file, line);
+    return opened ? 0 : fail(problem);
 }

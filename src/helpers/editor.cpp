@@ -1,63 +1,22 @@
 #include "helpers/editor.h"
 
-#include <algorithm>
+#include <cstring>
 
-#include "common/path_forms.h"
 #include "helpers/launch.h"
 #include "helpers/terminal.h"
 
 namespace helpers {
 
-namespace {
-
-// Returns the program of an editor: its own path, or the program of its desktop entry. Empty when there is
-// none.
-std::string editor_program(const common::Application &editor, const common::EditorRow &row) {
-    if (editor.kind != common::Kind::entry)
-        return editor.path;
-    const std::vector<std::string> words = common::entry_command(editor.entry, "");
-    const std::string first = words.empty() ? "" : words[0];
-    const std::string leaf = common::leaf_of(first);
-    if (std::find(row.programs.begin(), row.programs.end(), leaf) != row.programs.end() &&
-        !program_path(first).empty())
-        return program_path(first);
-    for (const std::string &program : row.programs)
-        if (const std::string path = program_path(program); !path.empty())
-            return path;
-    return "";
-}
-
-// Returns an argument of the table with %f, %l and %% filled in. Other codes stay.
-std::string filled(std::string argument, const std::string &file, long line) {
-    std::string text;
-    for (std::size_t i = 0; i < argument.size(); i++) {
-        const bool code = argument[i] == '%' && i + 1 < argument.size();
-        if (code && argument[i + 1] == 'f')
-            text += file;
-        else if (code && argument[i + 1] == 'l')
-            text += std::to_string(line);
-        else if (code && argument[i + 1] == '%')
-            text += '%';
-        else {
-            text += argument[i];
-            continue;
-        }
-        i++;
-    }
-    return text;
-}
-
-} // namespace
-
 std::vector<std::string> editor_command(const common::Application &editor, const common::EditorRow &row,
                                         const std::string &file, long line, std::string &problem) {
-    std::vector<std::string> words = {editor_program(editor, row)};
+    std::vector<std::string> words = {program_of(editor, row.programs)};
     if (words[0].empty()) {
         problem = "I can't find the program of the editor " + editor.path;
         return {};
     }
-    for (const std::string &argument : line > 0 ? row.at_line : row.plain)
-        words.push_back(filled(argument, file, line));
+    for (std::string &argument : common::FilledArguments(line > 0 ? row.at_line : row.plain,
+                                                         {{'f', file}, {'l', std::to_string(line)}}))
+        words.push_back(std::move(argument));
     if (!row.terminal)
         return words;
     words = in_terminal(words);
@@ -65,6 +24,23 @@ std::vector<std::string> editor_command(const common::Application &editor, const
         problem = "there is no terminal for the editor " + editor.path +
                   "; set TERMINAL, or choose an editor with a window of its own";
     return words;
+}
+
+const common::EditorRow *editor_row(const common::Application &application) {
+    return application.kind == common::Kind::bundle
+               ? nullptr
+               : common::FindEditorRow(common::EditorRows(), application.path);
+}
+
+bool open_in_editor(const common::Application &editor, const common::EditorRow &row, const std::string &file,
+                    long line, std::string &problem) {
+    Launch launch;
+    launch.words = editor_command(editor, row, file, line, problem);
+    if (launch.words.empty())
+        return false;
+    if (const int error = start_detached(launch); error != 0)
+        problem = "I can't start " + launch.words[0] + ": " + std::strerror(error);
+    return problem.empty();
 }
 
 } // namespace helpers

@@ -16,6 +16,13 @@ namespace helpers {
 std::vector<std::string> editor_command(const common::Application &editor, const common::EditorRow &row,
                                         const std::string &file, long line, std::string &problem);
 
+// Returns the row of the editors table for an application; null when it is no editor of the table.
+const common::EditorRow *editor_row(const common::Application &application);
+// Opens FILE at LINE with that command. False, with a sentence about the reason in PROBLEM, when it cannot be
+// started.
+bool open_in_editor(const common::Application &editor, const common::EditorRow &row, const std::string &file,
+                    long line, std::string &problem);
+
 } // namespace helpers
 
 #endif

@@ -15,8 +15,6 @@ namespace helpers {
 
 namespace {
 
-constexpr int patience = 1000; // milliseconds
-
 // Returns the beginning of the names of the sockets for DOCUMENT. The id of the process that waits follows
 // it.
 std::string name_prefix(const std::string &document) {
@@ -60,7 +58,7 @@ WaitingPlace wait_for(const std::string &document) {
     return place;
 }
 
-bool is_taken_over(const WaitingPlace &place) {
+bool is_taken_over(const WaitingPlace &place, int patience) {
     pollfd source = {place.socket, POLLIN, 0};
     while (poll(&source, 1, patience) < 0 && errno == EINTR) {
     }

@@ -15,8 +15,9 @@ struct WaitingPlace {
 
 // Returns a place that waits for DOCUMENT (an absolute POSIX path). Its socket is -1 when none can be made.
 WaitingPlace wait_for(const std::string &document);
-// Waits at most a second, and removes the place. True when its document was taken over in that time.
-bool is_taken_over(const WaitingPlace &place);
+// Waits at most PATIENCE milliseconds, and removes the place. True when its document was taken over in that
+// time.
+bool is_taken_over(const WaitingPlace &place, int patience);
 // Tells all who wait for DOCUMENT (an absolute POSIX path) that the caller takes it over.
 void take_over(const std::string &document);
 

@@ -59,11 +59,6 @@ void tell(int report, int error) {
 }
 
 [[noreturn]] void become_program(const Launch &launch, const std::string &program, int report) {
-    if (launch.before) {
-        close(report);
-        if (!launch.before())
-            _exit(0);
-    }
     std::vector<std::string> words = launch.words, variables = environment();
     words[0] = program;
     if (!launch.folder.empty() && chdir(launch.folder.c_str()) != 0)
@@ -78,7 +73,7 @@ void tell(int report, int error) {
 [[noreturn]] void middle_process(const Launch &launch, const std::string &program, int report) {
     setsid();
     forget_signals();
-    forget_files(report, launch.kept);
+    forget_files(report, -1);
     const pid_t pid = fork();
     if (pid == 0)
         become_program(launch, program, report);
@@ -122,6 +117,22 @@ int start_detached(const Launch &launch) {
     if (pid > 0 && !launch.after)
         waitpid(pid, nullptr, 0);
     return failed ? failed : count == sizeof error ? error : 0;
+}
+
+int work_detached(const std::function<void()> &work, int kept) {
+    const pid_t pid = fork();
+    if (pid < 0)
+        return errno;
+    if (pid > 0) {
+        waitpid(pid, nullptr, 0);
+        return 0;
+    }
+    setsid();
+    forget_signals();
+    forget_files(-1, kept);
+    if (fork() == 0)
+        work();
+    _exit(0);
 }
 
 } // namespace helpers

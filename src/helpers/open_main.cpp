@@ -14,6 +14,7 @@
 #include "helpers/editor.h"
 #include "helpers/hand_over.h"
 #include "helpers/launch.h"
+#include "helpers/viewer.h"
 
 namespace {
 
@@ -32,30 +33,51 @@ std::string said_to_follow() {
     return value ? value : "";
 }
 
-// True when the engine stopped at an error in DOCUMENT. Then the command that goes to the line follows this
-// one.
-bool line_follows(const std::string &document) {
-    if (!said_to_follow().empty())
-        return false;
-    const std::string file = common::setting("FILENAME");
-    return !file.empty() && common::expand_setting_path(file, "", common::space_byte()) == document;
+// True when the document is opened because a run has ended, and not because the person asked for it.
+bool after_run() {
+    return std::getenv("QUILLON_AFTER_RUN") != nullptr;
 }
 
-int open_in_editor(const common::Application &editor, const common::EditorRow &row,
-                   const std::string &document) {
-    std::string problem;
-    Launch launch;
-    launch.words = editor_command(editor, row, document, 0, problem);
-    if (launch.words.empty())
-        return fail(problem);
-    const bool waits = line_follows(document) && !program_path(launch.words[0]).empty();
-    const WaitingPlace place = waits ? wait_for(document) : WaitingPlace();
-    if (place.socket >= 0) {
-        launch.kept = place.socket;
-        launch.before = [place] { return !is_taken_over(place); };
-    }
-    const int error = start_detached(launch);
-    return error == 0 ? 0 : fail("I can't start " + launch.words[0] + ": " + std::strerror(error));
+// True when the command `edit` follows for DOCUMENT, which will open it at a line. The shell says so; without
+// a word from it, this is so for a file in which the engine stopped and an application that the shell takes
+// for an editor with lines.
+bool line_follows(const common::Application &application, const std::string &document) {
+    if (!said_to_follow().empty())
+        return said_to_follow() == "line";
+    const std::string file = common::setting("FILENAME");
+    if (file.empty() || common::expand_setting_path(file, "", common::space_byte()) != document)
+        return false;
+    const bool named = application.path.find("BBEdit") != std::string::npos &&
+                       application.path.find("Lite") == std::string::npos;
+    return named || editor_row(application);
+}
+
+// How long to wait for `edit`, in milliseconds: for one that the shell has said, and for one that is guessed.
+int patience() {
+    return said_to_follow().empty() ? 1000 : 10000;
+}
+
+bool open_now(const common::Application &application, const std::string &document, std::string &problem) {
+    const common::EditorRow *const row = document.empty() ? nullptr : editor_row(application);
+    if (document.empty())
+        return open_application(application, document, problem);
+    if (!row)
+        return show_document(application, document, !after_run(), problem);
+    return open_in_editor(application, *row, document, 0, problem);
+}
+
+// Leaves DOCUMENT to the command that follows, and opens it when that does not come. False when neither can
+// be done.
+bool leave_to_edit(const common::Application &application, const std::string &document) {
+    const WaitingPlace place = wait_for(document);
+    if (place.socket < 0)
+        return false;
+    const auto open_if_left = [&] {
+        std::string problem;
+        if (!is_taken_over(place, patience()))
+            open_now(application, document, problem);
+    };
+    return work_detached(open_if_left, place.socket) == 0;
 }
 
 } // namespace
@@ -79,16 +101,13 @@ int main(int argc, char **argv) {
     if (application.kind == common::Kind::bundle && !document.empty() &&
         common::signature_of_bundle(application.path) == dviview_signature) {
         std::string problem;
-        return show_dvi(document, problem) ? 0 : fail(problem);
+        return show_dvi(document, !after_run(), problem) ? 0 : fail(problem);
     }
     // The document starts the application, or is sent to the one that runs.
     if (said_to_follow() == "document")
         return 0;
-    const auto *const row = application.kind == common::Kind::bundle || document.empty()
-                                ? nullptr
-                                : common::FindEditorRow(common::EditorRows(), application.path);
-    if (row)
-        return open_in_editor(application, *row, document);
+    if (!document.empty() && line_follows(application, document) && leave_to_edit(application, document))
+        return 0;
     std::string problem;
-    return open_application(application, document, problem) ? 0 : fail(problem);
+    return open_now(application, document, problem) ? 0 : fail(problem);
 }

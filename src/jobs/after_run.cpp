@@ -11,6 +11,7 @@
 #include "state/cursors.h"
 #include "state/job_scope.h"
 #include "state/job_state.h"
+#include "toolbox/processes.h"
 #include "viewers/editor.h"
 #include "viewers/viewers.h"
 
@@ -33,10 +34,12 @@ void SetViewFile() {
         current_outputfile.clear();
         return;
     }
+    open_hints.after_run = 1;
     if (has_extension(current_outputfile.c_str(), ".dvi"))
         AutoViewDviFile();
     if (has_extension(current_outputfile.c_str(), ".pdf"))
         AutoViewPDFFile();
+    open_hints.after_run = 0;
 }
 
 void AutoViewPDFFile() {
@@ -97,7 +100,9 @@ void CallTheEditor() {
     }
     ml_printf("editfile = %s\n", editfile.c_str());
     if (haveosx) {
+        open_hints.line_follows = LineCommandFollows();
         OpenDocInOSX(editor, editfile.c_str());
+        open_hints.line_follows = 0;
         SetLineInEditorOSX(editfile.c_str(), editlinenumber);
         return;
     }

@@ -63,9 +63,17 @@ OSErr GetFrontProcess(ProcessSerialNumber *psn);
 int SameProcess(const ProcessSerialNumber *a, const ProcessSerialNumber *b);
 // Asks the process, the shell itself or one on the bus, to come to the front. Always noErr.
 OSErr SetFrontProcess(const ProcessSerialNumber *psn);
-// 1 while a document for the application that is opened follows as an event. A command that opens the
-// application then leaves its start to that event, so that it is started once.
-extern int document_follows;
+// What the commands that open documents in applications are told about what the shell does. Each is 1 or 0.
+struct OpenHints {
+    // A document for the application that is opened follows as an event. The command leaves the start of the
+    // application to that event, so that it is started once.
+    int document_follows;
+    // A command that goes to a line of the document follows. The command that opens it leaves that to it.
+    int line_follows;
+    // The document is opened because a run has ended, so no window is to come forward for it.
+    int after_run;
+};
+extern OpenHints open_hints;
 // Starts the bundle, the desktop entry or the program at launchAppSpec and sets launchProcessSN. What is no
 // bundle is started by the document that is sent to it next, or without one at the next wait for an event.
 // memFullErr when the host has no room for a process, fnfErr when the program is missing, permErr when it

@@ -49,48 +49,69 @@ static void run_line_command(const char *file, int line) {
     InvokeTool(command.c_str(), nullptr);
 }
 
+static int is_of_bbedit_family() {
+    return ed_creator == four("R*ch") || ed_creator == four("!Rch") || path_says("BBEdit");
+}
+
+int LineCommandFollows() {
+    return is_of_bbedit_family() && !path_says("Lite");
+}
+
 int SetLineInEditorOSX(const char *file, int line) {
-    if (ed_creator != four("R*ch") && ed_creator != four("!Rch") && !path_says("BBEdit")) {
+    if (!is_of_bbedit_family()) {
         if (ed_creator != four("ALFA") && !path_says("Alpha"))
             return 1;
         BoundedString<128> tcl;
-        tcl.format("select [pos::fromRowCol %d 0] [pos::fromRowCol %d 0]", line, line + 1);
+        tcl.format("select [pos::fromRowCol %d 0] [pos::fromRowCol %ld 0]", line, line + 1L);
         return select_in_alpha(typeApplSignature, &ed_creator, sizeof ed_creator, tcl.c_str());
     }
-    if (!path_says("Lite") && file)
+    if (LineCommandFollows() && file)
         run_line_command(file, line);
     ForceTextUpdate();
     return 1;
 }
 
-// Launches the editor and sends it editfile. Returns 1, and the editor's serial number, when it was sent.
-static int open_editfile(ProcessSerialNumber *psn) {
+// Finds the file location of editfile. Returns 0 when there is no such file or its path does not fit.
+static int find_editfile(FSSpec *spec) {
     BoundedString<1024> path, hfs_path;
-    FSSpec spec = {};
     add_current_dir(path, editfile.c_str());
     convert_to_space(path.data());
-    convert_path(path.c_str(), hfs_path);
-    if (FSMakeFSSpec(0, 0, hfs_path.c_str(), &spec) != noErr)
+    return !path.empty() && convert_path(path.c_str(), hfs_path) &&
+           FSMakeFSSpec(0, 0, hfs_path.c_str(), spec) == noErr;
+}
+
+// Makes the open-document event for SPEC, addressed to PSN. Returns 0, with no event, when a part of it
+// cannot be made.
+static int make_open_event(const ProcessSerialNumber *psn, const FSSpec *spec, AppleEvent *event) {
+    AEDesc address, item;
+    AEDescList list;
+    const int made =
+        AECreateDesc(typeProcessSerialNumber, psn, sizeof *psn, &address) == noErr &&
+        AECreateAppleEvent(four("aevt"), four("odoc"), &address, kAutoGenerateReturnID, kAnyTransactionID,
+                           event) == noErr &&
+        AECreateList(&list) == noErr && AECreateDesc(typeFSS, spec, sizeof *spec, &item) == noErr &&
+        AEPutDesc(&list, 0, &item) == noErr && AEPutParamDesc(event, keyDirectObject, &list) == noErr;
+    AEDisposeDesc(&address);
+    AEDisposeDesc(&item);
+    AEDisposeDesc(&list);
+    if (!made)
+        AEDisposeDesc(event);
+    return made;
+}
+
+// Launches the editor and sends it editfile. Returns 1, and the editor's serial number, when it was sent.
+static int open_editfile(ProcessSerialNumber *psn) {
+    FSSpec spec = {};
+    AppleEvent event, reply;
+    if (!find_editfile(&spec))
         return 0;
     const int launched = DoMyLaunch(editor, psn, 1);
     EventRecord seen;
     for (int i = 0; launched == 2 && haveosx && i < 3; i++)
         EventAvail(everyEvent, &seen);
-    AEDesc address, item;
-    AEDescList list;
-    AppleEvent event, reply;
-    if (!launched || AECreateDesc(typeProcessSerialNumber, psn, sizeof *psn, &address) != noErr)
+    if (!launched || !make_open_event(psn, &spec, &event))
         return 0;
-    AECreateAppleEvent(four("aevt"), four("odoc"), &address, kAutoGenerateReturnID, kAnyTransactionID,
-                       &event);
-    AECreateList(&list);
-    AECreateDesc(typeFSS, &spec, sizeof spec, &item);
-    AEPutDesc(&list, 0, &item);
-    AEPutParamDesc(&event, keyDirectObject, &list);
     const OSErr result = AESend(&event, &reply, kAENoReply, kAEHighPriority, kAEDefaultTimeout, nullptr);
-    AEDisposeDesc(&address);
-    AEDisposeDesc(&item);
-    AEDisposeDesc(&list);
     AEDisposeDesc(&event);
     AEDisposeDesc(&reply);
     if (result == errAETimeout) {
@@ -106,7 +127,7 @@ int OpenEditor(int line) {
         return 0;
     if (ed_creator == four("ALFA") || path_says("Alpha")) {
         BoundedString<128> tcl;
-        tcl.format("select [rowColToPos %d 0] [rowColToPos %d 0]", line, line + 1);
+        tcl.format("select [rowColToPos %d 0] [rowColToPos %ld 0]", line, line + 1L);
         return select_in_alpha(typeProcessSerialNumber, &psn, sizeof psn, tcl.c_str());
     }
     return 1;

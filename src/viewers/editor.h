@@ -4,6 +4,8 @@
 
 namespace quillon {
 
+// 1 when SetLineInEditorOSX runs a command that opens the file at the line in the editor, else 0.
+int LineCommandFollows();
 // Makes the editor, which has FILE (a Unix path) open, go to LINE, when the shell knows how to tell that
 // editor. Returns 0 when an event cannot be made, else 1.
 int SetLineInEditorOSX(const char *file, int line);

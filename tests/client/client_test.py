@@ -143,7 +143,7 @@ class WithoutShell(ClientTest):
             self.assertEqual(self.quillon(*words)[0], 64, words)
 
     def test_asking_without_a_shell(self):
-        for words in (["find", "x"], ["locate", "x"], ["formats"], ["edit", "+3", "x.tex"], ["quit"]):
+        for words in (["find", "x"], ["locate", "x"], ["formats"], ["quit"]):
             status, out, error = self.quillon(*words)
             self.assertEqual((status, out), (69, ""), words)
             self.assertEqual(error, 'quillon: the shell is not running; start it with "quillon"\n')

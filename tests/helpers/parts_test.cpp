@@ -147,8 +147,8 @@ TEST_F(HandOver, OnlyThePlaceOfThatDocumentIsToldAndAllGo) {
     ASSERT_GE(place.socket, 0);
     ASSERT_GE(other.socket, 0);
     take_over("/a");
-    EXPECT_TRUE(is_taken_over(place));
-    EXPECT_FALSE(is_taken_over(other));
+    EXPECT_TRUE(is_taken_over(place, 10000));
+    EXPECT_FALSE(is_taken_over(other, 1));
     EXPECT_NE(::access(place.path.c_str(), F_OK), 0);
     EXPECT_NE(::access(other.path.c_str(), F_OK), 0);
     ::close(place.socket);
@@ -175,21 +175,21 @@ TEST_F(StartDetached, SaysWhyNothingWasStarted) {
     EXPECT_EQ(start_detached(launch), ENOENT);
 }
 
-TEST_F(StartDetached, TheCallBeforeMayLeaveTheStartOut) {
-    const std::string mark = home_.path("mark");
-    Launch launch;
-    launch.words = {program(home_, "bin/x", "echo > " + mark + "\n")};
+TEST_F(StartDetached, WorkIsDoneInASessionOfItsOwn) {
     int ends[2];
     ASSERT_EQ(::pipe(ends), 0);
-    launch.kept = ends[1];
-    launch.before = [] { return false; };
-    EXPECT_EQ(start_detached(launch), 0);
+    const auto work = [ends] {
+        const pid_t session = ::getsid(0);
+        EXPECT_EQ(::write(ends[1], &session, sizeof session), static_cast<ssize_t>(sizeof session));
+    };
+    EXPECT_EQ(work_detached(work, ends[1]), 0);
     ::close(ends[1]);
-    char byte;
+    pid_t session = ::getsid(0);
+    EXPECT_EQ(::read(ends[0], &session, sizeof session), static_cast<ssize_t>(sizeof session));
+    EXPECT_NE(session, ::getsid(0));
     // The end of the pipe: the process that holds it has ended.
-    EXPECT_EQ(::read(ends[0], &byte, 1), 0);
+    EXPECT_EQ(::read(ends[0], &session, 1), 0);
     ::close(ends[0]);
-    EXPECT_NE(::access(mark.c_str(), F_OK), 0);
 }
 
 TEST_F(StartDetached, NoSignalStaysIgnoredOrBlocked) {

@@ -35,14 +35,19 @@ std::FILE *open_pipe(const char *command, const char *mode) {
     std::string line;
     if (!folder.empty())
         line = "PATH=" + single_quoted(folder) + "${PATH:+:$PATH}; export PATH\n";
-    if (document_follows)
-        line += "QUILLON_FOLLOWS=document; export QUILLON_FOLLOWS\n";
+    line += std::string("QUILLON_FOLLOWS=") +
+            (open_hints.document_follows ? "document"
+             : open_hints.line_follows   ? "line"
+                                         : "nothing") +
+            "; export QUILLON_FOLLOWS\n";
+    if (open_hints.after_run)
+        line += "QUILLON_AFTER_RUN=1; export QUILLON_AFTER_RUN\n";
     return ::popen((line + command).c_str(), mode);
 }
 
 } // namespace
 
-int document_follows = 0;
+OpenHints open_hints = {};
 
 int SystemFrameworkLoad() {
     if (!library)

@@ -7,6 +7,7 @@
 #include "common/places.h"
 #include "common/spawn.h"
 #include "linux/events/peers.h"
+#include "toolbox/processes.h"
 
 namespace quillon {
 
@@ -49,6 +50,8 @@ OSErr open_in_application(const std::string &application, const char *document) 
     // No command that goes to a line follows.
     command.environment = common::plain_environment();
     command.environment.emplace_back("QUILLON_FOLLOWS=nothing");
+    if (open_hints.after_run)
+        command.environment.emplace_back("QUILLON_AFTER_RUN=1");
     pid_t pid = 0;
     if (common::spawn(command, &pid) != 0)
         return permErr;
