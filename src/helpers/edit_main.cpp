@@ -32,6 +32,13 @@ bool is_line(const char *text) {
            std::strspn(text + 1, "0123456789") == std::strlen(text + 1) && std::strlen(text) <= longest_line;
 }
 
+// Returns PATH without the "." components that viewers hand on from an engine.
+std::string without_dots(std::string path) {
+    for (std::size_t dot; (dot = path.find("/./")) != std::string::npos;)
+        path.erase(dot, 2);
+    return path;
+}
+
 } // namespace
 
 int main(int argc, char **argv) {
@@ -41,7 +48,7 @@ int main(int argc, char **argv) {
         std::fprintf(stderr, "usage: %s +LINE FILE\n", name);
         return exit_usage;
     }
-    const std::string file = common::from_working_folder(argv[2]);
+    const std::string file = without_dots(common::from_working_folder(argv[2]));
     if (access(file.c_str(), F_OK) != 0)
         return fail("I can't find the file " + file);
     const std::string setting = common::setting("Editor");

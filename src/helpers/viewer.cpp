@@ -113,8 +113,9 @@ bool refresh(pid_t process, const std::string &program, const common::ViewerRow 
         kill(process, row.reread_signal);
     bool told = true;
     if (place.line > 0 && row.zathura)
-        tell_zathura(process, place, asked);
-    else if (place.line > 0 && !row.evince.empty())
+        work_detached([&] { tell_zathura(process, place, asked); }, -1);
+    else if (place.line > 0 && !row.evince.empty() && asked)
+        // An Evince that is told a line comes to the front, so after a run it is told none.
         tell_evince(row.evince, document, place);
     else if (place.line > 0 && !row.at_source.empty())
         told = start(program, row, document, place, asked, problem);

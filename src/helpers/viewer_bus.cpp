@@ -1,7 +1,9 @@
 #include "helpers/viewer_bus.h"
 
 #include <algorithm>
+#include <csignal>
 #include <systemd/sd-bus.h>
+#include <unistd.h>
 
 #include "common/clock.h"
 #include "common/path_forms.h"
@@ -13,6 +15,7 @@ namespace {
 
 constexpr std::uint64_t answer_microseconds = 2'000'000;
 constexpr std::uint64_t load_microseconds = 30'000'000;
+constexpr useconds_t again_microseconds = 50'000, settle_microseconds = 600'000;
 
 // A connection whose calls wait two seconds for their answer, closed at the end of the scope.
 struct Bus {
@@ -86,7 +89,11 @@ void tell_zathura(pid_t process, const SourcePlace &place, bool raise) {
     if (!bus.connection)
         return;
     call("ExecuteCommand", "s", raise ? "set dbus-raise-window true" : "set dbus-raise-window false");
-    call("SynctexView", "suu", place.file.c_str(), static_cast<unsigned>(place.line), 1U);
+    // It refuses while it is reading the document again.
+    const std::uint64_t end = common::now_microseconds() + load_microseconds;
+    while (call("SynctexView", "suu", place.file.c_str(), static_cast<unsigned>(place.line), 1U) < 0 &&
+           kill(process, 0) == 0 && common::now_microseconds() < end)
+        usleep(again_microseconds);
 }
 
 void tell_evince(const common::Words &prefixes, const std::string &document, const SourcePlace &place) {
@@ -113,9 +120,13 @@ void tell_evince_when_there(const common::Words &prefixes, const std::string &do
                          on_loaded, &loading);
     common::serve_until(bus.connection, common::now_microseconds() + load_microseconds,
                         [&] { return !loading.owner.empty(); });
-    for (const std::string &prefix : prefixes)
-        if (loading.window.starts_with(object_path(prefix) + "/"))
-            sync_view(bus.connection, prefix, loading.owner.c_str(), loading.window.c_str(), place);
+    // A window that is still being set up forgets the place, so it is told twice.
+    for (int time = 0; time < 2; time++)
+        for (const std::string &prefix : prefixes)
+            if (loading.window.starts_with(object_path(prefix) + "/")) {
+                sync_view(bus.connection, prefix, loading.owner.c_str(), loading.window.c_str(), place);
+                usleep(time == 0 ? settle_microseconds : 0);
+            }
 }
 
 } // namespace helpers

@@ -10,8 +10,9 @@
 
 namespace helpers {
 
-// Has the zathura that runs as PROCESS show PLACE. Its window comes forward only when RAISE is true, or when
-// this zathura cannot be told to leave it where it is.
+// Has the zathura that runs as PROCESS show PLACE, as soon as it has read its document, at most 30 seconds
+// from now. Its window comes forward only when RAISE is true, or when this zathura cannot be told to leave it
+// where it is.
 void tell_zathura(pid_t process, const SourcePlace &place, bool raise);
 // Has the Evince that shows DOCUMENT (an absolute POSIX path) show PLACE. PREFIXES are the beginnings that
 // its bus names may have.

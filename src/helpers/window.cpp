@@ -66,7 +66,9 @@ void raise_windows_of(pid_t process) {
         for (int i = 0; i < count; i++)
             if (process_of(display, each[i]) == process)
                 ask_for_front(display, root, each[i], front);
-        xcb_flush(display);
+        // The answer to a question says that everything before it was done.
+        const Answer<xcb_get_input_focus_reply_t> done(
+            xcb_get_input_focus_reply(display, xcb_get_input_focus(display), nullptr));
     }
     xcb_disconnect(display);
 }

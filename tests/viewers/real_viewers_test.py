@@ -1,0 +1,156 @@
+"""zathura and xdvi, the real ones, show what runs leave: one window, read again, told the line that was edited."""
+
+import os
+import signal
+import sys
+import unittest
+
+import dbus
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
+from harness import BUILD, Applications, DesktopTest, wait_until  # noqa: E402
+
+ZATHURA = "org.pwmt.zathura"
+QUILLON = os.path.join(BUILD, "bin", "quillon")
+TYPESET, VIEW_PDF = "ctrl+t", "ctrl+p"
+PAGES = "\\documentclass{article}\\begin{document}\n%s\\end{document}\n"
+
+
+class RealViewers(Applications, DesktopTest):
+    def setUp(self):
+        super().setUp()
+        self.prepare()
+        self.environment["LIBGL_ALWAYS_SOFTWARE"] = "1"
+        self.addCleanup(self.end_viewers)
+
+    def end_viewers(self):
+        for program in ("zathura", "xdvi"):
+            for process in self.viewers(program):
+                os.kill(process, signal.SIGTERM)
+        wait_until(lambda: not self.viewers("zathura") + self.viewers("xdvi"), "the end of the viewers")
+
+    def viewers(self, program):
+        """The processes that are this viewer by now, and not what starts it."""
+        found = []
+        for process in self.processes_of(self.work):
+            try:
+                name = os.path.basename(os.readlink(f"/proc/{process}/exe"))
+            except OSError:
+                continue
+            if name.startswith(program):
+                found.append(process)
+        return found
+
+    def pages(self, name, count):
+        """A document whose page N is in line 3N-1; its path."""
+        return self.file(name, PAGES % "".join(f"Page {page}.\n\n\\newpage\n" for page in range(1, count + 1)))
+
+    def wait_for_run(self, output, before):
+        wait_until(lambda: os.path.exists(output) and os.stat(output).st_mtime_ns != before, "the output")
+        wait_until(lambda: not self.processes_of("pdftex.app/Contents/Linux"), "the end of the run")
+        wait_until(lambda: not self.processes_of("Helpers/open"), "the end of the command")
+
+    def typeset(self, output):
+        """Runs the engine as the person does, in the shell's window."""
+        before = os.stat(output).st_mtime_ns if os.path.exists(output) else 0
+        self.activate(self.window)
+        self.keys(TYPESET)
+        self.wait_for_run(output, before)
+
+    def zathura(self, name):
+        """A property of the one zathura that runs; None while it has no document."""
+        viewers = self.viewers("zathura")
+        if len(viewers) != 1:
+            return None
+        try:
+            viewer = self.bus().get_object(f"{ZATHURA}.PID-{viewers[0]}", "/org/pwmt/zathura", introspect=False)
+            return viewer.Get(ZATHURA, name, dbus_interface=dbus.PROPERTIES_IFACE)
+        except dbus.exceptions.DBusException:
+            return None
+
+    def zathura_is_there(self):
+        return self.zathura("numberofpages")
+
+    def start_with(self, path, **settings):
+        self.run_program(os.path.join(self.binaries, "setpaths.app", "Contents", "Linux", "setpaths"), "--defaults")
+        values = dict(self.settings(), PDFVIEW="/usr/bin/zathura", **settings)
+        self.write_preferences("".join(f"{key}={value}\n" for key, value in values.items()))
+        self.start_desktop(path)
+
+    def test_ten_runs_leave_one_zathura_that_never_takes_the_keyboard(self):
+        path, output = self.pages("a paper.tex", 1), os.path.join(self.work, "a paper.pdf")
+        self.start_with(path)
+        wait_until(self.zathura_is_there, "zathura")
+        (viewer,), window = self.viewers("zathura"), self.xdotool("search", "--onlyvisible", "--class", "zathura")
+        for count in range(2, 11):
+            self.pages("a paper.tex", count)
+            self.typeset(output)
+            wait_until(lambda: self.zathura("numberofpages") == count, "the new pages")
+            self.assertEqual(self.active(), self.window)
+        self.assertEqual(self.viewers("zathura"), [viewer])
+        self.assertEqual(self.xdotool("search", "--onlyvisible", "--class", "zathura"), window)
+
+    def test_a_viewer_that_the_person_asks_for_comes_forward(self):
+        path = self.pages("paper.tex", 1)
+        self.start_with(path)
+        wait_until(self.zathura_is_there, "zathura")
+        (window,) = self.xdotool("search", "--onlyvisible", "--class", "zathura")
+        self.wait_for_run(os.path.join(self.work, "paper.pdf"), 0)
+        self.activate(self.window)
+        viewer = self.viewers("zathura")
+        self.keys(VIEW_PDF)
+        wait_until(lambda: self.active() == window, "the viewer in front")
+        self.assertEqual(self.viewers("zathura"), viewer)
+
+    def test_zathura_shows_the_line_that_was_edited_last(self):
+        path = self.pages("paper.tex", 8)
+        self.start_with(path, ADDSPECIALS="1", Editor=self.recorder("kate"), EDITEDFILE=path, EDITEDLINE="14")
+        wait_until(self.zathura_is_there, "zathura")
+        wait_until(lambda: self.zathura("pagenumber") == 4, "page 5, counted from 0")
+        self.wait_for_run(os.path.join(self.work, "paper.pdf"), 0)
+        self.assertEqual(self.run_program(QUILLON, "edit", "+20", path).returncode, 0)
+        self.started("kate")
+        self.typeset(os.path.join(self.work, "paper.pdf"))
+        wait_until(lambda: self.zathura("pagenumber") == 6, "page 7, counted from 0")
+        self.assertEqual(self.active(), self.window)
+
+    def test_a_click_in_zathura_opens_the_editor_at_the_line(self):
+        path = self.pages("it's a paper.tex", 3)
+        self.start_with(path, ADDSPECIALS="1", Editor=self.recorder("kate"))
+        wait_until(self.zathura_is_there, "zathura")
+        self.wait_for_run(os.path.join(self.work, "it's a paper.pdf"), 0)
+        (window,) = self.xdotool("search", "--onlyvisible", "--class", "zathura")
+        self.activate(window)
+
+        def clicked():
+            # Where no text is, nothing happens; the first line of the page is somewhere in its upper half.
+            for y in range(40, 400, 12):
+                if self.starts("kate"):
+                    return True
+                self.xdotool("mousemove", "--window", window, "300", str(y), "keydown", "ctrl", "click", "1", "keyup", "ctrl")
+            return self.starts("kate")
+
+        wait_until(clicked, "the editor")
+        option, line, file = self.starts("kate")[0]
+        self.assertEqual((option, file), ("--line", path))
+        self.assertIn(int(line), range(2, 5), "the lines of page 1")
+
+    def test_xdvi_shows_the_line_that_was_edited_last(self):
+        path = self.pages("paper.tex", 4)
+        self.start_with(path, USEPDFTEX="0", ADDSPECIALS="1", EDITEDFILE=path, EDITEDLINE="8")
+        (window,) = wait_until(lambda: self.xdotool("search", "--onlyvisible", "--class", "XDvi"), "the viewer's window")
+        self.wait_for_run(os.path.join(self.work, "paper.dvi"), 0)
+        (viewer,) = wait_until(lambda: self.viewers("xdvi"))
+        with open(f"/proc/{viewer}/cmdline", "rb") as file:
+            self.assertIn(b"\0-sourceposition\0" + b"8 " + os.fsencode(path) + b"\0", file.read())
+        before = self.picture(window)
+        self.add_preferences("EDITEDLINE=2\n")
+        self.typeset(os.path.join(self.work, "paper.dvi"))
+        wait_until(lambda: self.picture(window) != before, "another page")
+        # What told it the line was another xdvi, which ends then.
+        wait_until(lambda: self.viewers("xdvi") == [viewer], "one viewer")
+        self.assertEqual(self.active(), self.window)
+
+
+if __name__ == "__main__":
+    unittest.main()
