@@ -26,8 +26,6 @@ constexpr std::size_t longest_command_line = 1 << 17;
 bool names(const std::string &word, const std::string &process, const std::string &document) {
     if (word.starts_with("file:"))
         return common::path_of_uri(word) == document;
-    if (!word.ends_with(common::leaf_of(document)))
-        return false;
     return common::canonical_path(common::absolute_path(process + "/cwd", word)) ==
            common::canonical_path(document);
 }
@@ -116,7 +114,7 @@ bool refresh(pid_t process, const std::string &program, const common::ViewerRow 
         work_detached([&] { tell_zathura(process, place, asked); }, -1);
     else if (place.line > 0 && !row.evince.empty() && asked)
         // An Evince that is told a line comes to the front, so after a run it is told none.
-        tell_evince(row.evince, document, place);
+        work_detached([&] { tell_evince(row.evince, document, place); }, -1);
     else if (place.line > 0 && !row.at_source.empty())
         told = start(program, row, document, place, asked, problem);
     if (asked && row.presents)

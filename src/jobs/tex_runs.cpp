@@ -135,6 +135,16 @@ static int take_path(const char *path) {
     return 0;
 }
 
+// Says why the file fname of the folder curr_dir is not typeset. Double quotes group words on a command line,
+// and no TeX engine opens a file that has one in its name. Returns 1 when nothing speaks against it, else 0.
+static int can_be_named() {
+    if (!std::strchr(fname.c_str(), '"'))
+        return 1;
+    ml_printf("No engine can open \"%s\": there is a double quote in its name.\n", fname.c_str());
+    exit_status = 1;
+    return 0;
+}
+
 static OSType creator_of(const char *path) {
     FSSpec spec;
     FInfo info;
@@ -148,6 +158,8 @@ static void typeset_chosen(JobKind kind, const char *path) {
     curr_dir.clear();
     fname.clear();
     if (path ? !take_path(path) : !ask_for_file())
+        return;
+    if (!can_be_named())
         return;
     whole.format("%s/%s", curr_dir.c_str(), fname.c_str());
     if (kind == tex_job)
@@ -163,7 +175,7 @@ static void typeset_chosen(JobKind kind, const char *path) {
 static void typeset_known(JobKind kind, const char *path) {
     const JobScope scope;
     static BoundedString<1024> command;
-    if (!take_path(path))
+    if (!take_path(path) || !can_be_named())
         return;
     default_creator = creator_of(dotexfile.c_str());
     if (!compose(kind, 1, command)) {

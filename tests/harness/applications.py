@@ -31,10 +31,13 @@ class Applications:
         shutil.copy(os.path.join(FAKES, "recorder.sh"), path)
         return path
 
+    def records(self, name):
+        return glob.glob(os.path.join(self.programs, name + ".*.words"))
+
     def starts(self, name):
         """The words of every start of the application so far."""
         found = []
-        for path in glob.glob(os.path.join(self.programs, name + ".*.words")):
+        for path in self.records(name):
             with open(path, "rb") as file:
                 found.append(os.fsdecode(file.read().partition(b"\n")[2]).split("\0")[:-1])
         return found
