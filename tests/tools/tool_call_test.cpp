@@ -15,7 +15,6 @@
 #include "support/temporary_home.h"
 #include "toolbox/received_events.h"
 #include "tools/processes.h"
-#include "tools/shell_commands.h"
 #include "tools/tool_runs.h"
 
 namespace quillon {
@@ -284,18 +283,6 @@ TEST_F(ToolCalls, EveryCompanionIsItsOwnToolStartedAnewAndQuit) {
                   "I can't find " + std::string(companion.name) + ". It should be in the binaries folder.\n");
         companion.path.clear();
     }
-}
-
-TEST_F(ToolCalls, ACommandLinePrintsWhatItSaysAndGivesWhetherItEndedWell) {
-    ASSERT_EQ(getMachOCalls(), noErr);
-    const std::filesystem::path before = std::filesystem::current_path();
-    EXPECT_EQ(InvokeTool("pwd; echo said", home_.path("work").c_str()), 1);
-    EXPECT_EQ(front_->printed, home_.path("work") + "\nsaid\n");
-    EXPECT_EQ(std::filesystem::current_path(), home_.path("work"));
-    std::filesystem::current_path(before);
-    EXPECT_EQ(InvokeTool("exit 3", nullptr), 0);
-    EXPECT_EQ(std::filesystem::current_path(), before);
-    BSDpopenFunc = nullptr;
 }
 
 } // namespace
