@@ -21,6 +21,7 @@ enum : OSType {
     typeNull = four("null"),
     typeChar = four("TEXT"),
     typeFSS = four("fss "),
+    typeShortInteger = four("shor"),
     typeLongInteger = four("long"),
     typeAEList = four("list"),
     typeAppleEvent = four("aevt"),
@@ -59,12 +60,19 @@ using AEEventHandler = OSErr (*)(const AppleEvent *event, AppleEvent *reply, std
 // AESend calls this for each event that comes while it waits, and with a null event when none comes. SLEEP is
 // how long the next wait may sleep, in ticks (1/60 s), and may be set. A result of 1 abandons the wait.
 using AEIdleProc = int (*)(EventRecord *event, std::uint32_t *sleep);
+// Says which of the events that other programs send are taken while AESend waits. No procedure here calls it.
+using AEFilterProc = int (*)(EventRecord *event, std::int32_t return_id, std::int32_t transaction_id,
+                             const AEDesc *sender);
 
 // Makes a descriptor that holds a copy of SIZE bytes of DATA. A value of type 'fss ' is an FSSpec, 'psn ' a
 // ProcessSerialNumber, 'sign' an OSType, 'long' an int32, 'TEXT' bytes without a final NUL. Always noErr.
 OSErr AECreateDesc(OSType type, const void *data, std::size_t size, AEDesc *result);
 // Frees the value of DESC, which is an empty 'null' descriptor from then on. Always noErr.
 OSErr AEDisposeDesc(AEDesc *desc);
+// Makes RESULT a copy of DESC with all that it holds. Always noErr.
+OSErr AEDuplicateDesc(const AEDesc *desc, AEDesc *result);
+// Copies the bytes of DESC, at most ROOM of them. paramErr when it has no value.
+OSErr AEGetDescData(const AEDesc *desc, void *data, std::size_t room);
 // Makes an event without parameters for the program that TARGET (a 'psn ' or 'sign' descriptor, copied)
 // names. RETURN_ID and TRANSACTION_ID are not used: the bus tells replies apart itself. Always noErr.
 OSErr AECreateAppleEvent(OSType event_class, OSType event_id, const AEDesc *target, std::int16_t return_id,
@@ -99,13 +107,14 @@ OSErr AEGetAttributePtr(const AppleEvent *event, OSType keyword, OSType wanted, 
 // Sends EVENT to its target. With kAEWaitReply in MODE it waits for the reply at most TIMEOUT ticks
 // (kAEDefaultTimeout: one minute, kNoTimeOut: for ever) and fills REPLY, which the caller disposes of. While
 // it waits, IDLE (may be null) gets every update, activate and operating-system event, and a null event when
-// there is none; events from other programs that start no work are handled. The result is the receiver's own
-// error number, or procNotFound: there is no such process; connectionInvalid: the bus or the receiver has
-// gone; errAEWaitCanceled: IDLE abandoned the wait; errAETimeout; errAEEventNotHandled: the target cannot
-// take such an event; permErr: a program that is not on the bus cannot be started with the document;
-// paramErr: the target is no process and no signature.
+// there is none; without IDLE these events stay in the queue. Events from other programs that start no work
+// are handled. FILTER is never called: the gate of the queue alone says which events are taken. The result is
+// the receiver's own error number, or procNotFound: there is no such process; connectionInvalid: the bus or
+// the receiver has gone; errAEWaitCanceled: IDLE abandoned the wait; errAETimeout; errAEEventNotHandled: the
+// target cannot take such an event; permErr: a program that is not on the bus cannot be started with the
+// document; paramErr: the target is no process and no signature.
 OSErr AESend(const AppleEvent *event, AppleEvent *reply, std::int32_t mode, std::int16_t priority,
-             std::int32_t timeout, AEIdleProc idle);
+             std::int32_t timeout, AEIdleProc idle, AEFilterProc filter = nullptr);
 
 // Makes HANDLER the procedure for events of that class and id, in place of an earlier one. Always noErr.
 OSErr AEInstallEventHandler(OSType event_class, OSType event_id, AEEventHandler handler, std::int32_t refcon);

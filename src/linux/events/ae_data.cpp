@@ -51,6 +51,11 @@ OSErr AEDisposeDesc(AEDesc *desc) {
     return noErr;
 }
 
+OSErr AEDuplicateDesc(const AEDesc *desc, AEDesc *result) {
+    *result = ae_copy(*desc);
+    return noErr;
+}
+
 OSErr AECreateAppleEvent(OSType event_class, OSType event_id, const AEDesc *target, std::int16_t,
                          std::int32_t, AppleEvent *result) {
     result->data = nullptr;
@@ -86,6 +91,10 @@ static OSErr copy_bytes(const AEDesc &desc, OSType wanted, void *data, std::size
     if (size > 0)
         std::memcpy(data, bytes.data(), size);
     return noErr;
+}
+
+OSErr AEGetDescData(const AEDesc *desc, void *data, std::size_t room) {
+    return desc->data ? copy_bytes(*desc, typeWildCard, data, room, nullptr) : OSErr{paramErr};
 }
 
 OSErr AEGetNthPtr(const AEDescList *list, std::int32_t index, OSType wanted, void *data, std::size_t room,

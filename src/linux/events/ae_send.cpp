@@ -60,12 +60,15 @@ static int on_reply(sd_bus_message *message, void *context, sd_bus_error *) {
 // after TIMEOUT ticks.
 template <typename Done> static OSErr wait_for(Done done, std::int32_t timeout, AEIdleProc idle) {
     const std::uint32_t start = TickCount();
-    std::uint32_t sleep = 0;
+    // Nobody would handle the shell's own events without an idle procedure, so they are left in the queue.
+    const std::uint16_t own_events = idle ? 0x8140 : 0;
+    std::uint32_t sleep = idle ? 0 : 15;
     while (!done()) {
         EventRecord event;
         // While a job's gate holds back the events that start work, other programs' events are taken here;
         // otherwise they stay in the queue for the event loop.
-        WaitNextEvent(EventsAreGated() ? 0x8140 | highLevelEventMask : 0x8140, &event, sleep);
+        const int others = EventsAreGated() ? highLevelEventMask : 0;
+        WaitNextEvent(static_cast<std::uint16_t>(own_events | others), &event, sleep);
         // An event that was taken must be handled even when the wait is over.
         if (event.what == kHighLevelEvent) {
             AEProcessAppleEvent(&event);
@@ -205,7 +208,7 @@ static bool has_settled(pid_t pid) {
 }
 
 OSErr AESend(const AppleEvent *event, AppleEvent *reply, std::int32_t mode, std::int16_t,
-             std::int32_t timeout, AEIdleProc idle) {
+             std::int32_t timeout, AEIdleProc idle, AEFilterProc) {
     const bool wait = (mode & 3) == kAEWaitReply;
     const std::int32_t limit = timeout == kAEDefaultTimeout ? 3600 : timeout;
     const bool quits = event->data->event_class == four("aevt") && event->data->event_id == four("quit");
