@@ -8,6 +8,7 @@
 #include "state/job_state.h"
 #include "toolbox/apple_events.h"
 #include "tools/processes.h"
+#include "tools/scripts.h"
 #include "tools/shell_commands.h"
 #include "viewers/quoting.h"
 
@@ -131,6 +132,19 @@ int OpenEditor(int line) {
         return select_in_alpha(typeProcessSerialNumber, &psn, sizeof psn, tcl.c_str());
     }
     return 1;
+}
+
+int callScript3(const char *editor_path, int line) {
+    BoundedString<2048> path;
+    const int fits = script_path(editor_path, path);
+    if (InitCScript() != noErr)
+        return 0;
+    if (fits && cmd.format("tell application \"%s\"\r\t\t\t\tselect display_line %d of text window 1\r"
+                           "\t\t\tend tell\r",
+                           path.c_str(), line))
+        CScript(cmd.c_str());
+    DisposeCScript();
+    return 0;
 }
 
 } // namespace quillon

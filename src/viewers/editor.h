@@ -12,6 +12,9 @@ int SetLineInEditorOSX(const char *file, int line);
 // Opens editfile in the editor and goes to LINE, on a system before haveosx. Returns 1; 0 when no editor is
 // set or the document could not be sent to it.
 int OpenEditor(int line);
+// Has the editor at the Unix path EDITOR_PATH select LINE in its first text window, by a script. Returns 0
+// always.
+int callScript3(const char *editor_path, int line);
 
 } // namespace quillon
 

@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 """An application on the bus: "application.py SIGNATURE PATH FILE" writes one line into FILE for each call that it gets,
-with the caller's bus name first, and a first line "ready" once it can be called."""
+with the caller's bus name first, and a first line "ready" once it can be called. The line of an event is its class and
+id, its direct parameter, and keyword, type and value of every other one."""
 
 import os
 import sys
@@ -34,7 +35,8 @@ class Application(dbus.service.Object):
     @dbus.service.method("org.quillon.App1", in_signature="ssa{s(sv)}", out_signature="ia{s(sv)}", sender_keyword="sender")
     def Event(self, event_class, event_id, parameters, sender=None):
         direct = parameters["----"][1] if "----" in parameters else ""
-        note(sender, event_class + event_id, str(direct if not isinstance(direct, dbus.Array) else direct[0][1]))
+        others = [str(word) for key in parameters if key != "----" for word in (key, *parameters[key])]
+        note(sender, event_class + event_id, str(direct if not isinstance(direct, dbus.Array) else direct[0][1]), *others)
         return 0, {}
 
 
