@@ -122,18 +122,6 @@ static int open_editfile(ProcessSerialNumber *psn) {
     return result == noErr;
 }
 
-int OpenEditor(int line) {
-    ProcessSerialNumber psn;
-    if (!editor || !open_editfile(&psn))
-        return 0;
-    if (ed_creator == four("ALFA") || path_says("Alpha")) {
-        BoundedString<128> tcl;
-        tcl.format("select [rowColToPos %d 0] [rowColToPos %ld 0]", line, line + 1L);
-        return select_in_alpha(typeProcessSerialNumber, &psn, sizeof psn, tcl.c_str());
-    }
-    return 1;
-}
-
 int callScript3(const char *editor_path, int line) {
     BoundedString<2048> path;
     const int fits = script_path(editor_path, path);
@@ -145,6 +133,23 @@ int callScript3(const char *editor_path, int line) {
         CScript(cmd.c_str());
     DisposeCScript();
     return 0;
+}
+
+int OpenEditor(int line) {
+    ProcessSerialNumber psn;
+    if (!editor || !*editor || !open_editfile(&psn))
+        return 0;
+    if (ed_creator == four("R*ch") || path_says("BBEdit")) {
+        callScript3(editor, line);
+        ForceTextUpdate();
+        return 1;
+    }
+    if (ed_creator == four("ALFA") || path_says("Alpha")) {
+        BoundedString<128> tcl;
+        tcl.format("select [rowColToPos %d 0] [rowColToPos %ld 0]", line, line + 1L);
+        return select_in_alpha(typeProcessSerialNumber, &psn, sizeof psn, tcl.c_str());
+    }
+    return 1;
 }
 
 } // namespace quillon

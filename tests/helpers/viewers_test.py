@@ -44,13 +44,23 @@ class Viewers(ViewersTest, HomeTest):
         wait_until(lambda: len(self.processes_of(os.path.join(self.programs, viewer))) == 1, "one process")
 
     def test_a_viewer_that_shows_the_document_is_not_started_again(self):
-        for viewer, words in (("zathura", []), ("evince", []), ("mupdf", []), ("gv", ["--watch"])):
+        for viewer, words in (("zathura", []), ("evince", []), ("gv", ["--watch"])):
             self.recorder(viewer)
             self.view(viewer)
             self.started(viewer)
             self.view(viewer, **AFTER_RUN)
             self.one_runs(viewer)
             self.assertEqual(self.starts(viewer), [[*words, self.document]])
+
+    def test_one_that_reads_again_on_a_signal_gets_it(self):
+        text = "#!/bin/sh\ntrap 'echo again >> \"$1.signals\"' HUP\n: > \"$1.signals\"\nwhile [ -e %s/stay ]; do sleep 0.05; done\n"
+        viewer = self.file("mupdf", text % self.programs, self.programs, 0o755)
+        self.view(viewer)
+        wait_until(lambda: os.path.exists(self.document + ".signals"))
+        for count in (1, 2):
+            self.view(viewer, **AFTER_RUN)
+            wait_until(lambda: os.path.getsize(self.document + ".signals") == count * len("again\n"))
+        self.one_runs("mupdf")
 
     def test_another_document_has_a_viewer_of_its_own(self):
         self.recorder("zathura")

@@ -47,8 +47,6 @@ std::FILE *open_pipe(const char *command, const char *mode) {
 
 } // namespace
 
-OpenHints open_hints = {};
-
 int SystemFrameworkLoad() {
     if (!library)
         library = ::dlopen("libc.so.6", RTLD_LAZY);

@@ -11,6 +11,7 @@
 
 namespace quillon {
 
+OpenHints open_hints = {};
 std::vector<PendingStart> pending_starts;
 
 static std::uint32_t last_number = 0;
