@@ -1,10 +1,14 @@
 #include "helpers/bundle.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <fstream>
+#include <functional>
 #include <set>
+#include <sys/file.h>
 #include <systemd/sd-bus.h>
 #include <unistd.h>
 #include <vector>
@@ -13,7 +17,9 @@
 #include "common/bundle.h"
 #include "common/clock.h"
 #include "common/event_codec.h"
+#include "common/host_files.h"
 #include "common/path_forms.h"
+#include "common/places.h"
 #include "common/session_bus.h"
 #include "helpers/launch.h"
 
@@ -21,6 +27,7 @@ namespace helpers {
 
 namespace {
 
+constexpr std::size_t longest_command_line = 1 << 17;
 constexpr std::uint64_t ask_microseconds = 1'000'000;
 constexpr std::uint64_t launch_microseconds = 30'000'000;
 
@@ -120,11 +127,54 @@ void send_when_there(pid_t program, const std::string &document) {
     sd_bus_flush_close_unref(bus);
 }
 
+// The note of the process that was started last from a bundle, in the temporary folder. Who holds it has it
+// for itself; it is let go at the end of the scope.
+class StartNote {
+  public:
+    explicit StartNote(const std::string &bundle) : bundle_(bundle) {
+        const std::string folder = common::temporary_folder();
+        if (!common::make_private_folder(folder))
+            return;
+        const std::string path = folder + "/started-" + std::to_string(std::hash<std::string>{}(bundle));
+        descriptor_ = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+        while (descriptor_ >= 0 && flock(descriptor_, LOCK_EX) != 0 && errno == EINTR) {
+        }
+    }
+    ~StartNote() {
+        if (descriptor_ >= 0)
+            close(descriptor_);
+    }
+    StartNote(const StartNote &) = delete;
+    StartNote &operator=(const StartNote &) = delete;
+
+    // Returns the process when it runs a program of the bundle still, else 0.
+    pid_t process() const {
+        pid_t process = 0;
+        if (descriptor_ < 0 || pread(descriptor_, &process, sizeof process, 0) != sizeof process)
+            return 0;
+        const std::string words =
+            common::read_file("/proc/" + std::to_string(process) + "/cmdline", longest_command_line);
+        return words.find(bundle_ + "/Contents/") != std::string::npos ? process : 0;
+    }
+    void keep(pid_t process) const {
+        // Without the note a second start is not known; the program itself runs all the same.
+        [[maybe_unused]] const ssize_t written =
+            descriptor_ >= 0 ? pwrite(descriptor_, &process, sizeof process, 0) : 0;
+    }
+
+  private:
+    std::string bundle_;
+    int descriptor_ = -1;
+};
+
 } // namespace
 
 bool open_bundle(const std::string &path, const std::string &document, std::string &problem) {
+    const std::string bundle = common::canonical_path(path);
+    // Two commands at once start one program: the second finds the first's note of what it has started.
+    const StartNote note(bundle);
     sd_bus *const bus = common::open_session_bus();
-    const std::string name = bus ? running(bus, common::canonical_path(path)) : "";
+    const std::string name = bus ? running(bus, bundle) : "";
     const bool sent = !name.empty() && (document.empty() || send_document(bus, name, document));
     if (sent)
         common::send_activate(bus, name, common::application_path);
@@ -135,14 +185,21 @@ bool open_bundle(const std::string &path, const std::string &document, std::stri
         problem = "there is no session bus for " + path;
         return false;
     }
+    if (const pid_t starting = note.process(); starting > 0) {
+        if (!document.empty())
+            work_detached([&] { send_when_there(starting, document); }, -1);
+        return true;
+    }
     Launch launch;
+    pid_t program = 0;
     launch.words = {common::program_of_bundle(path)};
     if (!document.empty())
-        launch.after = [&document](pid_t program) { send_when_there(program, document); };
-    if (const int error = start_detached(launch); error != 0) {
+        launch.after = [&document](pid_t started) { send_when_there(started, document); };
+    if (const int error = start_detached(launch, &program); error != 0) {
         problem = "I can't start " + launch.words[0] + ": " + std::strerror(error);
         return false;
     }
+    note.keep(program);
     return true;
 }
 

@@ -53,9 +53,19 @@ void forget_files(int report, int kept) {
     common::close_others({report, kept});
 }
 
-void tell(int report, int error) {
-    while (write(report, &error, sizeof error) < 0 && errno == EINTR) {
+// Writes a number for start_detached: an errno, or the id of the program's process as a negative number.
+void tell(int report, int number) {
+    while (write(report, &number, sizeof number) < 0 && errno == EINTR) {
     }
+}
+
+// Reads the next such number; 0 when there is none.
+int hear(int report) {
+    int number = 0;
+    ssize_t count;
+    while ((count = read(report, &number, sizeof number)) < 0 && errno == EINTR) {
+    }
+    return count == sizeof number ? number : 0;
 }
 
 [[noreturn]] void become_program(const Launch &launch, const std::string &program, int report) {
@@ -77,8 +87,7 @@ void tell(int report, int error) {
     const pid_t pid = fork();
     if (pid == 0)
         become_program(launch, program, report);
-    if (pid < 0)
-        tell(report, errno);
+    tell(report, pid < 0 ? errno : -pid);
     close(report);
     if (pid > 0 && launch.after)
         launch.after(pid);
@@ -93,7 +102,7 @@ std::string program_path(const std::string &name) {
     return name.empty() ? "" : common::find_program(name, search_path(), "/");
 }
 
-int start_detached(const Launch &launch) {
+int start_detached(const Launch &launch, pid_t *process) {
     const std::string program = program_path(launch.words[0]);
     if (program.empty())
         return access(launch.words[0].c_str(), F_OK) == 0 ? EACCES : ENOENT;
@@ -109,14 +118,16 @@ int start_detached(const Launch &launch) {
         middle_process(launch, program, report[1]);
     const int failed = pid < 0 ? errno : 0;
     close(report[1]);
-    int error = 0;
-    ssize_t count;
-    while ((count = read(report[0], &error, sizeof error)) < 0 && errno == EINTR) {
-    }
+    int error = failed;
+    while (const int number = hear(report[0]))
+        if (number > 0)
+            error = number;
+        else if (process)
+            *process = -number;
     close(report[0]);
     if (pid > 0 && !launch.after)
         waitpid(pid, nullptr, 0);
-    return failed ? failed : count == sizeof error ? error : 0;
+    return error;
 }
 
 int work_detached(const std::function<void()> &work, int kept) {

@@ -17,8 +17,8 @@ struct Launch {
 };
 
 // Starts the program in a session of its own, with empty input, no output and none of this process's files.
-// Returns 0, or the errno that kept it from starting.
-int start_detached(const Launch &launch);
+// Returns 0, with its process id in PROCESS unless that is null, or the errno that kept it from starting.
+int start_detached(const Launch &launch, pid_t *process = nullptr);
 // Does WORK in a process of that kind, which then ends. KEPT is a descriptor that stays open in it. Returns
 // 0, or the errno that kept the process from starting.
 int work_detached(const std::function<void()> &work, int kept);

@@ -87,11 +87,18 @@ class HomeTest(unittest.TestCase):
         """Makes sure that the binaries folder is a copy."""
         return self.copy_binaries() if self.binaries == BINARIES else self.binaries
 
+    def fake_bundle(self, path, signature, **behaviour):
+        """Makes a bundle at PATH, NAME.app, whose program is a tool that does what BEHAVIOUR says; its path."""
+        contents = os.path.join(path, "Contents")
+        self.file("PkgInfo", "APPL" + signature, contents)
+        self.file(os.path.relpath(program_of(path), contents), read_fake("tool.py"), contents, 0o755)
+        self.file("behaviour.json", json.dumps(behaviour), os.path.join(contents, "Resources"))
+        return path
+
     def fake_tool(self, bundle, **behaviour):
         """Puts a tool that does what BEHAVIOUR says in place of a bundle; see fakes/tool.py."""
         program = program_of(os.path.join(self.own_binaries(), bundle + ".app"))
-        with open(os.path.join(FAKES, "tool.py"), "rb") as file:
-            self.replace(program, file.read(), 0o755)
+        self.replace(program, read_fake("tool.py"), 0o755)
         self.file("behaviour.json", json.dumps(behaviour),
                   os.path.join(self.binaries, bundle + ".app", "Contents", "Resources"))
 
@@ -172,6 +179,12 @@ class HomeTest(unittest.TestCase):
         self.errors = errors.decode("utf-8", "surrogateescape")
         self.status = process.returncode
         return output.decode("utf-8", "surrogateescape")
+
+
+def read_fake(name):
+    """What the stand-in of that name in tests/fakes holds."""
+    with open(os.path.join(FAKES, name), "rb") as file:
+        return file.read()
 
 
 def program_of(bundle):

@@ -17,6 +17,7 @@
 #include "support/temporary_home.h"
 #include "toolbox/processes.h"
 #include "tools/processes.h"
+#include "tools/scripts.h"
 #include "tools/shell_commands.h"
 #include "viewers/editor.h"
 #include "viewers/quoting.h"
@@ -205,6 +206,42 @@ TEST_F(Viewers, OnAnEarlierSystemAnEditorThatCannotBeReachedIsSaid) {
     EXPECT_EQ(calleditor, 0);
     EXPECT_EQ(piped, "");
     EXPECT_EQ(KillApp(app.c_str()), procNotFound);
+}
+
+TEST_F(Viewers, OnAnEarlierSystemEveryStepThatFailsIsAFailure) {
+    const JobScope scope;
+    haveosx = 0;
+    const std::string app = bundle("editor", "EDTR"), file = home_.file("work/x.tex");
+    editfile.copy(file);
+    EXPECT_EQ(OpenEditor(3), 0); // no editor
+    editor = "";
+    EXPECT_EQ(OpenEditor(3), 0);
+    editor = app.c_str();
+    editfile.copy(home_.path("work/none.tex"));
+    EXPECT_EQ(OpenEditor(3), 0);
+    editfile.copy(file);
+    const std::string gone = home_.path("gone.app");
+    editor = gone.c_str();
+    EXPECT_EQ(OpenEditor(3), 0);
+    EXPECT_EQ(front_->printed, "");
+}
+
+TEST_F(Viewers, AlphaIsToldTheGreatestLine) {
+    const JobScope scope;
+    editor = "/apps/one";
+    ed_creator = four("ALFA");
+    // Nobody of that signature runs, so the event goes nowhere.
+    EXPECT_EQ(SetLineInEditorOSX("/vol/x.tex", INT32_MAX), 1);
+    EXPECT_EQ(piped, "");
+}
+
+TEST_F(Viewers, TheScriptToAnEditorGoesToItsHfsPath) {
+    callScript3("/vol/my\x1F"
+                "apps/BBEdit",
+                12);
+    EXPECT_EQ(cmd.view(),
+              "tell application \"vol:my apps:BBEdit\"\r\t\t\t\tselect display_line 12 of text window 1\r"
+              "\t\t\tend tell\r");
 }
 
 } // namespace
