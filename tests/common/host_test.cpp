@@ -1,3 +1,4 @@
+#include <csignal>
 #include <fcntl.h>
 
 #include "common/argument_list.h"
@@ -8,6 +9,7 @@
 #include "common/path_forms.h"
 #include "common/places.h"
 #include "common/preferences.h"
+#include "common/viewers_table.h"
 #include "support/temporary_home.h"
 
 using namespace common;
@@ -92,6 +94,52 @@ TEST(EditorsTable, RowsNeedArgumentsAtALine) {
     ASSERT_EQ(rows.size(), 2u);
     EXPECT_EQ(rows[1].plain, std::vector<std::string>{"%f"});
     EXPECT_TRUE(rows[1].terminal && rows[1].x11_only);
+}
+
+TEST(ApplicationTable, FieldsAndWordsAndQuotes) {
+    using Row = std::vector<Words>;
+    EXPECT_EQ(ParseTable("  # no | row\n\n \t\na b|\t\"c | d\" e\"f\" \"\" |\r\nlast"),
+              (std::vector<Row>{{{"a", "b"}, {"c | d", "ef", ""}, {}}, {{"last"}}}));
+    EXPECT_EQ(ParseTable("open \"to the | end\nnext"),
+              (std::vector<Row>{{{"open", "to the | end"}}, {{"next"}}}));
+    EXPECT_TRUE(ParseTable("").empty());
+}
+
+TEST(ApplicationTable, CodesInArguments) {
+    const Codes codes = {{'f', "/a %l"}, {'l', "7"}};
+    EXPECT_EQ(FilledArguments({"%f:%l", "100%%", "%%f", "%q", "%{f}", "%", ""}, codes),
+              (Words{"/a %l:7", "100%", "%f", "%q", "%{f}", "%", ""}));
+    EXPECT_TRUE(HoldsCode({"x", "a%fb"}, 'f'));
+    EXPECT_FALSE(HoldsCode({"%%f", "%", "%l"}, 'f'));
+}
+
+TEST(ViewersTable, RowsAndFlags) {
+    const auto rows = ParseViewerRows("a | a.b | ?-q %d | at %d %l | -x %e | single usr1 presents zathura\n"
+                                      "b | | --watch | | | hup evince=org.a evince=org.b\nc | |\nd |");
+    ASSERT_EQ(rows.size(), 3u);
+    EXPECT_TRUE(rows[0].single && rows[0].presents && rows[0].zathura);
+    EXPECT_EQ(rows[0].reread_signal, SIGUSR1);
+    EXPECT_EQ(rows[0].at_source, (Words{"at", "%d", "%l"}));
+    EXPECT_EQ(rows[0].links, (Words{"-x", "%e"}));
+    EXPECT_FALSE(rows[1].single);
+    EXPECT_EQ(rows[1].show, (Words{"--watch", "%d"}));
+    EXPECT_EQ(rows[1].reread_signal, SIGHUP);
+    EXPECT_EQ(rows[1].evince, (Words{"org.a", "org.b"}));
+    EXPECT_EQ(rows[2].show, Words{"%d"});
+}
+
+TEST(ViewersTable, TheTableOfTheBuildNamesEachViewerOnce) {
+    const TemporaryHome home;
+    const auto rows = ParseViewerRows(read_file(QUILLON_SOURCE_FOLDER "/resources/viewers.table", 1 << 20));
+    ASSERT_GE(rows.size(), 10u);
+    std::vector<std::string> seen;
+    for (const ViewerRow &row : rows)
+        for (const std::string &program : row.programs) {
+            EXPECT_FALSE(Contains(seen, program)) << program;
+            seen.push_back(program);
+            EXPECT_TRUE(HoldsCode(row.show, 'd') || HoldsCode(row.show, 'u')) << program;
+            EXPECT_TRUE(row.at_source.empty() || HoldsCode(row.at_source, 'l')) << program;
+        }
 }
 
 TEST(HostFiles, ReadingStopsAtTheBlockThatReachesTheLimit) {

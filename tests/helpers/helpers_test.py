@@ -4,6 +4,7 @@ import glob
 import os
 import select
 import shutil
+import subprocess
 import sys
 import unittest
 
@@ -161,6 +162,14 @@ class Editors(Applications, HomeTest):
             self.assertEqual((done.returncode, done.stderr), (0, ""))
             self.assertEqual(self.started(name), words)
 
+    def test_line_0_and_the_greatest_line(self):
+        path = self.file("x.tex", "x")
+        self.preferences(Editor=self.recorder("kate"))
+        for line, words in (("0", [path]), ("2000000000", ["--line", "2000000000", path]),
+                            ("2147483647", ["--line", "2147483647", path])):
+            self.assertEqual(self.helper("edit", "+" + line, path).returncode, 0)
+            wait_until(lambda: words in self.starts("kate"))
+
     def test_bbedit_is_the_same_command(self):
         self.preferences(Editor=self.recorder("kate"))
         path = self.file("x.tex", "x")
@@ -242,7 +251,7 @@ class Editors(Applications, HomeTest):
         self.refused("edit", "I can't find the file /no/such.tex", "+3", "/no/such.tex")
 
     def test_usage(self):
-        for words in ([], ["+3"], ["3", "x"], ["+", "x"], ["+3x", "x"], ["+3", "x", "y"], ["+99999999999", "x"]):
+        for words in ([], ["+3"], ["3", "x"], ["+", "x"], ["+3x", "x"], ["+3", "x", "y"], ["+99999999999", "x"], ["+-5", "x"]):
             done = self.helper("edit", *words)
             self.assertEqual((done.returncode, done.stderr), (64, "usage: edit +LINE FILE\n"))
 
@@ -398,6 +407,56 @@ class FromTheShell(Applications, HomeTest):
         self.assertEqual(self.started("kate"), ["--line", "2", path])
         wait_until(lambda: not self.processes_of(os.path.join(HELPERS, "open")))
         self.assertEqual(len(self.starts("kate")), 1)
+
+    def fails_in(self, name, line, *, exists=True, **settings):
+        """A tool that asks for the editor at a line of a file: what the console said."""
+        path = os.path.join(self.work, name)
+        if exists and not os.path.exists(path):
+            self.file(name, "x")
+        self.fake_tool("pdftex", reply={"----": ["long", 1], "edit": ["long", 1]})
+        self.preferences(USEPDFTEX="1", Editor=self.recorder("kate"), FILENAME=path.replace(" ", "\\x1f"), LINENUMBER=line,
+                         **settings)
+        return self.shell(f"event QUIL exec ---- TEXT pdftex dest fss {self.work}\n")
+
+    def test_an_error_in_a_file_that_does_not_exist(self):
+        output = self.fails_in("none.tex", "3", exists=False)
+        self.assertIn(f"edit: I can't find the file {self.work}/none.tex\n", output)
+        self.assertEqual(self.starts("kate"), [])
+
+    def test_an_error_at_line_0_and_at_line_2000000000(self):
+        path = os.path.join(self.work, "a b.tex")
+        for line, words in (("0", [path]), ("2000000000", ["--line", "2000000000", path])):
+            self.assertIn(f"Executing <edit +{line} ", self.fails_in("a b.tex", line))
+            wait_until(lambda: words in self.starts("kate"))
+        self.assertEqual(len(self.starts("kate")), 2)
+
+    def test_an_error_in_a_file_on_a_disk_that_cannot_be_written(self):
+        folder = os.path.join(self.home, "disk")
+        self.file("x.tex", "x", folder)
+        if subprocess.run(["mount", "--bind", folder, folder], capture_output=True, check=False).returncode != 0:
+            self.skipTest("nothing may be mounted here")
+        self.addCleanup(subprocess.run, ["umount", folder], check=True)
+        subprocess.run(["mount", "-o", "remount,ro,bind", folder], check=True)
+        path = os.path.join(folder, "x.tex")
+        self.assertRaises(OSError, self.file, path, "y")
+        self.fails_in(path, "5", ADDSPECIALS="1")
+        self.assertEqual(self.started("kate"), ["--line", "5", path])
+
+    def test_two_errors_in_one_run_open_the_editor_at_the_first(self):
+        path = self.file("x.tex", "\\undefinedone\n\\undefinedtwo\n\\bye\n")
+        self.preferences(USEPDFTEX="1", Editor=self.recorder("kate"))
+        self.shell(f"event aevt odoc ---- fss {path}\n")
+        self.assertEqual(self.started("kate"), ["--line", "1", path])
+        wait_until(lambda: not self.processes_of("Helpers/open"))
+        self.assertEqual(len(self.starts("kate")), 1)
+
+    def test_a_name_with_a_double_quote_is_refused_with_its_name(self):
+        path = self.file("a\"b.tex", "x")
+        self.preferences(USEPDFTEX="1", TEXFILE=path)
+        for script in (f"event aevt odoc ---- fss {path}\n", "menu 129 2\n"):
+            output = self.shell(script)
+            self.assertIn("No engine can open \"a\"b.tex\": there is a double quote in its name.\n", output)
+            self.assertNotIn("Processing", output)
 
     def test_what_a_command_says_comes_into_the_console(self):
         self.preferences(USEPDFTEX="1", AUTOVIEW="1", PDFVIEW=self.recorder("viewer"))

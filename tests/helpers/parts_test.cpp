@@ -8,6 +8,7 @@
 #include "helpers/editor.h"
 #include "helpers/hand_over.h"
 #include "helpers/launch.h"
+#include "helpers/source_place.h"
 #include "helpers/terminal.h"
 #include "support/temporary_home.h"
 
@@ -47,6 +48,7 @@ using ApplicationsOfAPerson = Helpers;
 using DesktopEntries = Helpers;
 using EditorCommand = Helpers;
 using HandOver = Helpers;
+using SourcePlaces = Helpers;
 using StartDetached = Helpers;
 using Terminals = Helpers;
 
@@ -124,6 +126,44 @@ TEST_F(EditorCommand, TheProgramOfADesktopEntry) {
     const std::string opt = program(home_, "opt/ed2");
     editor.entry.exec = opt + " %f";
     EXPECT_EQ(editor_command(editor, rows[0], "/a", 1, problem)[0], opt);
+}
+
+TEST_F(EditorCommand, AFileWithoutAPlaceGoesLast) {
+    const auto rows = common::ParseEditorRows("ed | | --line=%l\ned2 | | --there\n");
+    Application editor;
+    editor.kind = Kind::program;
+    editor.path = "/x/ed";
+    std::string problem;
+    EXPECT_EQ(editor_command(editor, rows[0], "/a b", 2000000000, problem),
+              (Words{"/x/ed", "--line=2000000000", "/a b"}));
+    EXPECT_EQ(editor_command(editor, rows[1], "/a b", 7, problem), (Words{"/x/ed", "--there", "/a b"}));
+}
+
+TEST_F(SourcePlaces, AreNamedInTheLinksOfAPdf) {
+    const std::string pdf = home_.file("work/x.pdf"), source = home_.file("work/a b.tex"),
+                      chapter = home_.file("work/sub/c.tex"), other = home_.file("other/c.tex");
+    EXPECT_FALSE(is_made_from(pdf, source));
+    home_.file("work/x.synctex", "SyncTeX Version:1\nInput:1:" + home_.path("work") + "/./a b.tex\nx" +
+                                     std::string(20000, 'y') + "Input:3:" + other +
+                                     "\nInput:2:./sub/c.tex\n");
+    EXPECT_TRUE(is_made_from(pdf, source));
+    EXPECT_TRUE(is_made_from(pdf, chapter));
+    EXPECT_FALSE(is_made_from(pdf, other));
+    EXPECT_FALSE(is_made_from(pdf, home_.path("work/gone.tex")));
+}
+
+TEST_F(SourcePlaces, AreNamedInTheSpecialsOfADviFile) {
+    const std::string source = home_.file("work/a b.tex"), other = home_.file("other/a b.tex");
+    const auto special = [](const std::string &text) {
+        return std::string("\xEF") + static_cast<char>(text.size()) + text;
+    };
+    const std::string dvi = home_.file("work/x.dvi", "....src:9a b.tex" + special("src:12 a b.tex") + "....");
+    EXPECT_TRUE(is_made_from(dvi, source));
+    EXPECT_FALSE(is_made_from(dvi, other));
+    const std::string cut = home_.file("work/y.dvi", special("src:12 a b.tex").substr(0, 12));
+    EXPECT_FALSE(is_made_from(cut, source));
+    EXPECT_FALSE(is_made_from(home_.file("work/z.dvi", "src:1a b.tex"), source));
+    EXPECT_TRUE(is_made_from(home_.file("work/z.dvi", special("src:1" + source)), source));
 }
 
 TEST_F(Terminals, TakeTheirCommandInTheirOwnWay) {
