@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <csignal>
 #include <systemd/sd-bus.h>
-#include <unistd.h>
 
 #include "common/clock.h"
 #include "common/path_forms.h"
@@ -15,7 +14,7 @@ namespace {
 
 constexpr std::uint64_t answer_microseconds = 2'000'000;
 constexpr std::uint64_t load_microseconds = 30'000'000;
-constexpr useconds_t again_microseconds = 50'000, settle_microseconds = 600'000;
+constexpr std::uint64_t again_microseconds = 50'000, settle_microseconds = 600'000;
 
 // A connection whose calls wait two seconds for their answer, closed at the end of the scope.
 struct Bus {
@@ -28,6 +27,10 @@ struct Bus {
     Bus(const Bus &) = delete;
     Bus &operator=(const Bus &) = delete;
 };
+
+void serve_for(sd_bus *bus, std::uint64_t microseconds) {
+    common::serve_until(bus, common::now_microseconds() + microseconds, [] { return false; });
+}
 
 // Returns the beginning of the object paths of a program whose bus names begin with PREFIX.
 std::string object_path(std::string prefix) {
@@ -93,7 +96,7 @@ void tell_zathura(pid_t process, const SourcePlace &place, bool raise) {
     const std::uint64_t end = common::now_microseconds() + load_microseconds;
     while (call("SynctexView", "suu", place.file.c_str(), static_cast<unsigned>(place.line), 1U) < 0 &&
            kill(process, 0) == 0 && common::now_microseconds() < end)
-        usleep(again_microseconds);
+        serve_for(bus.connection, again_microseconds);
 }
 
 void tell_evince(const common::Words &prefixes, const std::string &document, const SourcePlace &place) {
@@ -125,7 +128,7 @@ void tell_evince_when_there(const common::Words &prefixes, const std::string &do
         for (const std::string &prefix : prefixes)
             if (loading.window.starts_with(object_path(prefix) + "/")) {
                 sync_view(bus.connection, prefix, loading.owner.c_str(), loading.window.c_str(), place);
-                usleep(time == 0 ? settle_microseconds : 0);
+                serve_for(bus.connection, settle_microseconds);
             }
 }
 

@@ -67,6 +67,8 @@ constexpr Setting own_settings[] = {
     path("LASTDIR", "The working folder of the last TeX run."),
     path("FILENAME", "The file where the last run stopped on an error."),
     number("LINENUMBER", "The line of that error."),
+    path("EDITEDFILE", "The file that was edited last, while source links are on."),
+    number("EDITEDLINE", "The line of it, which a viewer is shown."),
     choice(stage_none, "PDFTEXOUTPUT", "0", 0, 9, nullptr,
            "What the last run left to view: 0 nothing, 1 the PDF file, any other value the DVI file."),
 

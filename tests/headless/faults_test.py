@@ -125,10 +125,12 @@ class Faults(HomeTest):
 
     def test_file_names_that_the_engine_cannot_open_are_said(self):
         self.preferences(USEPDFTEX="1")
-        for name, escaped in (('a"b.tex', 'a\\"b.tex'), ("a$HOME.tex", "a$HOME.tex"), ("a\nb.tex", "a\\nb.tex")):
+        for name, escaped, message in (('a"b.tex', 'a\\"b.tex', 'No engine can open "a"b.tex"'),
+                                       ("a$HOME.tex", "a$HOME.tex", "I can't find file"),
+                                       ("a\nb.tex", "a\\nb.tex", "I can't find file")):
             self.file(name, PLAIN)
             output = self.shell(f"event aevt odoc ---- fss \"{self.work}/{escaped}\"\nprint state exit_status\n")
-            self.assertIn("I can't find file", output, name)
+            self.assertIn(message, output, name)
             self.assertIn("exit_status=1\n", output)
 
     def test_a_name_of_30_characters_is_too_long_and_29_are_not(self):
