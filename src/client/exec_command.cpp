@@ -6,11 +6,10 @@
 #include <cstring>
 #include <poll.h>
 #include <sys/signalfd.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include "client/live_output.h"
-#include "client/shell_calls.h"
+#include "client/shell.h"
 #include "client/start.h"
 #include "common/preferences.h"
 #include "common/session_bus.h"
@@ -18,18 +17,19 @@
 namespace client {
 
 using common::shell_interface;
-using common::shell_name;
 using common::shell_path;
 
 namespace {
 
 struct Session {
     sd_bus *bus = nullptr;
+    const char *shell = nullptr; // its name on the bus
     bool follow = false;
     bool done = false;
     int status = status_unavailable;
     LiveOutput output;
-    std::string tool; // the unique bus name of the tool that runs
+    std::string first_error; // a line for the standard error
+    std::string tool;        // the unique bus name of the tool that runs
     bool tool_waits = false;
     bool input_ended = false;
 };
@@ -91,6 +91,36 @@ int on_waiting(sd_bus_message *message, void *data, sd_bus_error *) {
     return 0;
 }
 
+// Sets TEXT to "file:line: message" of the first error that the reply tells; leaves it when there is none.
+void read_first_error(sd_bus_message *reply, std::string &text) {
+    std::string file;
+    const char *message = "";
+    int line = 0;
+    if (sd_bus_message_enter_container(reply, 'a', "{sv}") <= 0)
+        return;
+    while (sd_bus_message_enter_container(reply, 'e', "sv") > 0) {
+        const char *name = "";
+        const void *bytes = nullptr;
+        std::size_t size = 0;
+        sd_bus_message_read_basic(reply, 's', &name);
+        const std::string_view key = name;
+        if (key == "file" && sd_bus_message_enter_container(reply, 'v', "ay") > 0) {
+            if (sd_bus_message_read_array(reply, 'y', &bytes, &size) > 0)
+                file.assign(static_cast<const char *>(bytes), size);
+            sd_bus_message_exit_container(reply);
+        } else if (key == "line") {
+            sd_bus_message_read(reply, "v", "i", &line);
+        } else if (key == "message") {
+            sd_bus_message_read(reply, "v", "s", &message);
+        } else {
+            sd_bus_message_skip(reply, "v");
+        }
+        sd_bus_message_exit_container(reply);
+    }
+    if (!file.empty())
+        text = file + ":" + std::to_string(line) + ": " + message + "\n";
+}
+
 int on_done(sd_bus_message *reply, void *data, sd_bus_error *) {
     auto &session = *static_cast<Session *>(data);
     session.done = true;
@@ -101,6 +131,7 @@ int on_done(sd_bus_message *reply, void *data, sd_bus_error *) {
         session.status = status & 255;
         if (status != 0 && session.status == 0)
             session.status = 1;
+        read_first_error(reply, session.first_error);
         return 0;
     }
     const std::string_view name = error->name;
@@ -146,13 +177,13 @@ int send_exec(Session &session, const ExecRequest &request) {
     const std::string line = command_line(request.words, common::space_byte());
     sd_bus_message *call = nullptr;
     int result =
-        sd_bus_message_new_method_call(session.bus, &call, shell_name, shell_path, shell_interface, "Run");
+        sd_bus_message_new_method_call(session.bus, &call, session.shell, shell_path, shell_interface, "Run");
     for (const std::string *part : {&line, &request.folder})
         if (result >= 0)
             result = sd_bus_message_append_array(call, 'y', part->data(), part->size());
     if (result >= 0)
-        result = sd_bus_message_append(call, "a{sv}", 3, "view", "b", 1, "edit", "b", 1, "answer", "b",
-                                       request.follow ? 1 : 0);
+        result = sd_bus_message_append(call, "a{sv}", 3, "view", "b", request.view ? 1 : 0, "edit", "b",
+                                       request.edit ? 1 : 0, "answer", "b", request.follow ? 1 : 0);
     if (result >= 0)
         result = sd_bus_call_async(session.bus, nullptr, call, on_done, &session, UINT64_MAX);
     sd_bus_message_unref(call);
@@ -160,9 +191,9 @@ int send_exec(Session &session, const ExecRequest &request) {
 }
 
 void listen(Session &session) {
-    sd_bus_match_signal(session.bus, nullptr, shell_name, shell_path, shell_interface, "ConsoleText",
+    sd_bus_match_signal(session.bus, nullptr, session.shell, shell_path, shell_interface, "ConsoleText",
                         on_console, &session);
-    sd_bus_match_signal(session.bus, nullptr, shell_name, shell_path, shell_interface, "ConsoleTranscript",
+    sd_bus_match_signal(session.bus, nullptr, session.shell, shell_path, shell_interface, "ConsoleTranscript",
                         on_transcript, &session);
     if (session.follow) {
         sd_bus_match_signal(session.bus, nullptr, nullptr, common::application_path, common::tool_interface,
@@ -170,15 +201,15 @@ void listen(Session &session) {
         sd_bus_match_signal(session.bus, nullptr, nullptr, common::application_path,
                             common::properties_interface, "PropertiesChanged", on_waiting, &session);
     }
-    sd_bus_call_method(session.bus, shell_name, shell_path, shell_interface, "Follow", nullptr, nullptr, "b",
-                       1);
+    sd_bus_call_method(session.bus, session.shell, shell_path, shell_interface, "Follow", nullptr, nullptr,
+                       "b", 1);
 }
 
-void cancel(sd_bus *bus) {
+void cancel(const Session &session) {
     sd_bus_message *call = nullptr;
-    const int result =
-        sd_bus_message_new_method_call(bus, &call, shell_name, shell_path, shell_interface, "Cancel");
-    common::send_without_reply(bus, call, result);
+    const int result = sd_bus_message_new_method_call(session.bus, &call, session.shell, shell_path,
+                                                      shell_interface, "Cancel");
+    common::send_without_reply(session.bus, call, result);
 }
 
 void loop(Session &session, int signals) {
@@ -198,26 +229,13 @@ void loop(Session &session, int signals) {
         if (sources[1].revents) {
             signalfd_siginfo info;
             if (read(signals, &info, sizeof info) > 0 && ++interrupts <= 2)
-                cancel(session.bus);
+                cancel(session);
             else
                 return;
         }
         if (sources[2].revents)
             pass_answer(session);
     }
-}
-
-// Waits, at most 20 seconds, until the shell that was just started has its bus name. False when it ends
-// before.
-bool wait_for_shell(sd_bus *bus, pid_t process) {
-    for (int i = 0; i < 4000; i++) {
-        if (shell_runs(bus))
-            return true;
-        if (waitpid(process, nullptr, WNOHANG) != 0)
-            return false;
-        poll(nullptr, 0, 5);
-    }
-    return false;
 }
 
 } // namespace
@@ -241,19 +259,14 @@ int exec_command(sd_bus *bus, const ExecRequest &request) {
     sigaddset(&handled, SIGINT);
     sigaddset(&handled, SIGTERM);
     sigaddset(&handled, SIGHUP);
+    Shell shell;
+    shell.bus = bus;
+    if (!reach_shell(shell))
+        return status_unavailable;
     Session session;
     session.bus = bus;
+    session.shell = shell.name.c_str();
     session.follow = request.follow;
-    pid_t own = -1;
-    if (!shell_runs(bus)) {
-        own = start_service();
-        if (own < 0)
-            return status_unavailable;
-        if (!wait_for_shell(bus, own)) {
-            std::fprintf(stderr, "quillon: the shell did not start\n");
-            return status_unavailable;
-        }
-    }
     sigprocmask(SIG_BLOCK, &handled, nullptr);
     const int signals = signalfd(-1, &handled, SFD_NONBLOCK | SFD_CLOEXEC);
     listen(session);
@@ -262,11 +275,9 @@ int exec_command(sd_bus *bus, const ExecRequest &request) {
     // Console text may have come together with the answer.
     while (sd_bus_process(bus, nullptr) > 0) {
     }
-    if (own > 0) {
-        quit_shell(bus);
-        wait_for_end(own, 5);
-    }
+    leave_shell(shell);
     close(signals);
+    std::fputs(session.first_error.c_str(), stderr);
     return session.status;
 }
 

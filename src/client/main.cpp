@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "client/exec_command.h"
+#include "client/shell.h"
 #include "client/shell_calls.h"
 #include "client/start.h"
 #include "common/path_forms.h"
@@ -20,10 +21,12 @@ constexpr int status_usage = 64;
 
 constexpr const char *usage =
     "quillon [FILE...]                    start or bring forward the shell; open the files\n"
-    "quillon exec [-C DIR] [-f] WORD...   run a command in the shell; its exit status is the run's\n"
+    "quillon exec [OPTION...] WORD...     run a command in the shell; its exit status is the run's\n"
     "                                     -C DIR  in that folder\n"
     "                                     -f      show the tool live and pass answers to it\n"
-    "quillon find NAME                    look a TeX input file up\n"
+    "                                     --view  open the viewer after a clean run\n"
+    "                                     --edit  open the editor at the first error\n"
+    "quillon find NAME                    print the path of a TeX input file and open it\n"
     "quillon locate NAME                  print the path of a TeX input file\n"
     "quillon formats                      list the formats\n"
     "quillon edit +LINE FILE              open the chosen editor at that line\n"
@@ -75,6 +78,10 @@ int exec(const Words &words) {
         }
         if (words[i] == "-f")
             request.follow = true;
+        else if (words[i] == "--view")
+            request.view = true;
+        else if (words[i] == "--edit")
+            request.edit = true;
         else if (words[i] == "-C" && i + 1 < words.size())
             request.folder = common::from_working_folder(words[++i]);
         else
@@ -107,20 +114,26 @@ int ask_shell(const Words &words) {
     const bool named = verb == "find" || verb == "locate";
     if (words.size() != (named ? 2 : 1))
         return say_usage(verb + (named ? " takes one name" : " takes nothing more"));
+    client::ensure_preferences();
+    client::Shell shell;
+    shell.bus = common::open_session_bus();
+    if (!shell.bus)
+        return client::become(common::own_program(), words, true);
+    int status = client::status_unavailable;
+    if (client::reach_shell(shell))
+        status = verb == "find"     ? client::find(shell, words[1].c_str())
+                 : verb == "locate" ? client::locate(shell, words[1].c_str())
+                                    : client::list_formats(shell);
+    client::leave_shell(shell);
+    sd_bus_flush_close_unref(shell.bus);
+    return status;
+}
+
+int quit(const Words &words) {
+    if (words.size() != 1)
+        return say_usage("quit takes nothing more");
     sd_bus *const bus = common::open_session_bus();
-    if (!bus || !client::shell_runs(bus)) {
-        sd_bus_flush_close_unref(bus);
-        return client::no_shell();
-    }
-    int status;
-    if (verb == "find")
-        status = client::call_for_text(bus, "Find", words[1].c_str(), false);
-    else if (verb == "locate")
-        status = client::call_for_text(bus, "Locate", words[1].c_str(), true);
-    else if (verb == "formats")
-        status = client::call_for_text(bus, "Formats", nullptr, false);
-    else
-        status = client::quit_shell(bus);
+    const int status = bus && client::shell_runs(bus) ? client::quit_shell(bus) : client::no_shell();
     sd_bus_flush_close_unref(bus);
     return status;
 }
@@ -142,8 +155,10 @@ int main(int count, char **values) {
         return headless(words);
     if (first == "exec")
         return exec(words);
-    if (first == "find" || first == "locate" || first == "formats" || first == "quit")
+    if (first == "find" || first == "locate" || first == "formats")
         return ask_shell(words);
+    if (first == "quit")
+        return quit(words);
     if (first == "edit")
         return edit(words);
     if (first == "--")

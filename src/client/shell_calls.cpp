@@ -5,6 +5,7 @@
 #include <cstring>
 #include <sys/stat.h>
 
+#include "client/shell.h"
 #include "client/start.h"
 #include "common/activation.h"
 #include "common/path_forms.h"
@@ -16,6 +17,8 @@ namespace client {
 using common::shell_interface;
 using common::shell_name;
 using common::shell_path;
+
+constexpr std::uint64_t quit_microseconds = 30'000'000;
 
 namespace {
 
@@ -69,46 +72,84 @@ int open_files(sd_bus *bus, const std::vector<std::string> &files) {
     return status;
 }
 
-int call_for_text(sd_bus *bus, const char *method, const char *text, bool empty_is_failure) {
-    if (text && !common::is_utf8(text)) {
+namespace {
+
+// Calls METHOD of the shell with NAME, or with nothing when that is null. Returns 0 and the text that comes
+// back, or the exit status after a message.
+int call_for_text(const Shell &shell, const char *method, const char *name, std::string &text) {
+    if (name && !common::is_utf8(name)) {
         std::fprintf(stderr, "quillon: the name is not UTF-8\n");
         return 1;
     }
     sd_bus_message *call = nullptr;
     sd_bus_message *reply = nullptr;
     sd_bus_error error = SD_BUS_ERROR_NULL;
-    int result = sd_bus_message_new_method_call(bus, &call, shell_name, shell_path, shell_interface, method);
-    if (result >= 0 && text)
-        result = sd_bus_message_append_basic(call, 's', text);
+    int result = sd_bus_message_new_method_call(shell.bus, &call, shell.name.c_str(), shell_path,
+                                                shell_interface, method);
+    if (result >= 0 && name)
+        result = sd_bus_message_append_basic(call, 's', name);
     if (result >= 0)
-        result = sd_bus_call(bus, call, UINT64_MAX, &error, &reply);
-    int status = 0;
-    const char *answer = nullptr;
-    if (result < 0) {
-        status = say_error(error);
-    } else if (sd_bus_message_read_basic(reply, 's', &answer) > 0) {
-        std::string shown = answer;
-        for (char &c : shown)
-            c = c == '\r' ? '\n' : c;
-        if (!shown.empty() && !shown.ends_with('\n'))
-            shown += '\n';
-        std::fputs(shown.c_str(), stdout);
-        status = shown.empty() && empty_is_failure ? 1 : 0;
-    }
+        result = sd_bus_call(shell.bus, call, UINT64_MAX, &error, &reply);
+    const char *answer = "";
+    if (result >= 0)
+        sd_bus_message_read_basic(reply, 's', &answer);
+    text = answer;
+    const int status = result < 0 ? say_error(error) : 0;
     sd_bus_error_free(&error);
     sd_bus_message_unref(call);
     sd_bus_message_unref(reply);
     return status;
 }
 
+} // namespace
+
+int locate(const Shell &shell, const char *name) {
+    std::string path;
+    const int status = call_for_text(shell, "Locate", name, path);
+    if (status != 0 || path.empty())
+        return status != 0 ? status : 1;
+    std::puts(path.c_str());
+    return 0;
+}
+
+int find(const Shell &shell, const char *name) {
+    int status = locate(shell, name);
+    std::string text;
+    if (status == 0)
+        status = call_for_text(shell, "Find", name, text);
+    // The file is opened after the answer; the answer to the next question comes after that.
+    return status != 0 ? status : call_for_text(shell, "Formats", nullptr, text);
+}
+
+int list_formats(const Shell &shell) {
+    std::string formats;
+    const int status = call_for_text(shell, "Formats", nullptr, formats);
+    if (status == 0 && !formats.empty())
+        std::puts(formats.c_str());
+    return status;
+}
+
 int quit_shell(sd_bus *bus) {
     sd_bus_error error = SD_BUS_ERROR_NULL;
+    bool freed = false;
+    const auto on_change = [](sd_bus_message *signal, void *seen, sd_bus_error *) {
+        const char *name, *before, *owner = "";
+        if (sd_bus_message_read(signal, "sss", &name, &before, &owner) > 0)
+            *static_cast<bool *>(seen) = *owner == '\0';
+        return 0;
+    };
+    const std::string rule = std::string("type='signal',sender='org.freedesktop.DBus',"
+                                         "member='NameOwnerChanged',arg0='") +
+                             shell_name + "'";
+    sd_bus_add_match(bus, nullptr, rule.c_str(), on_change, &freed);
     const int result =
         sd_bus_call_method(bus, shell_name, shell_path, shell_interface, "Quit", &error, nullptr, "");
     // A shell that goes away without an answer has quit.
     const bool gone = sd_bus_error_has_name(&error, SD_BUS_ERROR_NO_REPLY);
     const int status = result < 0 && !gone ? say_error(error) : 0;
     sd_bus_error_free(&error);
+    if (status == 0)
+        common::serve_until(bus, common::now_microseconds() + quit_microseconds, [&] { return freed; });
     return status;
 }
 

@@ -10,15 +10,21 @@
 
 namespace client {
 
+struct Shell;
+
 // True when a shell has its name on the bus.
 bool shell_runs(sd_bus *bus);
 // Asks the shell to open every file and to come forward. FILES are POSIX paths, relative ones in the working
 // folder. Waits for no answer; the status is 1 when a file is not there or cannot be sent.
 int open_files(sd_bus *bus, const std::vector<std::string> &files);
-// Calls METHOD of the shell with TEXT, or with nothing when TEXT is null. Prints the text that comes back,
-// with a line end. An empty text is status 1 when EMPTY_IS_FAILURE.
-int call_for_text(sd_bus *bus, const char *method, const char *text, bool empty_is_failure);
-// Tells the shell to quit.
+// These ask SHELL and return an exit status: 0, or 1 or 69 after a message.
+// Prints the path of the TeX input file NAME; the status is 1 when there is none.
+int locate(const Shell &shell, const char *name);
+// Does the same, and has the shell open the file in the editor.
+int find(const Shell &shell, const char *name);
+// Prints the formats.
+int list_formats(const Shell &shell);
+// Tells the shell that runs to quit, and waits until it has left the bus, at most 30 seconds.
 int quit_shell(sd_bus *bus);
 // Says that no shell runs, and returns 69.
 int no_shell();

@@ -1,18 +1,15 @@
 #include "client/start.h"
 
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "common/argument_list.h"
 #include "common/places.h"
-#include "common/spawn.h"
 
 namespace client {
 
@@ -44,11 +41,11 @@ int become(const std::string &program, const std::vector<std::string> &words, bo
     std::vector<std::string> line;
     std::string first = program;
     if (own_bus) {
-        if (std::getenv("QUILLON_OWN_BUS")) {
+        if (std::getenv(common::own_bus_variable)) {
             std::fprintf(stderr, "quillon: there is no session bus\n");
             return status_unavailable;
         }
-        setenv("QUILLON_OWN_BUS", "1", 1);
+        setenv(common::own_bus_variable, "1", 1);
         first = "dbus-run-session";
         line = {first, "--"};
     }
@@ -57,31 +54,6 @@ int become(const std::string &program, const std::vector<std::string> &words, bo
     execvp(first.c_str(), common::argument_list(line).data());
     std::fprintf(stderr, "quillon: I can't start %s: %s\n", first.c_str(), std::strerror(errno));
     return status_unavailable;
-}
-
-pid_t start_service() {
-    const std::string program = shell_program();
-    // Its console's text comes over the bus. In a group of its own it gets no interrupt that is typed at the
-    // terminal; this command cancels the run.
-    pid_t process = -1;
-    const int error = common::spawn(
-        {program, {program, "--headless", "--service"}, {}, common::Place::own_group, common::nowhere},
-        &process);
-    if (error == 0)
-        return process;
-    std::fprintf(stderr, "quillon: I can't start %s: %s\n", program.c_str(), std::strerror(error));
-    return -1;
-}
-
-void wait_for_end(pid_t process, int seconds) {
-    for (int i = 0; i < seconds * 100; i++) {
-        if (waitpid(process, nullptr, WNOHANG) != 0)
-            return;
-        const timespec moment = {0, 10000000};
-        nanosleep(&moment, nullptr);
-    }
-    kill(process, SIGKILL);
-    waitpid(process, nullptr, 0);
 }
 
 } // namespace client

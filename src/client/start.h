@@ -3,7 +3,6 @@
 #define QUILLON_CLIENT_START_H
 
 #include <string>
-#include <sys/types.h>
 #include <vector>
 
 namespace client {
@@ -20,11 +19,6 @@ void ensure_preferences();
 // Replaces this process by PROGRAM (a POSIX path) with the arguments WORDS, under a session bus of its own
 // when OWN_BUS. Returns only on failure: the exit status, after a message.
 int become(const std::string &program, const std::vector<std::string> &words, bool own_bus);
-// Starts a headless shell that runs until it is told to quit. Returns its process id, or -1 after a message.
-pid_t start_service();
-// Waits at most SECONDS for the end of the child PROCESS, then kills it.
-void wait_for_end(pid_t process, int seconds);
-
 } // namespace client
 
 #endif

@@ -2,12 +2,14 @@
 
 #include <cstdlib>
 
+#include "common/places.h"
 #include "common/spawn.h"
 
 namespace common {
 
 void start_in_background(const std::string &programs, std::vector<std::string> words) {
-    if (std::getenv("QUILLON_OWN_BUS"))
+    // A private shell, and one with a bus of its own, serves one request.
+    if (std::getenv(own_bus_variable) || std::getenv(private_preferences_variable))
         return;
     const std::string program = programs + "/quillon-background";
     words.insert(words.begin(), program);

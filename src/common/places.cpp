@@ -51,8 +51,13 @@ std::string cache_folder() {
     return user_folder("XDG_CACHE_HOME", "/.cache");
 }
 
+std::string preferences_folder() {
+    const std::string own = absolute_variable(private_preferences_variable);
+    return own.empty() ? config_folder() : own;
+}
+
 std::string preferences_path() {
-    return config_folder() + "/Quillon Preferences";
+    return preferences_folder() + "/Quillon Preferences";
 }
 
 std::string support_folder() {

@@ -8,6 +8,11 @@
 
 namespace common {
 
+// The variable of the environment that names the preferences folder of a private shell and its programs.
+inline constexpr const char *private_preferences_variable = "QUILLON_PREFERENCES_FOLDER";
+// The variable that is set where a program runs under a session bus that was started for it.
+inline constexpr const char *own_bus_variable = "QUILLON_OWN_BUS";
+
 // Return the user's own folders, absolute and without a final slash. They need not exist. An environment
 // variable that is not an absolute path counts as not set.
 std::string home_folder();   // $HOME, else the home of the user database
@@ -15,8 +20,10 @@ std::string config_folder(); // $XDG_CONFIG_HOME, else ~/.config
 std::string data_folder();   // $XDG_DATA_HOME, else ~/.local/share
 std::string cache_folder();  // $XDG_CACHE_HOME, else ~/.cache
 
-// Return the places of Quillon's own files below those folders. They need not exist.
-std::string preferences_path();   // config_folder()/Quillon Preferences
+// Return the places of Quillon's own files below those folders. They need not exist. The programs of a
+// private shell have their preferences in a folder of its own, which a variable of their environment names.
+std::string preferences_folder(); // config_folder() but for these
+std::string preferences_path();   // preferences_folder()/Quillon Preferences
 std::string support_folder();     // data_folder()/Quillon
 std::string formats_folder();     // support_folder()/formats
 std::string temporary_folder();   // $XDG_RUNTIME_DIR/quillon, else one of the user's own in $TMPDIR or /tmp

@@ -1,12 +1,14 @@
 #include "common/spawn.h"
 
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <spawn.h>
 #include <unistd.h>
 
 #include "common/argument_list.h"
+#include "common/places.h"
 
 namespace common {
 
@@ -46,6 +48,8 @@ int spawn(Spawn wanted, pid_t *process) {
     // The output may go where the error went, so it comes first.
     set_output(&actions, wanted.output, STDOUT_FILENO);
     set_output(&actions, wanted.error, STDERR_FILENO);
+    if (wanted.channel >= 0)
+        posix_spawn_file_actions_adddup2(&actions, wanted.channel, channel_descriptor);
     const int error = posix_spawn(
         process, wanted.program.c_str(), &actions, &attributes, argument_list(wanted.words).data(),
         wanted.environment.empty() ? environ : argument_list(wanted.environment).data());
@@ -59,6 +63,14 @@ std::vector<std::string> plain_environment() {
     for (char **variable = environ; *variable; variable++)
         if (std::strncmp(*variable, "QUILLON_", 8) != 0)
             variables.emplace_back(*variable);
+    return variables;
+}
+
+std::vector<std::string> own_environment() {
+    std::vector<std::string> variables = plain_environment();
+    for (const char *const name : {private_preferences_variable, own_bus_variable})
+        if (const char *const value = std::getenv(name))
+            variables.push_back(std::string(name) + "=" + value);
     return variables;
 }
 

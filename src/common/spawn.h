@@ -21,7 +21,9 @@ struct Spawn {
     std::vector<std::string> environment; // NAME=value; this process's own when it is empty
     Place place = Place::here;
     int output = 2, error = 2; // descriptors of this process, or nowhere
+    int channel = -1; // a descriptor of this process that is number channel_descriptor there; -1 for none
 };
+constexpr int channel_descriptor = 3;
 
 // Starts the program with empty input, with no signal blocked and with the default action for a broken pipe.
 // Returns 0 and its process id in PROCESS, or the errno that kept it from starting.
@@ -30,6 +32,8 @@ int spawn(Spawn wanted, pid_t *process);
 // Returns the variables of this process, without those that Quillon's programs tell each other something
 // with.
 std::vector<std::string> plain_environment();
+// Returns these and the ones that a private shell hands on to Quillon's own programs.
+std::vector<std::string> own_environment();
 
 } // namespace common
 

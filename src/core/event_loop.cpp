@@ -35,7 +35,8 @@ int main_event(int mask) {
     if (aeQuit || (LeaveRequested() && !job_running()))
         doQuit = 1;
     sleepTime = inBackground ? 60 : 10;
-    if (WaitNextEvent(static_cast<std::uint16_t>(mask & 0xFFFF), &gEvent, sleepTime)) {
+    // The step that ends the program is not waited for.
+    if (WaitNextEvent(static_cast<std::uint16_t>(mask & 0xFFFF), &gEvent, doQuit ? 0 : sleepTime)) {
         const EventRecord event = gEvent;
         DoEvent(&event);
         return 1;

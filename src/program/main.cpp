@@ -9,9 +9,11 @@
 #include <string>
 
 #include "common/places.h"
+#include "common/spawn.h"
 #include "core/startup.h"
 #include "headless/headless.h"
 #include "linux/events/event_sources.h"
+#include "linux/events/private_shell.h"
 #include "settings/settings.h"
 #include "state/job_scope.h"
 #include "state/job_state.h"
@@ -23,7 +25,7 @@
 using namespace quillon;
 
 struct Arguments {
-    bool headless = false, service = false;
+    bool headless = false, service = false, is_private = false;
     const char *script = nullptr;
     int first_file = 0;
 };
@@ -39,6 +41,8 @@ static bool parse(int argc, char **argv, Arguments *arguments) {
             arguments->headless = true;
         else if (std::strcmp(argv[i], "--service") == 0)
             arguments->service = true;
+        else if (std::strcmp(argv[i], "--private") == 0)
+            arguments->is_private = arguments->headless = true;
         else if (std::strcmp(argv[i], "--script") == 0 && i + 1 < argc)
             arguments->script = argv[++i];
         else if (std::strcmp(argv[i], "--system") == 0 && i + 1 < argc && std::strcmp(argv[i + 1], "9") == 0)
@@ -118,6 +122,11 @@ int main(int argc, char **argv) {
         return exit_configuration;
     }
     HostLoop();
+    if (arguments.is_private && !BecomePrivate(common::channel_descriptor)) {
+        std::fprintf(stderr, "quillon: I can't use the temporary folder %s\n",
+                     common::temporary_folder().c_str());
+        return exit_configuration;
+    }
     if (arguments.headless) {
         if (!start_headless(arguments, arguments.first_file < argc))
             return exit_usage;
@@ -132,6 +141,8 @@ int main(int argc, char **argv) {
         }
         std::fputs("quillon: no session bus is reachable; tools cannot be run\n", stderr);
     }
+    if (arguments.is_private)
+        TellClient();
     open_files(argc, argv, arguments.first_file);
     shell_main();
 }

@@ -91,12 +91,10 @@ int Host::connect() {
     sigprocmask(SIG_BLOCK, &handled, nullptr);
     prctl(PR_SET_CHILD_SUBREAPER, 1);
     if (const char *shell = std::getenv("QUILLON_SHELL_PID")) {
-        const int pid = std::atoi(shell);
-        if (pid == getppid()) {
-            prctl(PR_SET_PDEATHSIG, SIGHUP);
-            if (getppid() != pid)
-                return -ESRCH;
-        }
+        // A shell that has gone before this point is no longer the parent.
+        prctl(PR_SET_PDEATHSIG, SIGHUP);
+        if (getppid() != std::atoi(shell))
+            return -ESRCH;
     }
     int result = sd_event_new(&event_);
     if (result < 0 || (result = sd_bus_open_user(&bus_)) < 0)

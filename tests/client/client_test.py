@@ -44,7 +44,7 @@ class FakeShell(dbus.service.Object):
     def Run(self, command, folder, options, reply, error):
         self.calls.append(("Run", bytes(bytearray(command)), bytes(bytearray(folder))))
         self.options = {str(name): bool(value) for name, value in options.items()}
-        self.answer(lambda status: reply(status, {}), error)
+        self.answer(lambda status, **result: reply(status, result), error)
 
     @dbus.service.method(SHELL, "s", "s")
     def Locate(self, name):
@@ -52,7 +52,8 @@ class FakeShell(dbus.service.Object):
 
     @dbus.service.method(SHELL, "s", "s")
     def Find(self, name):
-        return "one\rtwo\r"
+        self.calls.append(("Find", str(name)))
+        return "TeX is processing your request."
 
     @dbus.service.method(SHELL, "", "s")
     def Formats(self):
@@ -75,6 +76,7 @@ class FakeShell(dbus.service.Object):
     @dbus.service.method(SHELL)
     def Quit(self):
         self.calls.append(("Quit",))
+        self.bus.release_name(NAME)
         if self.leaves:
             raise dbus.DBusException("gone", name="org.freedesktop.DBus.Error.NoReply")
 
@@ -136,21 +138,16 @@ class ClientTest(ServiceTest):
 class WithoutShell(ClientTest):
     def test_version_and_help(self):
         self.assertRegex(self.quillon("--version")[1], r"^quillon \d+\.\d+\.\d+\n$")
-        self.assertIn("quillon exec [-C DIR] [-f] WORD...", self.quillon("--help")[1])
+        self.assertIn("quillon exec [OPTION...] WORD...", self.quillon("--help")[1])
 
     def test_usage_errors(self):
         for words in (["exec"], ["exec", "-z", "x"], ["locate"], ["find", "a", "b"], ["edit", "x"], ["--bad"]):
             self.assertEqual(self.quillon(*words)[0], 64, words)
 
-    def test_asking_without_a_shell(self):
-        for words in (["find", "x"], ["locate", "x"], ["formats"], ["quit"]):
-            status, out, error = self.quillon(*words)
-            self.assertEqual((status, out), (69, ""), words)
-            self.assertEqual(error, 'quillon: the shell is not running; start it with "quillon"\n')
-
-    def test_asking_without_a_bus(self):
-        status, _, error = self.quillon("formats", DBUS_SESSION_BUS_ADDRESS="unix:path=/nowhere")
-        self.assertEqual(status, 69, error)
+    def test_quit_without_a_shell(self):
+        status, out, error = self.quillon("quit")
+        self.assertEqual((status, out), (69, ""))
+        self.assertEqual(error, 'quillon: the shell is not running; start it with "quillon"\n')
 
     def test_a_bus_of_ones_own_is_started_once(self):
         nowhere = {"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nowhere", "XDG_RUNTIME_DIR": "/nowhere"}
@@ -188,7 +185,9 @@ class WithShell(ClientTest):
         self.assertEqual(self.shell.calls, [("Activate", {})])
 
     def test_texts(self):
-        self.assertEqual(self.quillon("find", "x.tex")[:2], (0, "one\ntwo\n"))
+        self.assertEqual(self.quillon("find", "x.tex")[:2], (0, "/tex/x.tex\n"))
+        self.assertEqual(self.quillon("find", "y.tex")[:2], (1, ""))
+        self.assertEqual(self.shell.calls, [("Find", "x.tex")])
         self.assertEqual(self.quillon("formats")[:2], (0, "plain\nlatex\n"))
         self.assertEqual(self.quillon("locate", "x.tex")[:2], (0, "/tex/x.tex\n"))
         self.assertEqual(self.quillon("locate", "y.tex")[:2], (1, ""))
@@ -246,6 +245,18 @@ class WithShell(ClientTest):
             self.shell.answer = lambda reply, error, name=name: error(ShellError(name, "why " + name))
             status, _, error = self.quillon("exec", "x")
             self.assertEqual((status, error), (wanted, "quillon: why %s\n" % name))
+
+    def test_the_first_error_is_said_as_compilers_say_it(self):
+        self.shell.answer = lambda reply, error: reply(
+            1, file=dbus.Array(b"/a b/\xff.tex", signature="y"), line=dbus.Int32(7), message="Undefined control sequence.")
+        process = self.start("exec", "x")
+        wait_until(lambda: process.poll() is not None)
+        self.assertEqual(process.communicate()[1], b"/a b/\xff.tex:7: Undefined control sequence.\n")
+
+    def test_viewer_and_editor_are_asked_for_by_options_alone(self):
+        for words, wanted in (((), (False, False)), (("--view",), (True, False)), (("--edit", "--view"), (True, True))):
+            self.assertEqual(self.quillon("exec", *words, "x")[0], 0)
+            self.assertEqual((self.shell.options["view"], self.shell.options["edit"]), wanted)
 
     def test_an_interrupt_cancels(self):
         def answer(reply, error):

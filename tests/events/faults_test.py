@@ -24,13 +24,16 @@ class Faults(Service):
     def test_ten_thousand_calls_at_once_leave_room_for_the_rest(self):
         shell = self.start_shell()
         first = self.start_endless()
-        self.send_many(self.bus(), 10000, "nothing x", "")
+        # A client that goes takes its commands with it, so this one stays.
+        flood = self.bus()
+        self.send_many(flood, 10000, "nothing x", "")
         wait_until(self.refuses_exec)
         # A tool's report still finds a place.
         self.shell_object().Cancel()
         first.join(60)
         self.assert_printed("\nProcessing cancelled by user.\n")
         wait_until(lambda: self.answers_exec())
+        flood.close()
         shell.send_signal(signal.SIGTERM)
         self.assertEqual(shell.wait(60), 0)
 
@@ -49,7 +52,7 @@ class Faults(Service):
             self.assertEqual(error.get_dbus_name(), "org.quillon.Shell1.Error.Busy")
             return False
 
-    def test_clients_that_are_gone_before_their_turn_harm_nothing(self):
+    def test_clients_that_are_gone_before_their_turn_take_their_commands_with_them(self):
         self.start_shell()
         first = self.start_endless()
         connection = self.bus()
@@ -58,7 +61,8 @@ class Faults(Service):
         self.shell_object().Cancel()
         first.join(60)
         self.assertEqual(self.shell_object().Exec("pdftex x.tex", self.work, timeout=60), 0)
-        wait_until(lambda: self.output().count("\nProcessing -- pdftex x.tex\n") == 6)
+        wait_until(lambda: "\nProcessing -- pdftex x.tex\n" in self.output())
+        self.assertEqual(self.output().count("\nProcessing -- pdftex x.tex\n"), 1)
 
     def test_events_of_wrong_shapes_are_refused_and_harm_nothing(self):
         self.start_shell()

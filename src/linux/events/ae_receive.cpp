@@ -19,6 +19,7 @@ struct Received {
     sd_bus_message *call = nullptr;
     AnswerProcedure answer = nullptr;
     std::string sender;
+    sd_bus_track *track = nullptr; // of a sender that waits for the answer to a command
 };
 
 struct Handler {
@@ -31,6 +32,12 @@ static std::uint32_t last_serial = 0;
 static std::map<std::pair<OSType, OSType>, Handler> handlers;
 static OSType outcome = four("none");
 static std::string client_that_answers;
+static std::string client_that_runs; // whose command runs now; empty for a sender that waits for no answer
+static int runs_with_options = 0;
+
+int client_command_runs() {
+    return runs_with_options;
+}
 
 const std::string &answering_client() {
     return client_that_answers;
@@ -54,6 +61,63 @@ OSType call_outcome() {
     return outcome;
 }
 
+static bool is_command(OSType event_class, OSType event_id) {
+    return event_class == four("QUIL") && event_id == four("exec");
+}
+
+static void release(Received &received) {
+    AEDisposeDesc(&received.event);
+    sd_bus_message_unref(received.call);
+    sd_bus_track_unref(received.track);
+}
+
+static int is_command_from(const EventRecord &event, const void *sender) {
+    const auto found = received_events.find(event.serial);
+    return event.what == kHighLevelEvent && is_command(event.message, high_level_event_id(event)) &&
+           found != received_events.end() && found->second.sender == static_cast<const char *>(sender);
+}
+
+int cancel_commands_of(const char *sender) {
+    int count = 0;
+    EventRecord event;
+    const std::string name = sender;
+    while (TakeFromQueue(is_command_from, name.c_str(), &event)) {
+        const auto found = received_events.find(event.serial);
+        Received received = found->second;
+        received_events.erase(found);
+        AppleEvent reply;
+        const std::int32_t failure = 1;
+        ae_make_record(&reply, four("aevt"), four("ansr"));
+        AEPutParamPtr(&reply, keyDirectObject, typeLongInteger, &failure, sizeof failure);
+        const OSType before = outcome;
+        outcome = four("cncl");
+        received.answer(received.call, noErr, &reply);
+        outcome = before;
+        AEDisposeDesc(&reply);
+        release(received);
+        count++;
+    }
+    if (client_that_runs == name) {
+        RequestCancel();
+        count++;
+    }
+    return count;
+}
+
+// A client that waits for the answer to a command and goes takes the command with it.
+static sd_bus_track *track_client(sd_bus_message *call) {
+    sd_bus_track *track = nullptr;
+    const auto has_gone = [](sd_bus_track *, void *message) {
+        cancel_commands_of(sd_bus_message_get_sender(static_cast<sd_bus_message *>(message)));
+        return 1; // with 0 the library would call again and again
+    };
+    if (sd_bus_message_get_expect_reply(call) <= 0 ||
+        sd_bus_track_new(sd_bus_message_get_bus(call), &track, has_gone, call) < 0)
+        return nullptr;
+    sd_bus_track_add_sender(track, call);
+    return track;
+}
+
 int queue_received_event(AppleEvent event, sd_bus_message *call, AnswerProcedure answer) {
     Received received;
     received.event = event;
@@ -61,11 +125,12 @@ int queue_received_event(AppleEvent event, sd_bus_message *call, AnswerProcedure
     received.answer = answer;
     if (call && sd_bus_message_get_sender(call))
         received.sender = sd_bus_message_get_sender(call);
+    if (!received.sender.empty() && is_command(event.data->event_class, event.data->event_id))
+        received.track = track_client(call);
     if (++last_serial == 0)
         last_serial = 1;
     if (!PostHighLevelEvent(event.data->event_class, event.data->event_id, last_serial)) {
-        AEDisposeDesc(&received.event);
-        sd_bus_message_unref(received.call);
+        release(received);
         return 0;
     }
     received_events[last_serial] = received;
@@ -87,6 +152,20 @@ static int is_from(const EventRecord &event, const void *owner) {
 
 int events_wait_from(const char *owner) {
     return QueueHolds(is_from, owner);
+}
+
+static void begin_command(const Received &received) {
+    std::int32_t answers = 0;
+    runs_with_options = AEGetParamPtr(&received.event, four("answ"), typeLongInteger, &answers,
+                                      sizeof answers, nullptr) == noErr;
+    client_that_answers = answers ? received.sender : "";
+    client_that_runs = received.track ? received.sender : "";
+}
+
+static void end_command() {
+    runs_with_options = 0;
+    client_that_answers.clear();
+    client_that_runs.clear();
 }
 
 OSErr AEProcessAppleEvent(const EventRecord *record) {
@@ -111,19 +190,16 @@ OSErr AEProcessAppleEvent(const EventRecord *record) {
         if (HostBus())
             sd_bus_flush(HostBus());
     }
-    std::int32_t answers = 0;
-    AEGetParamPtr(&received.event, four("answ"), typeLongInteger, &answers, sizeof answers, nullptr);
-    const bool is_command = record->message == four("QUIL") && high_level_event_id(*record) == four("exec");
-    if (is_command)
-        client_that_answers = answers ? received.sender : "";
+    const bool runs = is_command(record->message, high_level_event_id(*record));
+    if (runs)
+        begin_command(received);
     const OSErr result = dispatch_event(&received.event, &reply);
-    if (is_command)
-        client_that_answers.clear();
+    if (runs)
+        end_command();
     if (!leaves && received.answer)
         received.answer(received.call, result, &reply);
     AEDisposeDesc(&reply);
-    AEDisposeDesc(&received.event);
-    sd_bus_message_unref(received.call);
+    release(received);
     return result;
 }
 

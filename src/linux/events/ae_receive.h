@@ -21,6 +21,12 @@ int receive_application_event(sd_bus_message *call, sd_bus_error *error);
 using AnswerProcedure = std::function<void(sd_bus_message *call, OSErr result, const AppleEvent *reply)>;
 int queue_received_event(AppleEvent event, sd_bus_message *call, AnswerProcedure answer);
 
+// Takes back the commands of the client with the unique bus name SENDER: those that wait are answered as
+// cancelled, and one that runs is cancelled. Returns how many there were.
+int cancel_commands_of(const char *sender);
+
+// 1 while a command runs that a client gave with options of its own, so that no person is asked for anything.
+int client_command_runs();
 // The bus name of the client whose command runs now when it offered to answer the tool's questions, else "".
 const std::string &answering_client();
 

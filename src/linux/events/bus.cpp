@@ -7,6 +7,7 @@
 #include "linux/events/ae_receive.h"
 #include "linux/events/event_sources.h"
 #include "linux/events/peers.h"
+#include "linux/events/private_shell.h"
 #include "linux/events/shell_service.h"
 #include "toolbox/apple_events.h"
 
@@ -42,7 +43,7 @@ int ConnectHostBus() {
     sd_bus_request_name_async(
         bus, nullptr, common::application_bus_name(getpid()).c_str(), 0,
         [](sd_bus_message *, void *, sd_bus_error *) { return 0; }, nullptr);
-    return offer_shell_service(bus);
+    return offer_shell_service(bus, !IsPrivate());
 }
 
 } // namespace quillon

@@ -178,6 +178,17 @@ int CheckEventQueueForUserCancel() {
     return 0;
 }
 
+int TakeFromQueue(int (*test)(const EventRecord &event, const void *context), const void *context,
+                  EventRecord *event) {
+    for (unsigned i = 0; i < queue_length; i++)
+        if (test(queue[i], context)) {
+            *event = queue[i];
+            remove_at(i);
+            return 1;
+        }
+    return 0;
+}
+
 int QueueHolds(int (*test)(const EventRecord &event, const void *context), const void *context) {
     for (unsigned i = 0; i < queue_length; i++)
         if (test(queue[i], context))

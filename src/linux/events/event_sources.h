@@ -21,6 +21,9 @@ int ConnectHostBus();
 bool is_tool_report(OSType event_class, OSType event_id);
 // 1 when TEST, called with CONTEXT, answers 1 for some queued event, else 0.
 int QueueHolds(int (*test)(const EventRecord &event, const void *context), const void *context);
+// Takes the first such event out of the queue: 1 and the event, or 0 when there is none.
+int TakeFromQueue(int (*test)(const EventRecord &event, const void *context), const void *context,
+                  EventRecord *event);
 
 } // namespace quillon
 

@@ -19,10 +19,7 @@ namespace quillon {
 
 // The environment of a tool: the shell's own, with the front and the process id of the shell added.
 static std::vector<std::string> tool_environment() {
-    std::vector<std::string> variables = common::plain_environment();
-    // A shell with a bus of its own serves one request; no work in the background is started for it.
-    if (std::getenv("QUILLON_OWN_BUS"))
-        variables.push_back("QUILLON_OWN_BUS=1");
+    std::vector<std::string> variables = common::own_environment();
     variables.push_back("QUILLON_FRONT=" + std::string(front->name));
     variables.push_back("QUILLON_SHELL_PID=" + std::to_string(getpid()));
     return variables;

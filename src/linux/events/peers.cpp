@@ -6,10 +6,12 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <list>
 
 #include "common/bundle.h"
+#include "common/host_files.h"
 #include "common/session_bus.h"
 #include "linux/events/ae_receive.h"
 #include "linux/events/event_sources.h"
@@ -25,6 +27,7 @@ std::list<Peer> bus_peers;
 int tool_waits = 0;
 
 static constexpr std::uint32_t name_patience = 120; // ticks
+static constexpr std::size_t largest_environment = 4 * 1024 * 1024;
 
 Launched *find_launched(pid_t pid) {
     for (Launched &program : launched_programs)
@@ -92,6 +95,15 @@ static int on_properties(sd_bus_message *reply, void *context, sd_bus_error *) {
     return 0;
 }
 
+// True for a program that another shell launched. It serves that one alone.
+static bool serves_another_shell(pid_t pid) {
+    constexpr std::string_view name = "QUILLON_SHELL_PID=";
+    const std::string variables =
+        '\0' + common::read_file("/proc/" + std::to_string(pid) + "/environ", largest_environment);
+    const std::size_t found = variables.find('\0' + std::string(name));
+    return found != std::string::npos && std::atoi(variables.c_str() + found + 1 + name.size()) != getpid();
+}
+
 struct Claim {
     pid_t pid;
     std::string owner;
@@ -105,7 +117,7 @@ static int on_owner_process(sd_bus_message *reply, void *context, sd_bus_error *
         static_cast<pid_t>(pid) == claim->pid) {
         if (Launched *const program = find_launched(claim->pid)) {
             program->owner = claim->owner;
-        } else if (!find_peer(claim->pid) && claim->pid != getpid()) {
+        } else if (!find_peer(claim->pid) && claim->pid != getpid() && !serves_another_shell(claim->pid)) {
             Peer peer;
             peer.pid = claim->pid;
             peer.owner = claim->owner;

@@ -49,7 +49,7 @@ OSErr open_in_application(const std::string &application, const char *document) 
     if (document)
         command.words.emplace_back(document);
     // No command that goes to a line follows.
-    command.environment = common::plain_environment();
+    command.environment = common::own_environment();
     command.environment.emplace_back("QUILLON_FOLLOWS=nothing");
     if (open_hints.after_run)
         command.environment.emplace_back("QUILLON_AFTER_RUN=1");

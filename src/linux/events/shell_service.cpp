@@ -215,7 +215,8 @@ static int method_run(sd_bus_message *call, void *, sd_bus_error *error) {
 
 static int method_answerers(sd_bus_message *call, void *, sd_bus_error *) {
     const std::string &client = answering_client();
-    const int person = std::strcmp(front->name, "desktop") == 0;
+    // A command with options is its client's: only that one can answer, if it said so.
+    const int person = std::strcmp(front->name, "desktop") == 0 && !client_command_runs();
     return client.empty() ? sd_bus_reply_method_return(call, "bas", person, 0)
                           : sd_bus_reply_method_return(call, "bas", person, 1, client.c_str());
 }
@@ -274,7 +275,10 @@ static int method_open_raw(sd_bus_message *call, void *, sd_bus_error *error) {
 }
 
 static int method_cancel(sd_bus_message *call, void *, sd_bus_error *) {
-    RequestCancel();
+    // Who has a command takes back that one alone; who has none cancels what runs.
+    const char *const sender = sd_bus_message_get_sender(call);
+    if (!sender || cancel_commands_of(sender) == 0)
+        RequestCancel();
     return sd_bus_reply_method_return(call, "");
 }
 
@@ -352,11 +356,11 @@ static const sd_bus_vtable desktop_table[] = {
     SD_BUS_VTABLE_END,
 };
 
-int offer_shell_service(sd_bus *bus) {
+int offer_shell_service(sd_bus *bus, int well_known) {
     sd_bus_add_object_vtable(bus, nullptr, common::shell_path, common::shell_interface, shell_table, nullptr);
     sd_bus_add_object_vtable(bus, nullptr, common::shell_path, common::desktop_interface, desktop_table,
                              nullptr);
-    return sd_bus_request_name(bus, common::shell_name, 0) >= 0;
+    return !well_known || sd_bus_request_name(bus, common::shell_name, 0) >= 0;
 }
 
 } // namespace quillon

@@ -8,8 +8,9 @@
 
 namespace quillon {
 
-// Offers the service's interfaces and takes its name: 1, or 0 when another shell has the name.
-int offer_shell_service(sd_bus *bus);
+// Offers the service's interfaces, and takes its WELL_KNOWN name unless that is 0: 1, or 0 when another shell
+// has the name.
+int offer_shell_service(sd_bus *bus, int well_known);
 
 } // namespace quillon
 

@@ -30,7 +30,7 @@ OSErr FindFolder(OSType kind, int create, std::int16_t *vref, std::int32_t *dir_
     *vref = 0;
     *dir_id = 0;
     if (kind == four("pref"))
-        path = common::config_folder();
+        path = common::preferences_folder();
     else if (kind == four("asup"))
         path = common::data_folder();
     else if (kind == four("cusr"))

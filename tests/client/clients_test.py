@@ -1,0 +1,274 @@
+"""Clients of the shell: many at once, each with its own run, and none leaves anything behind."""
+
+import os
+import signal
+import subprocess
+import sys
+import unittest
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
+from harness import BUILD, Applications, DesktopTest, ServiceTest, stop, wait_until  # noqa: E402
+
+QUILLON = os.path.join(BUILD, "bin", "quillon")
+NAME = "org.quillon.Shell"
+ENDLESS = "\\immediate\\write16{endless}\\shipout\\hbox{}\\def\\x{\\x}\\x\n"
+
+
+def default_signals():
+    """What runs the tests may ignore what the terminal sends."""
+    for number in (signal.SIGINT, signal.SIGQUIT, signal.SIGHUP):
+        signal.signal(number, signal.SIG_DFL)
+
+
+class Clients(Applications, ServiceTest):
+    def setUp(self):
+        super().setUp()
+        self.prepare()
+        self.preferences(USEPDFTEX="1")
+
+    def start(self, *words, **more):
+        process = subprocess.Popen([QUILLON, *words], cwd=self.work, env=self.environment, stdin=subprocess.DEVNULL,
+                                   preexec_fn=default_signals, **dict({"stdout": subprocess.PIPE, "stderr": subprocess.PIPE}, **more))
+        self.addCleanup(stop, process)
+        return process
+
+    def finish(self, process):
+        """Waits for the end of a client: its status, what it printed and what it said."""
+        wait_until(lambda: process.poll() is not None, "the end of the client")
+        out, error = process.communicate()
+        return process.returncode, out.decode(), error.decode()
+
+    def quillon(self, *words):
+        return self.finish(self.start(*words))
+
+    def nothing_is_left(self):
+        for program in ("quillon-shell", "pdftex", "Linux/"):
+            wait_until(lambda of=program: not self.processes_of(of), f"the end of every {program}")
+        folder = os.path.join(self.environment["XDG_RUNTIME_DIR"], "quillon")
+        left = os.listdir(folder) if os.path.isdir(folder) else []
+        self.assertEqual([name for name in left if name.startswith("private-")], [])
+
+    def document(self, number):
+        """A document that says its number; the engine's status for it is 0."""
+        self.file(f"d{number}.tex", f"\\immediate\\write16{{this is {number}}}\nNumber {number}.\\bye\n")
+        return f"d{number}"
+
+    def wait_for_engine(self, count=1):
+        wait_until(lambda: len(self.engines()) >= count, "the engine")
+
+    def engines(self):
+        """The engines that run, and not what starts them."""
+        found = []
+        for process in self.processes_of("pdftex\0endless"):
+            try:
+                if os.path.basename(os.readlink(f"/proc/{process}/exe")) == "pdftex":
+                    found.append(process)
+            except OSError:
+                continue
+        return found
+
+
+class Private(Clients):
+    """Without a shell of the person's each client has one for itself."""
+
+    def test_eight_at_once(self):
+        for round_number in range(3):
+            names = [self.document(f"{round_number}x{number}") for number in range(8)]
+            clients = [self.start("exec", "pdftex", name) for name in names]
+            for name, client in zip(names, clients):
+                status, out, error = self.finish(client)
+                self.assertEqual((status, error), (0, ""), name)
+                self.assertEqual(out.count("this is "), 1)
+                self.assertIn(f"this is {name[1:]}\n", out)
+                self.assertTrue(os.path.exists(os.path.join(self.work, name + ".pdf")))
+            self.nothing_is_left()
+
+    def test_eight_at_once_each_with_its_own_failure(self):
+        for number in range(8):
+            self.file(f"e{number}.tex", "text\n" * number + "\\undefined\n")
+        clients = [self.start("exec", "pdftex", f"e{number}") for number in range(8)]
+        for number, client in enumerate(clients):
+            status, _, error = self.finish(client)
+            self.assertEqual((status, error), (1, f"{self.work}/e{number}.tex:{number + 1}: Undefined control sequence.\n"))
+        self.nothing_is_left()
+
+    def test_make_runs_all_its_documents(self):
+        names = [self.document(number) for number in range(10)]
+        self.file("Makefile", "all: " + " ".join(name + ".pdf" for name in names) +
+                  f"\n%.pdf: %.tex\n\t@{QUILLON} exec pdftex $< > $*.said\n")
+        made = self.run_program("make", "-j8")
+        self.assertEqual((made.returncode, made.stderr), (0, ""))
+        for name in names:
+            with open(os.path.join(self.work, name + ".said"), encoding="utf-8") as file:
+                self.assertIn(f"this is {name[1:]}\n", file.read())
+        self.nothing_is_left()
+
+    def test_the_persons_preferences_are_not_touched(self):
+        before = self.preferences_bytes()
+        self.assertEqual(self.quillon("exec", "pdftex", self.document(1))[0], 0)
+        self.assertEqual(self.quillon("formats")[0], 0)
+        self.assertEqual(self.preferences_bytes(), before)
+
+    def test_neither_viewer_nor_editor_opens_unless_asked(self):
+        viewer, editor = self.recorder("viewer"), self.recorder("kate")
+        self.preferences(USEPDFTEX="1", AUTOVIEW="1", PDFVIEW=viewer, Editor=editor)
+        path = self.file("bad.tex", "text\n\\undefined\n")
+        self.assertEqual(self.quillon("exec", "pdftex", self.document(1))[0], 0)
+        self.assertEqual(self.quillon("exec", "pdftex", "bad")[0], 1)
+        self.assertEqual(self.starts("viewer") + self.starts("kate"), [])
+        self.assertEqual(self.quillon("exec", "--view", "pdftex", "d1")[0], 0)
+        self.assertEqual(self.started("viewer"), [os.path.join(self.work, "d1.pdf")])
+        self.assertEqual(self.quillon("exec", "--edit", "pdftex", "bad")[0], 1)
+        self.assertEqual(self.started("kate"), ["--line", "2", path])
+
+    def test_find_prints_the_path_and_opens_the_file(self):
+        self.recorder("kate")
+        self.preferences(Editor=os.path.join(self.programs, "kate"), TEXINPUTS=self.work)
+        path = self.file("x.tex", "x")
+        self.assertEqual(self.quillon("find", "x"), (0, path + "\n", ""))
+        self.assertEqual(self.started("kate"), [path])
+        self.assertEqual(self.quillon("find", "nosuchfile"), (1, "", ""))
+        self.assertEqual(self.quillon("locate", "nosuchfile"), (1, "", ""))
+        self.nothing_is_left()
+
+    def killed(self, *numbers):
+        self.file("endless.tex", ENDLESS)
+        for number in numbers:
+            client = self.start("exec", "pdftex", "endless")
+            self.wait_for_engine()
+            client.send_signal(number)
+            self.assertNotEqual(self.finish(client)[0], 0)
+            self.nothing_is_left()
+
+    def test_a_client_that_ends_takes_everything_with_it(self):
+        self.killed(signal.SIGKILL, signal.SIGQUIT, signal.SIGTERM, signal.SIGINT, signal.SIGHUP)
+
+    def test_a_client_whose_output_is_closed(self):
+        self.file("endless.tex", ENDLESS)
+        client = self.start("exec", "-f", "pdftex", "endless")
+        client.stdout.readline()
+        client.stdout.close()
+        client.stdout = None
+        wait_until(lambda: client.poll() is not None, "the end of the client")
+        self.nothing_is_left()
+
+    def test_a_shell_that_is_killed_leaves_nothing_and_is_said(self):
+        self.file("endless.tex", ENDLESS)
+        client = self.start("exec", "pdftex", "endless")
+        self.wait_for_engine()
+        (shell,) = self.processes_of("--private")
+        os.kill(shell, signal.SIGKILL)
+        status, _, error = self.finish(client)
+        self.assertEqual((status, error), (69, "quillon: the shell has gone\n"))
+        self.assertEqual(self.quillon("exec", "pdftex", self.document(1))[0], 0)
+        self.nothing_is_left()
+
+    def test_a_word_that_no_tool_has(self):
+        self.assertEqual(self.quillon("exec", "nosuchtool", "x")[0], 127)
+
+    def test_a_person_who_starts_the_shell_meanwhile_has_one(self):
+        self.file("endless.tex", ENDLESS)
+        client = self.start("exec", "pdftex", "endless")
+        self.wait_for_engine()
+        self.start_shell("--service")
+        # Neither uses the other's engine.
+        self.document(2)
+        self.assertEqual(self.shell_object().Exec("pdftex d2", self.work, timeout=60), 0)
+        self.assertIsNone(client.poll())
+        client.send_signal(signal.SIGINT)
+        self.assertEqual(self.finish(client)[0], 130)
+
+
+class Shared(Clients):
+    """Clients of a shell that runs."""
+
+    def setUp(self):
+        super().setUp()
+        self.start_shell("--service")
+        self.file("endless.tex", ENDLESS)
+
+    def test_an_interrupt_takes_back_the_clients_own_command_alone(self):
+        first = self.start("exec", "pdftex", "endless")
+        self.wait_for_engine()
+        waiting = self.start("exec", "pdftex", self.document(1))
+        wait_until(lambda: self.queued(waiting), "the waiting client")
+        waiting.send_signal(signal.SIGINT)
+        self.assertEqual(self.finish(waiting)[0], 130)
+        self.assertIsNone(first.poll())
+        self.assertFalse(os.path.exists(os.path.join(self.work, "d1.pdf")))
+        first.send_signal(signal.SIGINT)
+        self.assertEqual(self.finish(first)[0], 130)
+
+    def queued(self, client):
+        """Whether a client has sent its command: it waits in poll with its signals in a descriptor."""
+        try:
+            links = [os.readlink(f"/proc/{client.pid}/fd/{fd}") for fd in os.listdir(f"/proc/{client.pid}/fd")]
+            with open(f"/proc/{client.pid}/wchan", encoding="utf-8") as file:
+                return any("signalfd" in link for link in links) and "poll" in file.read()
+        except OSError:
+            return False
+
+    def test_a_client_that_is_killed_takes_its_command_with_it(self):
+        first = self.start("exec", "pdftex", "endless")
+        self.wait_for_engine()
+        waiting = self.start("exec", "pdftex", self.document(1))
+        wait_until(lambda: self.queued(waiting), "the waiting client")
+        waiting.kill()
+        waiting.wait()
+        first.kill()
+        first.wait()
+        wait_until(lambda: not self.processes_of("Linux/pdftex"), "the end of the run")
+        self.assertEqual(self.quillon("exec", "pdftex", self.document(2))[0], 0)
+        self.assertNotIn("this is 1\n", self.output())
+
+    def test_a_cancel_right_behind_its_command_is_never_lost(self):
+        for _ in range(20):
+            connection = self.bus()
+            call = connection.get_object(NAME, "/org/quillon/Shell", introspect=False)
+            outcome = []
+            call.Exec("pdftex endless", self.work, dbus_interface="org.quillon.Shell1", signature="ss",
+                      ignore_reply=True)
+            self.shell_object()  # another client, which does nothing
+            call.Cancel(dbus_interface="org.quillon.Shell1")
+            wait_until(lambda: not self.engines(), "the end of the run")
+            connection.close()
+            outcome.clear()
+        self.assertEqual(self.quillon("exec", "pdftex", self.document(1))[0], 0)
+
+    def test_who_has_no_command_cancels_what_runs(self):
+        client = self.start("exec", "pdftex", "endless")
+        self.wait_for_engine()
+        self.shell_object().Cancel()
+        self.assertEqual(self.finish(client)[0], 130)
+
+    def test_quit_returns_when_the_name_is_free(self):
+        for number in range(5):
+            self.assertEqual(self.quillon("quit"), (0, "", ""))
+            self.assertEqual(self.quillon("exec", "pdftex", self.document(number))[0], 0)
+            wait_until(self.ended)
+            self.start_shell("--service")
+
+    def test_eight_clients_at_once_are_served_in_turn(self):
+        names = [self.document(number) for number in range(8)]
+        clients = [self.start("exec", "pdftex", name) for name in names]
+        for client in clients:
+            self.assertEqual(self.finish(client)[0], 0)
+        for number in range(8):
+            self.assertEqual(self.output().count(f"this is {number}\n"), 1)
+
+
+class BesideAWindow(DesktopTest):
+    def test_a_run_of_a_client_asks_nobody_and_takes_no_keyboard(self):
+        self.preferences(USEPDFTEX="1", Editor="/usr/bin/false", AUTOVIEW="1", PDFVIEW="/usr/bin/false")
+        self.file("bad.tex", "text\n\\undefined\n\\bye\n")
+        self.start_desktop()
+        done = self.run_program(QUILLON, "exec", "pdftex", "bad.tex")
+        self.assertEqual((done.returncode, done.stderr), (1, f"{self.work}/bad.tex:2: Undefined control sequence.\n"))
+        self.assertEqual(self.active(), self.window)
+        self.assertIn("! Undefined control sequence.", self.console())
+
+
+del Clients
+
+if __name__ == "__main__":
+    unittest.main()
