@@ -31,6 +31,9 @@ std::vector<EditorRow> ParseEditorRows(std::string_view text) {
         row.plain = fields[3];
         row.terminal = Contains(fields[4], "terminal");
         row.x11_only = Contains(fields[4], "x11");
+        for (const std::string &flag : fields[4])
+            if (constexpr std::string_view from = "from="; flag.starts_with(from))
+                row.first_version = std::atoi(flag.c_str() + from.size());
         for (Words *const arguments : {&row.at_line, &row.plain})
             if (!HoldsCode(*arguments, 'f'))
                 arguments->push_back("%f");

@@ -1,7 +1,7 @@
 // The editors table: which programs are editors, and how each is sent to a line.
 //
 // A row is "programs | desktop ids | arguments at a line | arguments without one | flags". In the arguments
-// %f is the file and %l the line. The flags are "terminal" and "x11".
+// %f is the file, %l the line and %x the X display. The flags are "terminal", "x11" and "from=VERSION".
 #ifndef QUILLON_COMMON_EDITORS_TABLE_H
 #define QUILLON_COMMON_EDITORS_TABLE_H
 
@@ -10,9 +10,10 @@
 namespace common {
 
 struct EditorRow : ApplicationNames {
-    Words at_line, plain;  // arguments, with %f and %l
+    Words at_line, plain;  // arguments, with their codes
     bool terminal = false; // the editor runs in a terminal
     bool x11_only = false; // the row holds only where the display is X11
+    int first_version = 0; // the first major version of the editor that can be sent to a line; 0: any
 };
 
 // Returns the rows of TEXT. One with fewer than three fields gives no row; missing arguments without a line

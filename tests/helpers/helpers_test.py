@@ -154,7 +154,7 @@ class Editors(Applications, HomeTest):
     def test_each_kind_of_row(self):
         path = self.file("a b.tex", "x")
         rows = {"kate": ["--line", "12", path], "gedit": [path, "+12"], "codium": ["--goto", path + ":12"],
-                "emacsclient": ["--no-wait", "-a", "emacs", "+12", path], "scite": [path, "-goto:12,1"],
+                "emacsclient": ["--no-wait", "-a", "emacs -f server-start", "+12", path], "scite": [path, "-goto:12"],
                 "texworks": ["--position=12", path], "texmaker": [path, "-line", "12"]}
         for name, words in rows.items():
             self.preferences(Editor=self.recorder(name))

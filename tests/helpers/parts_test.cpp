@@ -108,6 +108,43 @@ TEST_F(EditorCommand, TheLineOrNone) {
     EXPECT_EQ(problem, "");
 }
 
+TEST_F(EditorCommand, TheDisplay) {
+    const auto rows = common::ParseEditorRows("ed | ed | -d %x +%l %f\n");
+    Application editor;
+    editor.kind = Kind::program;
+    editor.path = "/x/ed";
+    std::string problem;
+    const char *const display = std::getenv("DISPLAY");
+    const std::string before = display ? display : "";
+    ::setenv("DISPLAY", ":7", 1);
+    EXPECT_EQ(editor_command(editor, rows[0], "/a", 3, problem), (Words{"/x/ed", "-d", ":7", "+3", "/a"}));
+    ::unsetenv("DISPLAY");
+    EXPECT_EQ(editor_command(editor, rows[0], "/a", 3, problem), (Words{"/x/ed", "-d", "", "+3", "/a"}));
+    if (display)
+        ::setenv("DISPLAY", before.c_str(), 1);
+}
+
+TEST_F(EditorCommand, AnOlderEditorIsSentToNoLine) {
+    const auto rows = common::ParseEditorRows("ed | ed | +%l %f | -n %f | from=44\n");
+    Application editor;
+    editor.kind = Kind::program;
+    std::string problem;
+    const auto words_of = [&](const std::string &answer) {
+        editor.path = program(home_, "bin/ed", "[ \"$1\" = --version ] && " + answer + "\n");
+        std::vector<std::string> words = editor_command(editor, rows[0], "/a", 3, problem);
+        words.erase(words.begin());
+        return words;
+    };
+    const Words line = {"+3", "/a"}, none = {"-n", "/a"};
+    EXPECT_EQ(words_of("echo Editor 44"), none); // the command that limits its time is missing
+    ASSERT_EQ(::symlink("/usr/bin/timeout", home_.path("bin/timeout").c_str()), 0);
+    EXPECT_EQ(words_of("echo Editor 44"), line);
+    EXPECT_EQ(words_of("echo 'Editor 143.2 (43.2)'"), line);
+    EXPECT_EQ(words_of("echo 'Editor 43.9 (43.9)'"), none);
+    EXPECT_EQ(words_of("echo no number"), none);
+    EXPECT_EQ(words_of("exit 1"), none);
+}
+
 TEST_F(EditorCommand, TheProgramOfADesktopEntry) {
     const auto rows = common::ParseEditorRows("ed ed2 | e | %l %f\n");
     Application editor;

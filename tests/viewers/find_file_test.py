@@ -67,7 +67,7 @@ class FindFile(Applications, ServiceTest):
     def test_an_editor_of_the_table_opens_the_file_as_its_row_says(self):
         self.start(self.recorder("emacsclient"))
         self.find()
-        self.assertEqual(self.started("emacsclient"), ["--no-wait", "-a", "emacs", self.path])
+        self.assertEqual(self.started("emacsclient"), ["--no-wait", "-a", "emacs -f server-start", self.path])
 
     def test_the_file_of_the_last_error_is_shown_at_once(self):
         self.preferences(Editor=self.recorder("kate"), TEXINPUTS=self.work, FILENAME=self.path.replace(" ", "\x1f"))
