@@ -45,7 +45,9 @@ int become(const std::string &program, const std::vector<std::string> &words, bo
             std::fprintf(stderr, "quillon: there is no session bus\n");
             return status_unavailable;
         }
-        setenv(common::own_bus_variable, "1", 1);
+        // What outlives the shell is put back on the bus that there was before.
+        const char *const before = std::getenv("DBUS_SESSION_BUS_ADDRESS");
+        setenv(common::own_bus_variable, before && *before ? before : "none", 1);
         first = "dbus-run-session";
         line = {first, "--"};
     }

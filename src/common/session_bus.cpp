@@ -20,6 +20,16 @@ bool process_of_bus_name(const char *name, pid_t *process) {
     return number > 0 && *end == '\0';
 }
 
+void leave_own_bus() {
+    const char *const before = std::getenv("QUILLON_OWN_BUS");
+    if (!before)
+        return;
+    if (std::strcmp(before, "none") == 0)
+        unsetenv("DBUS_SESSION_BUS_ADDRESS");
+    else
+        setenv("DBUS_SESSION_BUS_ADDRESS", before, 1);
+}
+
 sd_bus *open_session_bus() {
     sd_bus *bus = nullptr;
     const char *unique = nullptr;

@@ -33,6 +33,9 @@ std::string application_bus_name(pid_t process);
 // True when NAME has the form of an application's bus name; PROCESS is then its process id.
 bool process_of_bus_name(const char *name, pid_t *process);
 
+// Puts this process, and what it starts from now on, on the session bus of the person where the shell was
+// started with a bus of its own, which ends with it. Nothing happens where the two are one.
+void leave_own_bus();
 // Connects to the session bus and waits for its greeting, since the address may be that of a bus that is
 // gone. Null when there is none. The caller closes the connection.
 sd_bus *open_session_bus();

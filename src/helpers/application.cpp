@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "common/path_forms.h"
+#include "common/session_bus.h"
 #include "helpers/bundle.h"
 #include "helpers/launch.h"
 #include "helpers/terminal.h"
@@ -48,6 +49,7 @@ bool open_application(const common::Application &application, const std::string 
                       std::string &problem) {
     if (application.kind == Kind::bundle)
         return open_bundle(application.path, document, problem);
+    common::leave_own_bus();
     const bool is_entry = application.kind == Kind::entry;
     if (is_entry && application.entry.bus_activatable && open_on_bus(application.entry, document))
         return true;

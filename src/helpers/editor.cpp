@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "common/command_output.h"
+#include "common/session_bus.h"
 #include "helpers/launch.h"
 #include "helpers/terminal.h"
 
@@ -47,6 +48,7 @@ const common::EditorRow *editor_row(const common::Application &application) {
 
 bool open_in_editor(const common::Application &editor, const common::EditorRow &row, const std::string &file,
                     long line, std::string &problem) {
+    common::leave_own_bus();
     Launch launch;
     launch.words = editor_command(editor, row, file, line, problem);
     if (launch.words.empty())

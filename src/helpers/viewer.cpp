@@ -10,6 +10,7 @@
 #include "common/host_files.h"
 #include "common/path_forms.h"
 #include "common/places.h"
+#include "common/session_bus.h"
 #include "common/viewers_table.h"
 #include "helpers/launch.h"
 #include "helpers/source_place.h"
@@ -133,6 +134,7 @@ bool show_document(const common::Application &viewer, const std::string &documen
     const std::string program = row ? program_of(viewer, row->programs) : "";
     if (program.empty())
         return open_application(viewer, document, problem);
+    common::leave_own_bus();
     const SourcePlace place = place_to_show(document);
     const pid_t process = row->single ? process_that_shows(*row, document) : 0;
     if (process > 0)

@@ -9,6 +9,7 @@
 #include "common/path_forms.h"
 #include "common/places.h"
 #include "common/preferences.h"
+#include "common/session_bus.h"
 #include "common/viewers_table.h"
 #include "support/temporary_home.h"
 
@@ -140,6 +141,19 @@ TEST(ViewersTable, TheTableOfTheBuildNamesEachViewerOnce) {
             EXPECT_TRUE(HoldsCode(row.show, 'd') || HoldsCode(row.show, 'u')) << program;
             EXPECT_TRUE(row.at_source.empty() || HoldsCode(row.at_source, 'l')) << program;
         }
+}
+
+TEST(OwnBus, WhatOutlivesAShellWithABusOfItsOwnIsOnTheBusBefore) {
+    const auto address_after = [](const char *own_bus) {
+        ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/own", 1);
+        own_bus ? ::setenv("QUILLON_OWN_BUS", own_bus, 1) : ::unsetenv("QUILLON_OWN_BUS");
+        leave_own_bus();
+        const char *const address = std::getenv("DBUS_SESSION_BUS_ADDRESS");
+        return std::string(address ? address : "none");
+    };
+    EXPECT_EQ(in_child([&] { return address_after(nullptr) == "unix:path=/own" ? 0 : 1; }), 0);
+    EXPECT_EQ(in_child([&] { return address_after("unix:path=/theirs") == "unix:path=/theirs" ? 0 : 1; }), 0);
+    EXPECT_EQ(in_child([&] { return address_after("none") == "none" ? 0 : 1; }), 0);
 }
 
 TEST(HostFiles, ReadingStopsAtTheBlockThatReachesTheLimit) {
