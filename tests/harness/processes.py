@@ -45,6 +45,14 @@ def status_field(pid, number):
         return ""
 
 
+def program_name(pid):
+    """The name of the file that the process runs; empty when there is no such process."""
+    try:
+        return os.path.basename(os.readlink(f"/proc/{pid}/exe"))
+    except OSError:
+        return ""
+
+
 def alive(pid):
     return status_field(pid, 0) not in ("", "Z", "X")
 

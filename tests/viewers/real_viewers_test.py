@@ -30,16 +30,7 @@ class RealViewers(Applications, DesktopTest):
         wait_until(lambda: not self.viewers("zathura") + self.viewers("xdvi"), "the end of the viewers")
 
     def viewers(self, program):
-        """The processes that are this viewer by now, and not what starts it."""
-        found = []
-        for process in self.processes_of(self.work):
-            try:
-                name = os.path.basename(os.readlink(f"/proc/{process}/exe"))
-            except OSError:
-                continue
-            if name.startswith(program):
-                found.append(process)
-        return found
+        return self.running_as(program, self.work)
 
     def pages(self, name, count):
         """A document whose page N is in line 3N-1; its path."""
