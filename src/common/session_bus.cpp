@@ -4,6 +4,8 @@
 #include <cstring>
 #include <string_view>
 
+#include "common/places.h"
+
 namespace common {
 
 std::string application_bus_name(pid_t process) {
@@ -21,7 +23,7 @@ bool process_of_bus_name(const char *name, pid_t *process) {
 }
 
 void leave_own_bus() {
-    const char *const before = std::getenv("QUILLON_OWN_BUS");
+    const char *const before = std::getenv(own_bus_variable);
     if (!before)
         return;
     if (std::strcmp(before, "none") == 0)

@@ -8,6 +8,7 @@
 #include "settings/settings.h"
 #include "state/job_state.h"
 #include "toolbox/apple_events.h"
+#include "viewers/viewers.h"
 
 namespace quillon {
 
@@ -35,14 +36,14 @@ BoundedString<256> slots[tool_count]; // what was chosen in the dialog that is o
 
 void use(const Tool &tool, const char *path) {
     set_str_resource(tool.key, path);
-    char *const located = GetApp(tool.key);
     if (!tool.located) {
+        char *const located = GetApp(tool.key);
         if (located)
             dvipreview.copy(located);
         std::free(located);
         return;
     }
-    *tool.located = located;
+    take_application(tool.located, tool.key);
     if (tool.located == &editor)
         ed_creator = get_editor_info(editor ? editor : "");
 }

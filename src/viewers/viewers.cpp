@@ -1,5 +1,7 @@
 #include "viewers/viewers.h"
 
+#include <cstdlib>
+
 #include "console/output.h"
 #include "core/event_loop.h"
 #include "files/choosers.h"
@@ -125,6 +127,12 @@ void AutoViewDviFile() {
     view_dvi(current_outputfile.c_str(), "An error occurred trying to open dvifile.\n");
 }
 
+void take_application(const char **application, const char *key) {
+    const char *const before = *application;
+    *application = GetApp(key);
+    std::free(const_cast<char *>(before));
+}
+
 int find_application(const char **viewer, const char *key, const char *prompt) {
     if (IsApp(*viewer))
         return 1;
@@ -137,7 +145,7 @@ int find_application(const char **viewer, const char *key, const char *prompt) {
     if (!chosen)
         return 0;
     set_str_resource(key, chosen);
-    *viewer = GetApp(key);
+    take_application(viewer, key);
     return *viewer != nullptr;
 }
 

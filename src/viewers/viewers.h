@@ -19,6 +19,9 @@ void AutoViewDviFile();
 // Open the current PostScript or PDF file in its viewer, which the person chooses when none is set.
 void ViewPS();
 void ViewPdf();
+// Points APPLICATION to what the setting KEY names (a block from GetApp), and frees the block that it pointed
+// to; null names none.
+void take_application(const char **application, const char *key);
 // Makes sure that VIEWER names an application. When it does not, waits until the shell is in front, asks the
 // person with PROMPT, stores the choice under the setting KEY and points VIEWER to it (a block from GetApp).
 // Returns 1, or 0 when the person cancels.
