@@ -70,6 +70,21 @@ class Runs:
         subprocess.run([QUILLON, "exec", *COMMANDS[name].split()], cwd=self.work, stdin=subprocess.DEVNULL,
                        stdout=subprocess.DEVNULL, check=True)
 
+    def many_by_make(self, repeat):
+        """The medians of forty documents by make, each with its own `quillon exec`, and each with the bare engine."""
+        names = [f"many{number}" for number in range(40)]
+        for name in names:
+            with open(os.path.join(self.work, name + ".tex"), "w", encoding="ascii") as file:
+                file.write(LATEX)
+        for makefile, command in (("with", f"{QUILLON} exec pdflatex"), ("without", "pdflatex")):
+            with open(os.path.join(self.work, makefile), "w", encoding="ascii") as file:
+                file.write(f"all: {' '.join(names)}\n%: FORCE\n\t@{command} $@.tex > $@.said < /dev/null\nFORCE:\n")
+
+        def make(makefile):
+            subprocess.run(["make", "-s", "-j2", "-f", makefile, "all"], cwd=self.work, check=True)
+
+        return interleaved(lambda: milliseconds(lambda: make("with")), lambda: milliseconds(lambda: make("without")), repeat)
+
     def warm(self):
         """Waits until the formats are unpacked, as they are after the first minute of a day's work."""
         formats = os.path.join(os.environ["XDG_CACHE_HOME"], "quillon", "formats")
@@ -110,6 +125,9 @@ def main():
         over_bare("quillon exec, a shell running", *beside_bare(runs, runs.command, "plain"), 15)
         times_bare("the same, a one-line LaTeX document", *beside_bare(runs, runs.command, "latex"), 1)
         runs.quit_shell()
+        over_bare("quillon exec, no shell running", *beside_bare(runs, runs.command, "plain"), 40)
+        times_bare("the same, a one-line LaTeX document", *beside_bare(runs, runs.command, "latex"), 1)
+        times_bare("40 of these by make -j2", *runs.many_by_make(max(3, REPEAT // 6)), 1)
         if os.environ.get("DISPLAY"):
             runs.start_shell()
             times_bare("a run that prints 9 MB, in the window",

@@ -19,6 +19,7 @@ constexpr unsigned char backspace = 8, erase = 127;
 
 TextObject the_text;
 int in_use = 0;
+std::size_t text_limit = 0;
 
 int is_continuation(unsigned char byte) {
     return (byte & 0xC0) == 0x80;
@@ -81,8 +82,15 @@ OSErr TXNSetData(TXNObject text, const void *data, std::size_t size) {
     if (!text)
         return paramErr;
     text->store.append(data, size);
+    // Cutting takes a copy, so it is done once for every half of the limit.
+    if (text_limit > 0 && text->store.size() > text_limit + text_limit / 2)
+        text->store.keep_last(text_limit);
     front->text_appended(data, size);
     return noErr;
+}
+
+void LimitText(std::size_t limit) {
+    text_limit = limit;
 }
 
 std::size_t TXNGetData(TXNObject text, std::size_t start, std::size_t end, void *data, std::size_t room) {

@@ -72,6 +72,22 @@ void TextStore::clear() {
     ++generation_;
 }
 
+void TextStore::keep_last(std::size_t size) {
+    if (size >= size_)
+        return;
+    std::size_t start = size_ - size;
+    const Segment cut = segment(segment_at(start));
+    if (cut.ends_line && cut.start != start)
+        start = cut.end + 1;
+    TextStore kept;
+    for (std::size_t count = 0; start < size_; start += count) {
+        const char *const bytes = run(start, size_, &count);
+        kept.append(bytes, count);
+    }
+    kept.generation_ = generation_ + 1;
+    *this = std::move(kept);
+}
+
 int TextStore::erase_last() {
     if (size_ == 0)
         return 0;

@@ -29,6 +29,9 @@ class TextStore {
     void append(const void *data, std::size_t size);
     // Takes the whole text away and frees its memory.
     void clear();
+    // Takes the beginning away, so that at most SIZE bytes stay; where it can the text then begins with a
+    // line.
+    void keep_last(std::size_t size);
     // Takes the last byte away: 1, or 0 when there is none.
     int erase_last();
 

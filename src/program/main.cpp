@@ -20,6 +20,7 @@
 #include "toolbox/apple_events.h"
 #include "toolbox/files.h"
 #include "toolbox/received_events.h"
+#include "toolbox/text_engine.h"
 #include "toolbox/windows.h"
 
 using namespace quillon;
@@ -31,6 +32,8 @@ struct Arguments {
 };
 
 static constexpr int exit_usage = 64, exit_no_display = 69, exit_second_shell = 75, exit_configuration = 78;
+// How much of the console's text a shell keeps that has neither a window nor a script.
+static constexpr std::size_t service_text = 16 * 1024 * 1024;
 // What the shell keeps the path of the binaries folder in.
 static constexpr std::size_t longest_folder = 255;
 
@@ -100,6 +103,7 @@ static bool start_headless(const Arguments &arguments, bool has_files) {
     if (!arguments.script) {
         nobody_answers = 1;
         job_views = 0;
+        LimitText(service_text);
     }
     if (has_files && !arguments.script) {
         OpenScript("/dev/null");

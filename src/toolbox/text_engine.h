@@ -57,6 +57,9 @@ void TXNFocus(TXNObject text, int focus);
 void TXNActivate(TXNObject text, int active);
 // Blinks the caret; to be called often.
 void TXNIdle(TXNObject text);
+// Makes the text keep only about its last LIMIT bytes from now on, for a shell that nobody looks at; 0 keeps
+// all.
+void LimitText(std::size_t limit);
 // Handles a mouse click in the text.
 void TXNClick(TXNObject text, const EventRecord *event);
 // Size and zoom the window with the mouse; a desktop whose title bar does that has done it already.

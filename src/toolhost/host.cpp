@@ -66,7 +66,7 @@ Host::~Host() {
     sd_event_source_disable_unref(window_timer_);
     sd_bus_slot_unref(shell_slot_);
     sd_bus_slot_unref(question_);
-    sd_bus_track_unref(followers_);
+    followers_.reset();
     sd_bus_flush_close_unref(bus_);
     sd_event_unref(event_);
 }
@@ -105,12 +105,7 @@ int Host::connect() {
                                            this)) < 0 ||
         (result = sd_bus_request_name(bus_, common::application_bus_name(getpid()).c_str(), 0)) < 0)
         return result;
-    const auto all_have_gone = [](sd_bus_track *, void *self) {
-        static_cast<Host *>(self)->decide_prompt();
-        return 1;
-    };
-    if ((result = sd_bus_track_new(bus_, &followers_, all_have_gone, this)) < 0)
-        return result;
+    followers_ = std::make_unique<common::Followers>(bus_, [this] { decide_prompt(); });
     sd_event_add_signal(event_, nullptr, SIGTERM, on_signal, this);
     sd_event_add_signal(event_, nullptr, SIGHUP, on_signal, this);
     return sd_bus_attach_event(bus_, event_, SD_EVENT_PRIORITY_NORMAL);
@@ -352,7 +347,7 @@ int Host::answer(sd_bus_message *message) {
     if (!run_ || run_->ended())
         return sd_bus_reply_method_errorf(message, "org.quillon.Error.NotRun", "Nothing runs.");
     // Whoever answers once may do so again.
-    sd_bus_track_add_sender(followers_, message);
+    followers_->add(sd_bus_message_get_sender(message));
     run_->answer({static_cast<const char *>(bytes), size});
     return sd_bus_reply_method_return(message, "");
 }
@@ -376,11 +371,9 @@ std::string Host::take_window_text() {
 }
 
 void Host::signal_output(std::string_view bytes) {
-    sd_bus_message *signal = nullptr;
-    if (sd_bus_message_new_signal(bus_, &signal, application_path, tool_interface, "Output") >= 0 &&
-        sd_bus_message_append_array(signal, 'y', bytes.data(), bytes.size()) >= 0)
-        sd_bus_send(bus_, signal, nullptr);
-    sd_bus_message_unref(signal);
+    followers_->send(application_path, tool_interface, "Output", bytes.size(), [&](sd_bus_message *signal) {
+        return sd_bus_message_append_array(signal, 'y', bytes.data(), bytes.size());
+    });
     // Waiting for the bus keeps a flood of output from piling up here.
     sd_bus_flush(bus_);
 }
@@ -408,15 +401,15 @@ int Host::follow(sd_bus_message *call) {
     if (result < 0)
         return result;
     if (on)
-        sd_bus_track_add_sender(followers_, call);
+        followers_->add(sd_bus_message_get_sender(call));
     else
-        sd_bus_track_remove_sender(followers_, call);
+        followers_->remove(sd_bus_message_get_sender(call));
     decide_prompt();
     return sd_bus_reply_method_return(call, "");
 }
 
 bool Host::is_followed() const {
-    return sd_bus_track_count(followers_) > 0;
+    return followers_ && followers_->any();
 }
 
 // Asks the shell who can answer the program. What is printed until the reply comes is held back, so that
@@ -443,7 +436,7 @@ void Host::take_answerers(sd_bus_message *reply) {
         // Where a person sits at the shell, the tool's window asks.
         desktop_ = person != 0;
         while (sd_bus_message_read_basic(reply, 's', &name) > 0)
-            sd_bus_track_add_name(followers_, name);
+            followers_->add(name);
     }
     if (is_followed() && !held_output_.empty())
         signal_output(held_output_);

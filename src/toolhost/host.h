@@ -12,6 +12,7 @@
 #include "common/application_object.h"
 #include "common/bundle.h"
 #include "common/event_codec.h"
+#include "common/followers.h"
 #include "toolhost/run.h"
 
 namespace toolhost {
@@ -79,8 +80,8 @@ class Host : public RunOwner {
     sd_event *event_ = nullptr;
     sd_bus *bus_ = nullptr;
     sd_bus_slot *shell_slot_ = nullptr;
-    sd_bus_slot *question_ = nullptr;   // the open question to the shell who can answer the program
-    sd_bus_track *followers_ = nullptr; // those who can answer and are still on the bus
+    sd_bus_slot *question_ = nullptr; // the open question to the shell who can answer the program
+    std::unique_ptr<common::Followers> followers_; // those who can answer and are still on the bus
     sd_event_source *window_timer_ = nullptr;
     std::unique_ptr<Run> run_;
     sd_bus_message *command_ = nullptr; // the call that the run will answer

@@ -246,3 +246,36 @@ TEST(TextStore, AgreesWithTheSlowRuleOnRandomText) {
         }
     }
 }
+
+TEST(TextStore, KeepsItsLastLines) {
+    TextStore store;
+    std::string text;
+    for (int line = 0; line < 20000; line++)
+        text += "line " + std::to_string(line) + "\r";
+    store.append(text.data(), text.size());
+    const std::size_t generation = store.generation();
+    store.keep_last(text.size());
+    EXPECT_EQ(store.size(), text.size());
+    store.keep_last(100000);
+    const std::string expected = text.substr(text.find('\r', text.size() - 100000) + 1);
+    std::string kept(store.size(), ' ');
+    store.copy(0, store.size(), kept.data(), kept.size());
+    EXPECT_EQ(kept, expected);
+    EXPECT_EQ(store.line_ends(),
+              static_cast<std::size_t>(std::count(expected.begin(), expected.end(), '\r')));
+    EXPECT_EQ(store.segments(), store.line_ends() + 1);
+    EXPECT_NE(store.generation(), generation);
+    store.append("x", 1);
+    EXPECT_EQ(store.byte(store.size() - 1), 'x');
+    store.keep_last(0);
+    EXPECT_EQ(store.size(), 0u);
+}
+
+TEST(TextStore, ALineLongerThanWhatIsKeptIsCut) {
+    TextStore store;
+    const std::string text(300000, 'a');
+    store.append(text.data(), text.size());
+    store.keep_last(100000);
+    EXPECT_EQ(store.size(), 100000u);
+    EXPECT_EQ(store.line_ends(), 0u);
+}

@@ -1,9 +1,11 @@
 #include "linux/events/shell_service.h"
 
 #include <cstring>
+#include <memory>
 #include <string>
 
 #include "common/activation.h"
+#include "common/followers.h"
 #include "common/path_forms.h"
 #include "common/session_bus.h"
 #include "common/utf8.h"
@@ -15,26 +17,27 @@
 
 namespace quillon {
 
-static sd_bus_track *followers = nullptr;
+static std::unique_ptr<common::Followers> followers;
 static common::Utf8Feed feed;
 
 int ConsoleFollowed() {
-    return followers && sd_bus_track_count(followers) > 0;
+    return followers && followers->any();
 }
 
 void FeedConsoleText(const char *text, std::size_t length) {
     sd_bus *const bus = HostBus();
     const std::string whole = feed.take({text, length});
-    if (bus && !whole.empty())
-        sd_bus_emit_signal(bus, common::shell_path, common::shell_interface, "ConsoleText", "s",
-                           whole.c_str());
+    if (bus && followers && !whole.empty())
+        followers->send(
+            common::shell_path, common::shell_interface, "ConsoleText", whole.size(),
+            [&](sd_bus_message *signal) { return sd_bus_message_append(signal, "s", whole.c_str()); });
 }
 
 void MarkTranscript(int begins) {
     sd_bus *const bus = HostBus();
-    if (bus && ConsoleFollowed())
-        sd_bus_emit_signal(bus, common::shell_path, common::shell_interface, "ConsoleTranscript", "b",
-                           begins);
+    if (bus && followers)
+        followers->send(common::shell_path, common::shell_interface, "ConsoleTranscript", 1,
+                        [&](sd_bus_message *signal) { return sd_bus_message_append(signal, "b", begins); });
 }
 
 static void put_number(AppleEvent *event, OSType keyword, std::int32_t value) {
@@ -293,11 +296,11 @@ static int method_follow(sd_bus_message *call, void *, sd_bus_error *) {
     if (result < 0)
         return result;
     if (!followers)
-        sd_bus_track_new(sd_bus_message_get_bus(call), &followers, nullptr, nullptr);
+        followers = std::make_unique<common::Followers>(sd_bus_message_get_bus(call), nullptr);
     if (on)
-        sd_bus_track_add_sender(followers, call);
+        followers->add(sd_bus_message_get_sender(call));
     else
-        sd_bus_track_remove_sender(followers, call);
+        followers->remove(sd_bus_message_get_sender(call));
     return sd_bus_reply_method_return(call, "");
 }
 

@@ -1,0 +1,47 @@
+// Those who follow a stream of text over the bus, each with its own copy, so that one that does not read can
+// be let go and neither the sender nor the bus keeps a heap of text for it.
+#ifndef QUILLON_COMMON_FOLLOWERS_H
+#define QUILLON_COMMON_FOLLOWERS_H
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <systemd/sd-bus.h>
+
+namespace common {
+
+class Followers {
+  public:
+    // How much a follower may be behind, in bytes. What it has read is known from its answers to questions
+    // that are sent between the pieces.
+    static constexpr std::size_t most_behind = 8 * 1024 * 1024;
+
+    // CHANGED is called when a follower has left the bus or was let go; it may be empty.
+    Followers(sd_bus *bus, std::function<void()> changed);
+    ~Followers();
+    Followers(const Followers &) = delete;
+    Followers &operator=(const Followers &) = delete;
+
+    // NAME is a name on the bus. Adding one that follows already does nothing.
+    void add(const char *name);
+    void remove(const char *name);
+    bool any() const { return !all_.empty(); }
+    // Sends every follower the signal MEMBER of INTERFACE at the object PATH; APPEND puts SIZE bytes into it.
+    void send(const char *path, const char *interface, const char *member, std::size_t size,
+              const std::function<int(sd_bus_message *)> &append);
+
+  private:
+    struct Follower;
+    void ask(Follower &follower);
+    static int on_answer(sd_bus_message *reply, void *context, sd_bus_error *error);
+    static int on_gone(sd_bus_track *track, void *context);
+
+    sd_bus *bus_;
+    std::function<void()> changed_;
+    std::map<std::string, std::unique_ptr<Follower>> all_;
+};
+
+} // namespace common
+
+#endif
