@@ -3,6 +3,7 @@
 #ifndef QUILLON_COMMON_FOLLOWERS_H
 #define QUILLON_COMMON_FOLLOWERS_H
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -13,12 +14,13 @@ namespace common {
 
 class Followers {
   public:
-    // How much a follower may be behind, in bytes. What it has read is known from its answers to questions
-    // that are sent between the pieces.
+    // How much a follower may be behind, in bytes. One that is further behind, and has answered none of the
+    // questions that are sent between the pieces for a while, is let go.
     static constexpr std::size_t most_behind = 8 * 1024 * 1024;
 
-    // CHANGED is called when a follower has left the bus or was let go; it may be empty.
-    Followers(sd_bus *bus, std::function<void()> changed);
+    // CHANGED is called when a follower has left the bus or was let go; SERVE serves the bus for a moment
+    // while one that is behind is waited for. Either may be empty: without SERVE nobody is waited for.
+    Followers(sd_bus *bus, std::function<void()> changed, std::function<void()> serve);
     ~Followers();
     Followers(const Followers &) = delete;
     Followers &operator=(const Followers &) = delete;
@@ -34,11 +36,13 @@ class Followers {
   private:
     struct Follower;
     void ask(Follower &follower);
+    bool keeps_up(const std::string &name);
     static int on_answer(sd_bus_message *reply, void *context, sd_bus_error *error);
     static int on_gone(sd_bus_track *track, void *context);
 
     sd_bus *bus_;
-    std::function<void()> changed_;
+    std::function<void()> changed_, serve_;
+    bool waits_;
     std::map<std::string, std::unique_ptr<Follower>> all_;
 };
 

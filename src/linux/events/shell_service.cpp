@@ -13,6 +13,7 @@
 #include "linux/events/ae_data.h"
 #include "linux/events/ae_receive.h"
 #include "linux/events/event_sources.h"
+#include "linux/events/loop.h"
 #include "toolbox/files.h"
 
 namespace quillon {
@@ -290,13 +291,22 @@ static int method_quit(sd_bus_message *call, void *, sd_bus_error *) {
     return sd_bus_reply_method_return(call, "");
 }
 
+// A shell with a window waits for no follower. Without one, a client that reads is waited for, so that it
+// gets the whole of a long transcript.
+static std::function<void()> wait_a_moment() {
+    if (std::strcmp(front->name, "desktop") == 0)
+        return nullptr;
+    return [] { LoopSleep(10); };
+}
+
 static int method_follow(sd_bus_message *call, void *, sd_bus_error *) {
     int on = 0;
     const int result = sd_bus_message_read(call, "b", &on);
     if (result < 0)
         return result;
     if (!followers)
-        followers = std::make_unique<common::Followers>(sd_bus_message_get_bus(call), nullptr);
+        followers =
+            std::make_unique<common::Followers>(sd_bus_message_get_bus(call), nullptr, wait_a_moment());
     if (on)
         followers->add(sd_bus_message_get_sender(call));
     else
