@@ -141,6 +141,17 @@ static void answer_nothing(sd_bus_message *call, OSErr, const AppleEvent *) {
     sd_bus_reply_method_return(call, "");
 }
 
+// Makes the location of what is at PATH. Returns 0 when there is none, which is the case for a path with a
+// zero byte.
+static int locate_posix(const std::string &path, FSSpec *spec) {
+    return path.find('\0') == std::string::npos && FSPathMakeSpec(path.c_str(), spec) == noErr;
+}
+
+// Returns PATH as the message of an error can show it.
+static const char *printable(const std::string &path) {
+    return path.find('\0') == std::string::npos && common::is_utf8(path) ? path.c_str() : "of that name";
+}
+
 static int queue_event(AppleEvent event, sd_bus_message *call, AnswerProcedure answer, sd_bus_error *error) {
     if (queue_received_event(event, call, answer))
         return 1;
@@ -167,10 +178,10 @@ static int queue_exec(const std::string &command, const std::string &folder, con
     AEPutParamPtr(&event, keyDirectObject, typeChar, command.data(), command.size());
     FSSpec spec;
     if (!folder.empty()) {
-        if (FSPathMakeSpec(folder.c_str(), &spec) != noErr) {
+        if (!locate_posix(folder, &spec)) {
             AEDisposeDesc(&event);
             return sd_bus_error_setf(error, SD_BUS_ERROR_INVALID_ARGS, "there is no folder %s",
-                                     common::is_utf8(folder) ? folder.c_str() : "of that name");
+                                     printable(folder));
         }
         AEPutParamPtr(&event, four("dest"), typeFSS, &spec, sizeof spec);
     }
@@ -183,12 +194,16 @@ static int method_exec(sd_bus_message *call, void *, sd_bus_error *error) {
     return result < 0 ? result : queue_exec(command, folder, nullptr, call, error);
 }
 
+// Reads bytes. GLib ends what it calls a byte string with a zero byte, which is left out.
 static std::string read_array(sd_bus_message *call) {
     const void *data = nullptr;
     std::size_t size = 0;
     if (sd_bus_message_read_array(call, 'y', &data, &size) < 0)
         return "";
-    return std::string(static_cast<const char *>(data), size);
+    std::string bytes(static_cast<const char *>(data), size);
+    if (bytes.ends_with('\0'))
+        bytes.pop_back();
+    return bytes;
 }
 
 static int method_exec_raw(sd_bus_message *call, void *, sd_bus_error *error) {
@@ -253,9 +268,8 @@ static int method_formats(sd_bus_message *call, void *, sd_bus_error *error) {
 static int queue_open(const std::string &path, sd_bus_message *call, AnswerProcedure answer,
                       sd_bus_error *error) {
     FSSpec spec;
-    if (path.empty() || path[0] != '/' || FSPathMakeSpec(path.c_str(), &spec) != noErr)
-        return sd_bus_error_setf(error, SD_BUS_ERROR_INVALID_ARGS, "there is no file %s",
-                                 common::is_utf8(path) ? path.c_str() : "of that name");
+    if (path.empty() || path[0] != '/' || !locate_posix(path, &spec))
+        return sd_bus_error_setf(error, SD_BUS_ERROR_INVALID_ARGS, "there is no file %s", printable(path));
     AppleEvent event;
     AEDesc item, list;
     ae_make_record(&event, four("aevt"), four("odoc"));
