@@ -14,6 +14,7 @@
 #include "state/job_state.h"
 #include "tools/tool_call.h"
 #include "tools/tool_runs.h"
+#include "viewers/quoting.h"
 
 namespace quillon {
 
@@ -303,25 +304,42 @@ static void convert_document(const char *path) {
         RunPs2pdf(1);
 }
 
+using CompanionRun = void (*)(const char *path);
+
+// Returns the run that a document with the extension of PATH asks for; null for a TeX source.
+static CompanionRun companion_of(const char *path) {
+    static const struct {
+        const char *extension;
+        CompanionRun run;
+    } companions[] = {{".dvi", RunDvips},         {".aux", RunBibTeX},        {".ps", convert_document},
+                      {".idx", RunOdocMakeIndex}, {".glo", RunOdocMakeIndex}, {".mp", RunOdocMetaPost}};
+    for (const auto &companion : companions)
+        if (has_extension(path, companion.extension))
+            return companion.run;
+    return nullptr;
+}
+
+// Refuses the document LEAF for its long name, and says what typesets it all the same when it is a TeX
+// source.
+static void refuse_long_name(BoundedBuffer &leaf) {
+    BoundedString<4096> word; // each byte of the name takes four at most
+    ml_printf("Filename \"%s\" is too long for Quillon.\n", leaf.c_str());
+    convert_to_space(leaf.data());
+    if (!companion_of(leaf.c_str()) && quote_word(leaf.c_str(), word))
+        ml_printf("It can be typeset with: quillon exec pdftex %s\n", word.c_str());
+    odocfile.clear();
+}
+
 void doOpenDoc() {
     BoundedString<1024> folder, leaf;
     split_path(odocfile.c_str(), folder, leaf);
     if (is_long_name(leaf.c_str())) {
-        ml_printf("Filename \"%s\" is too long for Quillon.\n", leaf.c_str());
-        odocfile.clear();
+        refuse_long_name(leaf);
         return;
     }
-    static const struct {
-        const char *extension;
-        void (*run)(const char *path);
-    } companions[] = {{".dvi", RunDvips},         {".aux", RunBibTeX},        {".ps", convert_document},
-                      {".idx", RunOdocMakeIndex}, {".glo", RunOdocMakeIndex}, {".mp", RunOdocMetaPost}};
-    for (const auto &companion : companions)
-        if (has_extension(odocfile.c_str(), companion.extension)) {
-            companion.run(odocfile.c_str());
-            return;
-        }
-    if (usePdfTeX)
+    if (const CompanionRun run = companion_of(odocfile.c_str()))
+        run(odocfile.c_str());
+    else if (usePdfTeX)
         DoPdfTeX(odocfile.c_str());
     else
         DoTeX(odocfile.c_str());

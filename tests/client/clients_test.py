@@ -248,6 +248,18 @@ class Shared(Clients):
             wait_until(self.ended)
             self.start_shell("--service")
 
+    def test_the_command_that_is_told_for_a_long_name_typesets_it(self):
+        for name in ("a-name_of.thirty+characters-xy.tex", "it's a name of more than 29 characters", "\u00e9" * 30):
+            path = self.file(name if name.endswith(".tex") else name + ".tex", "Hello.\\bye\n")
+            told = "It can be typeset with: "
+            before = self.output().count(told)
+            self.assertEqual(self.quillon(path)[0], 0)
+            wait_until(lambda of=before: self.output().count(told) > of and self.output().endswith("\n"), "the command")
+            command = self.output().rpartition(told)[2].split("\n")[0]
+            done = self.run_program("bash", "-c", command, PATH=os.path.dirname(QUILLON) + ":" + os.environ["PATH"])
+            self.assertEqual((done.returncode, done.stderr), (0, ""), command)
+            self.assertTrue(os.path.exists(path[:-len(".tex")] + ".pdf"), command)
+
     def test_eight_clients_at_once_are_served_in_turn(self):
         names = [self.document(number) for number in range(8)]
         clients = [self.start("exec", "pdftex", name) for name in names]

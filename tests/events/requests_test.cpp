@@ -7,6 +7,8 @@
 #include "core/event_loop.h"
 #include "events/handlers.h"
 #include "menus/menus.h"
+#include "menus/recent_files.h"
+#include "state/job_state.h"
 #include "support/recording_front.h"
 #include "support/temporary_home.h"
 #include "toolbox/received_events.h"
@@ -112,11 +114,64 @@ TEST_F(Requests, ANameOf30CharactersIsTooLong) {
     for (int i = 0; i < 25; i++)
         accents += "\xC3\xA9";
     EXPECT_TRUE(opened(accents + ".tex").starts_with("\nProcessing -- "));
-    EXPECT_EQ(opened("n" + accents + ".tex"), "Filename \"n" + accents + ".tex\" is too long for Quillon.\n");
+    const std::string hint = "It can be typeset with: quillon exec pdftex ";
+    EXPECT_EQ(opened("n" + accents + ".tex"), "Filename \"n" + accents + ".tex\" is too long for Quillon.\n" +
+                                                  hint + "'n" + accents + ".tex'\n");
     const std::string longest(25, 'n'), longer(26, 'n');
     EXPECT_TRUE(opened(longest + ".tex").starts_with("\nProcessing -- "));
-    EXPECT_EQ(opened(longer + ".tex"), "Filename \"" + longer + ".tex\" is too long for Quillon.\n");
+    EXPECT_EQ(opened(longer + ".tex"),
+              "Filename \"" + longer + ".tex\" is too long for Quillon.\n" + hint + longer + ".tex\n");
     EXPECT_TRUE(odocfile.empty());
+}
+
+TEST_F(Requests, ALongNameIsQuotedAndACompanionsIsNotTypeset) {
+    const std::string longest(25, 'n');
+    EXPECT_EQ(opened("it's\x1F" + longest), "Filename \"it's\x1F" + longest +
+                                                "\" is too long for Quillon.\n"
+                                                "It can be typeset with: quillon exec pdftex 'it'\\''s " +
+                                                longest + "'\n");
+    EXPECT_EQ(opened(longest + "n.dvi"), "Filename \"" + longest + "n.dvi\" is too long for Quillon.\n");
+}
+
+TEST_F(Requests, WhatAnEarlierEventAskedForIsForgottenAtTheNext) {
+    doFind = doAppleTeX = 1;
+    findString.copy("nosuchfile");
+    odocfile.copy(home_.path("work/x.tex"));
+    send("frmt", "");
+    EXPECT_EQ(front_->printed, "");
+    EXPECT_EQ(doFind + doAppleTeX, 0);
+}
+
+TEST_F(Requests, AFailedRequestIsNotCarriedOut) {
+    AppleEvent event;
+    const std::int32_t number = 1;
+    MakeReceivedEvent(four("QUIL"), four("find"), &event);
+    AEPutParamPtr(&event, keyDirectObject, typeChar, "x", 1);
+    AEPutParamPtr(&event, four("what"), typeLongInteger, &number, sizeof number);
+    answers = 0;
+    QueueReceivedEvent(&event, [](OSErr, const AppleEvent *) { answers++; });
+    while (answers == 0)
+        main_event(mask_every_event);
+    EXPECT_EQ(front_->printed, "I missed something.\n");
+}
+
+TEST_F(Requests, AfterAnEventThatAsksToQuitTheRecentFilesAreSavedAndTheLoopEnds) {
+    EventRecord event = {};
+    event.what = kHighLevelEvent;
+    event.message = four("aevt");
+    event.where = {static_cast<std::int16_t>(four("oapp") >> 16),
+                   static_cast<std::int16_t>(four("oapp") & 0xFFFF)};
+    doQuit = aeQuit = 0;
+    SaveRecentFile(home_.file("work/x.tex").c_str());
+    doAppleEvent(&event);
+    EXPECT_EQ(doQuit, 0);
+    const std::string stored = "RECENTFILE1=" + home_.path("work/x.tex") + "\n";
+    EXPECT_EQ(home_.read("config/Quillon Preferences").find(stored), std::string::npos);
+    aeQuit = 1;
+    doAppleEvent(&event);
+    EXPECT_EQ(doQuit, 1);
+    EXPECT_NE(home_.read("config/Quillon Preferences").find(stored), std::string::npos);
+    doQuit = aeQuit = 0;
 }
 
 } // namespace

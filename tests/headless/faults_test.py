@@ -140,7 +140,8 @@ class Faults(HomeTest):
         output = self.shell(f"event aevt odoc ---- fss {self.work}/{'n' * 25}.tex\n")
         self.assertIn("Output written on", output)
         output = self.shell(f"event aevt odoc ---- fss {self.work}/{'n' * 26}.tex\n")
-        self.assertIn(f"Filename \"{'n' * 26}.tex\" is too long for Quillon.\n", output)
+        self.assertIn(f"Filename \"{'n' * 26}.tex\" is too long for Quillon.\n"
+                      f"It can be typeset with: quillon exec pdftex {'n' * 26}.tex\n", output)
         self.assertNotIn("Processing", output)
 
     def test_a_folder_too_deep_for_the_job_state_is_said(self):

@@ -79,6 +79,22 @@ TEST_F(Viewers, BytesThatAShellReadsAreQuoted) {
     EXPECT_EQ(quote_path("abc$", narrow), 0);
 }
 
+TEST_F(Viewers, AWordOfACommandIsQuotedAsAShellNeedsIt) {
+    BoundedString<32> word;
+    const std::pair<const char *, const char *> words[] = {
+        {"aZ09._-/+", "aZ09._-/+"}, {"a b", "'a b'"}, {"a'b", "'a'\\''b'"}, {"$HOME", "'$HOME'"}, {"", "''"}};
+    for (const auto &[name, quoted] : words) {
+        EXPECT_EQ(quote_word(name, word), 1);
+        EXPECT_EQ(word.view(), quoted);
+    }
+    BoundedString<4> narrow;
+    EXPECT_EQ(quote_word("abc", narrow), 1);
+    EXPECT_EQ(quote_word("abcd", narrow), 0);
+    EXPECT_EQ(quote_word("$", narrow), 1);
+    EXPECT_EQ(quote_word("$$", narrow), 0);
+    EXPECT_EQ(quote_word("'", narrow), 0);
+}
+
 TEST_F(Viewers, ADocumentIsOpenedWithZeroForSuccess) {
     const std::string document = home_.file("work/a $x.pdf");
     std::string unix_path = document;
