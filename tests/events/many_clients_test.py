@@ -1,0 +1,93 @@
+"""Eight clients that call the shell at once: each gets its own answer, and every command that is taken runs once."""
+
+import os
+import sys
+import unittest
+
+import dbus
+import dbus.lowlevel
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
+from harness import MAIN_LOOP, wait_until  # noqa: E402
+from service import Service  # noqa: E402
+
+CLIENTS = 8
+CALLS = 10000
+BUSY = "org.quillon.Shell1.Error.Busy"
+# Writes down its last word; a number N is the line and the message of its error, and an even one ends well. The word
+# "hold" waits until somebody opens the gate.
+ENGINE = """for word; do :; done
+echo "$word" >>'%s'
+echo "(./x.tex"
+[ "$word" = hold ] && { read line <'%s'; exit 0; }
+[ $((word %% 2)) = 0 ] && exit 0
+printf '! Fault number %%d.\\nl.%%d \\\\x\\n' "$word" "$word"
+exit 1
+"""
+
+
+class ManyClients(Service):
+    def setUp(self):
+        super().setUp()
+        self.journal, self.gate = os.path.join(self.home, "journal"), os.path.join(self.home, "gate")
+        os.mkfifo(self.gate)
+        self.script_tool(ENGINE % (self.journal, self.gate))
+        self.start_shell()
+
+    def ran(self):
+        """The last words of the commands that were run."""
+        with open(self.journal, encoding="utf-8") as file:
+            return file.read().split()
+
+    def call_in_turn(self, numbers):
+        """What one client is told of each of its runs, a call after the other."""
+        shell, told = self.shell_object(), []
+        for number in numbers:
+            status, result = shell.Run(dbus.ByteArray(b"pdftex x.tex %d" % number), dbus.ByteArray(os.fsencode(self.work)),
+                                       dbus.Dictionary({}, signature="sv"), timeout=300)
+            told.append((int(status), int(result.get("line", 0)), str(result.get("message", ""))))
+        return told
+
+    def test_a_thousand_runs_of_eight_clients_are_each_told_to_their_own(self):
+        numbers = [range(client, 1000, CLIENTS) for client in range(CLIENTS)]
+        threads = [self.in_background(lambda of=own: self.call_in_turn(of)) for own in numbers]
+        for own, thread in zip(numbers, threads):
+            thread.join(300)
+            self.assertEqual(thread.result, [(1, number, f"Fault number {number}.") if number % 2 else (0, 0, "")
+                                             for number in own])
+        self.assertEqual(sorted(map(int, self.ran())), list(range(1000)))
+
+    def test_ten_thousand_calls_during_a_run_are_each_refused_or_run_once(self):
+        first = self.in_background(lambda: self.shell_object().Exec("pdftex x.tex hold", self.work, timeout=300))
+        wait_until(lambda: os.path.exists(self.journal) and self.ran() == ["hold"], "the first run")
+        clients = [self.bus(MAIN_LOOP) for _ in range(CLIENTS)]
+        answers = [[] for _ in range(CALLS)]
+        for number, told in enumerate(answers):
+            call = dbus.lowlevel.MethodCallMessage("org.quillon.Shell", "/org/quillon/Shell", "org.quillon.Shell1", "Exec")
+            call.append(f"pdftex x.tex {number}", self.work)
+            clients[number % CLIENTS].send_message_with_reply(call, told.append, 600)
+        # What the queue does not hold is refused at once, and nothing that waits is run meanwhile.
+        wait_until(lambda: sum(map(bool, answers)) > CALLS - 512, "the refusals")
+        self.assertEqual(self.ran(), ["hold"])
+        self.assertIsNone(first.result)
+        with open(self.gate, "w", encoding="ascii") as gate:
+            gate.write("\n")
+        first.join(60)
+        self.assertEqual(first.result, 0)
+        wait_until(lambda: all(answers), "all answers", 300)
+        taken = []
+        for number, (reply, *more) in enumerate(answers):
+            self.assertEqual(more, [])
+            if reply.get_type() == dbus.lowlevel.MESSAGE_TYPE_ERROR:
+                self.assertEqual((reply.get_error_name(), reply.get_args_list()), (BUSY, ["too many events wait"]))
+            else:
+                self.assertEqual(reply.get_args_list(), [number % 2])
+                taken.append(str(number))
+        self.assertGreater(len(taken), 400)
+        self.assertEqual(sorted(self.ran()), sorted(taken + ["hold"]))
+        for client in clients:
+            client.close()
+
+
+if __name__ == "__main__":
+    unittest.main()
