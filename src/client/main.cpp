@@ -31,9 +31,12 @@ constexpr const char *usage =
     "quillon formats                      list the formats\n"
     "quillon edit +LINE FILE              open the chosen editor at that line\n"
     "quillon quit                         quit the shell\n"
-    "quillon --headless [--script FILE]   a shell without a display; FILE may be -\n"
-    "quillon --version\n"
-    "quillon --help\n";
+    "quillon --headless [--script FILE]   a shell without a display; FILE may be - for the standard input\n"
+    "quillon --version                    print the version\n"
+    "quillon --help                       print this text\n"
+    "Without a running shell, exec, find, locate and formats use one of their own, with a copy of the\n"
+    "preferences. Statuses: 64 words not understood, 69 no shell, 75 too many wait, 127 no such tool,\n"
+    "130 cancelled; for exec else the run's. See quillon(1).\n";
 
 int say_usage(const std::string &problem) {
     std::fprintf(stderr, "quillon: %s\nTry \"quillon --help\".\n", problem.c_str());

@@ -1,6 +1,7 @@
 """The quillon command against a shell played by this script, and against the real one where it was built."""
 
 import os
+import re
 import signal
 import subprocess
 import sys
@@ -10,7 +11,7 @@ import dbus
 import dbus.service
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
-from harness import BUILD, MAIN_LOOP, ServiceTest, stop, wait_until  # noqa: E402
+from harness import BUILD, FAKES, MAIN_LOOP, ServiceTest, stop, wait_until  # noqa: E402
 
 QUILLON = os.path.join(BUILD, "bin", "quillon")
 NAME = "org.quillon.Shell"
@@ -139,6 +140,23 @@ class WithoutShell(ClientTest):
     def test_version_and_help(self):
         self.assertRegex(self.quillon("--version")[1], r"^quillon \d+\.\d+\.\d+\n$")
         self.assertIn("quillon exec [OPTION...] WORD...", self.quillon("--help")[1])
+
+    def test_the_manual_names_every_form_and_option_of_the_help(self):
+        with open(os.path.join(FAKES, "..", "..", "resources", "man", "quillon.1"), encoding="utf-8") as file:
+            manual = file.read().replace("\\-", "-")
+        usage = self.quillon("--help")[1]
+        forms = [line.split()[1].strip("[]") for line in usage.splitlines() if line.startswith("quillon ")]
+        options = [word for line in usage.splitlines() if line.startswith(" ") for word in line.split() if word[0] == "-"]
+        self.assertLess({"exec", "find", "locate", "formats", "edit", "quit", "--headless"}, set(forms))
+        self.assertEqual(set(options), {"-C", "-f", "--view", "--edit"})
+        for name in forms + options:
+            self.assertRegex(manual, r"\\f[BI](quillon )?" + re.escape(name.rstrip(".")), name)
+        for status in re.findall(r"\b\d{2,3}\b", usage):
+            self.assertIn(f"\n.TP\n{status}\n", manual)
+
+    def test_a_folder_that_does_not_exist_is_a_word_that_is_not_understood(self):
+        status, _, error = self.quillon("exec", "-C", "/nowhere/at/all", "pdftex", "x")
+        self.assertEqual((status, error), (64, "quillon: there is no folder /nowhere/at/all\n"))
 
     def test_usage_errors(self):
         for words in (["exec"], ["exec", "-z", "x"], ["locate"], ["find", "a", "b"], ["edit", "x"], ["--bad"]):
