@@ -100,7 +100,8 @@ class Caller(Service):
         self.file("bad.tex", "\\undefined\n")
         self.assertEqual(self.shell_call("Exec", "pdftex bad.tex", self.work), [1])
         self.assert_fails("no tool has that name", self.shell_call, "Exec", "frobnicate x", "")
-        self.assert_fails("there is no folder /nowhere/at/all", self.shell_call, "Exec", "pdftex x.tex", "/nowhere/at/all")
+        self.assert_fails("there is no folder /nowhere/at/all", self.shell_call, "Exec", "pdftex x.tex",
+                          "/nowhere/at/all")
 
     def test_exec_raw(self):
         folder = self.folder_of_bytes()
@@ -120,7 +121,8 @@ class Caller(Service):
 
     def test_run_with_each_option(self):
         marks = {name: os.path.join(self.home, name) for name in ("viewed", "edited")}
-        programs = {name: self.file(name + ".sh", f"#!/bin/sh\ntouch '{mark}'\n", mode=0o755) for name, mark in marks.items()}
+        programs = {name: self.file(name + ".sh", f"#!/bin/sh\ntouch '{mark}'\n", mode=0o755)
+                    for name, mark in marks.items()}
         self.preferences(USEPDFTEX="1", AUTOVIEW="1", PDFVIEW=programs["viewed"], Editor=programs["edited"])
         bad = self.file("bad.tex", "\n\\undefined\n\\bye\n")
         self.start_shell()
@@ -200,7 +202,8 @@ class Caller(Service):
                          [0, {"----": ["TEXT", ""]}])
         self.assertEqual(self.event("QUIL", "frmt", what=("long", GLib.Variant("i", 1))), [-1708, {}])
         for name, value in (("Signature", "QUIL"), ("Name", "Quillon"), ("Path", self.shell_program())):
-            self.assertEqual(self.call(APPLICATION, "org.freedesktop.DBus.Properties", "Get", "org.quillon.App1", name), [value])
+            found = self.call(APPLICATION, "org.freedesktop.DBus.Properties", "Get", "org.quillon.App1", name)
+            self.assertEqual(found, [value])
 
     def test_the_interface_of_desktop_programs(self):
         self.start_shell()
@@ -220,7 +223,8 @@ class Caller(Service):
                 found[interface.get("name")] = interface
         for name, methods in METHODS.items():
             if not name.startswith("org.freedesktop.DBus."):
-                self.assertEqual({method.get("name"): signatures(method) for method in found[name].iter("method")}, methods)
+                self.assertEqual({method.get("name"): signatures(method) for method in found[name].iter("method")},
+                                 methods)
         self.assertEqual({signal.get("name"): signatures(signal)[0] + signatures(signal)[1]
                           for signal in found["org.quillon.Shell1"].iter("signal")},
                          {"ConsoleText": "s", "ConsoleTranscript": "b"})
@@ -228,8 +232,8 @@ class Caller(Service):
 
 def signatures(member):
     """What goes into a member and what comes out of it."""
-    return tuple("".join(argument.get("type") for argument in member.iter("arg") if argument.get("direction", "in") == way)
-                 for way in ("in", "out"))
+    arguments = [(argument.get("direction", "in"), argument.get("type")) for argument in member.iter("arg")]
+    return tuple("".join(kind for direction, kind in arguments if direction == way) for way in ("in", "out"))
 
 
 class Busctl(Caller):

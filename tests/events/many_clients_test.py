@@ -43,7 +43,8 @@ class ManyClients(Service):
         """What one client is told of each of its runs, a call after the other."""
         shell, told = self.shell_object(), []
         for number in numbers:
-            status, result = shell.Run(dbus.ByteArray(b"pdftex x.tex %d" % number), dbus.ByteArray(os.fsencode(self.work)),
+            command, folder = b"pdftex x.tex %d" % number, os.fsencode(self.work)
+            status, result = shell.Run(dbus.ByteArray(command), dbus.ByteArray(folder),
                                        dbus.Dictionary({}, signature="sv"), timeout=300)
             told.append((int(status), int(result.get("line", 0)), str(result.get("message", ""))))
         return told
@@ -63,7 +64,8 @@ class ManyClients(Service):
         clients = [self.bus(MAIN_LOOP) for _ in range(CLIENTS)]
         answers = [[] for _ in range(CALLS)]
         for number, told in enumerate(answers):
-            call = dbus.lowlevel.MethodCallMessage("org.quillon.Shell", "/org/quillon/Shell", "org.quillon.Shell1", "Exec")
+            call = dbus.lowlevel.MethodCallMessage("org.quillon.Shell", "/org/quillon/Shell", "org.quillon.Shell1",
+                                                   "Exec")
             call.append(f"pdftex x.tex {number}", self.work)
             clients[number % CLIENTS].send_message_with_reply(call, told.append, 600)
         # What the queue does not hold is refused at once, and nothing that waits is run meanwhile.

@@ -139,7 +139,8 @@ class RawEvents(Service):
 
     def test_find_is_acknowledged(self):
         for direct in (text("nosuchfile"), None, ("long", dbus.Int32(7))):
-            self.assertEqual(self.event("QUIL", "find", direct), (0, {"errs": ("TEXT", "TeX is processing your request.")}))
+            self.assertEqual(self.event("QUIL", "find", direct),
+                             (0, {"errs": ("TEXT", "TeX is processing your request.")}))
         self.assertEqual(self.printed_by("QUIL", "find", text("nosuchfile")),
                          "\nLooking for file <nosuchfile>.\nInput file not found.\n")
         self.assertEqual(self.event("QUIL", "find", text("x"), **EXTRA), (NOT_HANDLED, {}))
