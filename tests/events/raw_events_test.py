@@ -7,6 +7,7 @@ import unittest
 import dbus
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
+from harness import wait_until  # noqa: E402
 from service import PLAIN, Service  # noqa: E402
 
 NOT_HANDLED, NOT_FOUND, WRONG_TYPE = -1708, -1701, -1700
@@ -103,6 +104,30 @@ class RawEvents(Service):
     def test_quit_looks_at_no_parameters(self):
         self.assertEqual(self.event("aevt", "quit", text("x"), **EXTRA)[0], 0)
         self.assertEqual(self.running.wait(60), 0)
+
+    def test_quit_during_a_run_ends_the_shell_at_once_and_the_run_with_it(self):
+        run = self.start_endless()
+        self.assertEqual(self.event("aevt", "quit"), (0, {}))
+        self.assertEqual(self.running.wait(60), 0)
+        run.join(60)
+        self.assertEqual(run.result.get_dbus_name(), "org.freedesktop.DBus.Error.NoReply")
+        wait_until(lambda: not self.processes_of("endless.tex"), "the end of the run")
+        self.assertEqual(self.setting("RECENTFILE1"), os.path.join(self.work, "endless.tex"))
+
+    def test_events_that_want_no_reply_are_carried_out(self):
+        connection = self.bus()
+        own = connection.get_object("org.quillon.Shell", "/org/quillon/App", introspect=False)
+        direct = dbus.Dictionary({"----": dbus.Struct(text("nosuchfile"), signature="sv")}, signature="s(sv)")
+        begin = self.mark()
+        for event in (("QUIL", "loca"), ("QUIL", "frmt"), ("aevt", "pdoc"), ("core", "setd"), ("aevt", "ansr"),
+                      ("QUIL", "find"), ("QUIL", "exec")):
+            own.Event(*event, direct, dbus_interface="org.quillon.App1", signature="ssa{s(sv)}", ignore_reply=True)
+        # The bus brings the calls of one connection in their order, so this one is answered after them.
+        shell = connection.get_object("org.quillon.Shell", "/org/quillon/Shell")
+        self.assertEqual(shell.Formats(dbus_interface="org.quillon.Shell1"), "")
+        end = self.mark()
+        self.assertEqual(self.output().split(begin)[1].split(end)[0],
+                         "\nLooking for file <nosuchfile>.\nInput file not found.\n")
 
     def test_exec_answers_the_status(self):
         here = {"dest": ("fss ", self.work)}
