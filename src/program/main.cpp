@@ -9,6 +9,7 @@
 #include <string>
 
 #include "common/places.h"
+#include "common/run_notes.h"
 #include "common/spawn.h"
 #include "core/startup.h"
 #include "headless/headless.h"
@@ -147,6 +148,7 @@ int main(int argc, char **argv) {
     }
     if (arguments.is_private)
         TellClient();
+    common::end_left_runs();
     open_files(argc, argv, arguments.first_file);
     shell_main();
 }

@@ -79,8 +79,8 @@ extern OpenHints open_hints;
 // memFullErr when the host has no room for a process, fnfErr when the program is missing, permErr when it
 // cannot be started.
 OSErr LaunchApplication(LaunchParamBlockRec *block);
-// Ends a program launched from here at once, with every process of its group. procNotFound for any other
-// process.
+// Ends a program launched from here at once, with every process below it and of its group. It waits for the
+// end of a run's processes, two seconds at most. procNotFound for any other process.
 OSErr EndProcess(const ProcessSerialNumber *psn);
 // 1 when the process runs the program at SPEC, else 0. The canonical paths are compared, since many plain
 // programs share a signature.

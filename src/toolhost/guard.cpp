@@ -5,7 +5,6 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
-#include <dirent.h>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/ioctl.h>
@@ -17,45 +16,11 @@
 
 #include "common/argument_list.h"
 #include "common/descriptors.h"
+#include "common/process_tree.h"
 
 namespace toolhost {
 
 namespace {
-
-void kill_tree(pid_t process, int depth);
-
-// Kills the children of every thread of PROCESS.
-void kill_children(pid_t process, int depth) {
-    char folder[64];
-    std::snprintf(folder, sizeof folder, "/proc/%d/task", static_cast<int>(process));
-    DIR *const threads = opendir(folder);
-    if (!threads)
-        return;
-    while (const dirent *entry = readdir(threads)) {
-        if (entry->d_name[0] == '.')
-            continue;
-        char name[400];
-        std::snprintf(name, sizeof name, "%s/%s/children", folder, entry->d_name);
-        std::FILE *const list = std::fopen(name, "re");
-        if (!list)
-            continue;
-        int child;
-        while (std::fscanf(list, "%d", &child) == 1)
-            kill_tree(child, depth + 1);
-        std::fclose(list);
-    }
-    closedir(threads);
-}
-
-// Kills PROCESS and its descendants. A stopped process makes no more children, so each is stopped before its
-// children are looked for.
-void kill_tree(pid_t process, int depth) {
-    if (depth > 400 || process <= 1)
-        return;
-    kill(process, SIGSTOP);
-    kill_children(process, depth);
-    kill(process, SIGKILL);
-}
 
 void send_packet(int channel, GuardNews news, int value) {
     const GuardPacket packet{news, value};
@@ -190,6 +155,8 @@ pid_t start_program(Launch &mine, int *error) {
 [[noreturn]] void guard(const Launch &launch, int channel) {
     write_title();
     prctl(PR_SET_CHILD_SUBREAPER, 1);
+    // A guard that somebody has stopped does its work all the same once the host is dead.
+    prctl(PR_SET_PDEATHSIG, SIGCONT);
     setpgid(0, 0);
     sigset_t all;
     sigfillset(&all);
@@ -205,7 +172,10 @@ pid_t start_program(Launch &mine, int *error) {
     sigemptyset(&child_signal);
     sigaddset(&child_signal, SIGCHLD);
     const int children = moved_up(signalfd(-1, &child_signal, SFD_NONBLOCK | SFD_CLOEXEC));
-    common::close_others({link, mine.terminal, mine.output, mine.record, children});
+    // The guard carries the mark of the run too: who ends what a dead host has left waits for its guard.
+    if (mine.record >= 0)
+        dup3(mine.record, common::run_descriptor, O_CLOEXEC);
+    common::close_others({link, mine.terminal, mine.output, mine.record, children, common::run_descriptor});
 
     int error = 0;
     const pid_t program = start_program(mine, &error);
@@ -228,7 +198,7 @@ pid_t start_program(Launch &mine, int *error) {
 
 void kill_descendants(pid_t watched, int *status, bool *reaped) {
     for (;;) {
-        kill_children(getpid(), 0);
+        common::kill_below(getpid());
         int its_status = 0;
         pid_t child;
         // A process that cannot die yet, because it waits for a disk, is looked at again a moment later.

@@ -11,6 +11,7 @@
 #include <sys/types.h>
 #include <vector>
 
+#include "common/run_notes.h"
 #include "toolhost/kept_output.h"
 
 namespace toolhost {
@@ -27,7 +28,8 @@ struct Launch {
     int record = -1; // becomes its descriptor edit_descriptor
 };
 
-constexpr int edit_descriptor = 9;
+// The record is also the second mark of a run's processes (run_notes.h).
+constexpr int edit_descriptor = common::run_descriptor;
 
 // What the guard reports. Each report is one packet on the channel.
 enum class GuardNews : int {

@@ -66,6 +66,9 @@ Run::Run(sd_event *event, const common::Bundle &bundle, RunOwner &owner)
 
 Run::~Run() {
     close_down();
+    // A run that is given up leaves its note: its guard is still at work.
+    if (note_.file >= 0)
+        close(note_.file);
 }
 
 std::uint64_t Run::milliseconds() const {
@@ -231,7 +234,9 @@ void Run::watch(int descriptor, sd_event_source *&source, sd_event_io_handler_t 
 }
 
 bool Run::launch(const std::string &program, int slave) {
-    record_ = memfd_create("edit", MFD_CLOEXEC);
+    common::end_left_runs();
+    note_ = common::leave_note();
+    record_ = memfd_create(common::memory_file_name(note_.mark).c_str(), MFD_CLOEXEC);
     Launch launch;
     launch.program = program;
     launch.words = engine_.words;
@@ -241,6 +246,8 @@ bool Run::launch(const std::string &program, int slave) {
     Variables environment = run_environment(bundle_, engine_.words, engine_.space, delimiter_);
     if (is_engine_)
         offer_formats(program, environment);
+    if (!note_.mark.empty())
+        environment[common::run_variable] = note_.mark;
     for (const auto &[name, value] : environment)
         launch.environment.push_back(name + "=" + value);
     launch.folder = engine_.folder;

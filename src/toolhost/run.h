@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "common/bundle.h"
+#include "common/run_notes.h"
 #include "toolhost/format_copies.h"
 #include "toolhost/kept_output.h"
 #include "toolhost/prompt.h"
@@ -139,6 +140,7 @@ class Run {
     std::size_t echo_due_ = 0; // bytes typed that the terminal will repeat
     int channel_ = -1;
     int record_ = -1;
+    common::RunNote note_;
     pid_t guard_ = 0;
     int status_ = 0;
     int stage_ = 0; // how many of the stopping signals were sent

@@ -73,6 +73,7 @@ void Run::finish() {
     if (parser_)
         settle_kept_output();
     dismiss_guard();
+    common::remove_note(note_);
     const ErrorPlace place = error_place(&outcome.edit);
     if (outcome.edit)
         outcome.message = place.message;

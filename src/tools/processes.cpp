@@ -24,6 +24,9 @@ AppParameters myHLEvent = {};
 NMRec gNotifyRec = {};
 
 static unsigned char process_name[64];
+// The ticks that a tool has to end by itself once it is told to quit. A tool host takes two seconds at most
+// to end a program that ignores signals.
+static constexpr std::uint32_t quit_patience = 180;
 
 // Looks for a process with SIGNATURE. Returns 1 and its serial number, or 0.
 static int scan(OSType signature, ProcessSerialNumber *psn) {
@@ -156,6 +159,14 @@ void TerminateApp(OSType signature) {
     send_quit_request(typeApplSignature, &signature, sizeof signature);
 }
 
+// Ends a tool that does not quit. It can no longer report that its run was cancelled, so that is said here.
+static void end_tool(const ProcessSerialNumber *psn) {
+    if (EndProcess(psn) != noErr || job_outcome != job_cancelled)
+        return;
+    exit_status = 1;
+    ml_printf("\nProcessing cancelled by user.\n\n");
+}
+
 int KillApp(const char *app) {
     OSType signature = 0;
     ProcessSerialNumber psn;
@@ -164,10 +175,13 @@ int KillApp(const char *app) {
     if (!IsSigRunning(signature, &psn))
         return procNotFound;
     SendQuit(app);
+    std::uint32_t since = TickCount();
     while (IsSigRunning(signature, &psn)) {
-        // A tool that does not go is ended by whoever has waited long enough.
-        if (CheckEventQueueForUserCancel())
-            EndProcess(&psn);
+        // A tool that does not go is ended when it has been waited for long enough, or the person has.
+        if (CheckEventQueueForUserCancel() || TickCount() - since >= quit_patience) {
+            end_tool(&psn);
+            since = TickCount();
+        }
         if (!main_event(everyEvent))
             front->tool_wait();
     }

@@ -26,8 +26,9 @@ int DoMyLaunch(const char *app, ProcessSerialNumber *psn_out, int bring_to_front
 // Returns 1 when an application with SIGNATURE runs, else 0. PSN_OUT (may be null) then receives its serial
 // number.
 int IsSigRunning(OSType signature, ProcessSerialNumber *psn_out);
-// Asks APP to quit and handles events until it no longer runs. Returns procNotFound (-600) then, or 0 at once
-// when APP has no signature.
+// Asks APP to quit and handles events until it no longer runs. One launched from here that takes longer than
+// three seconds, or for which the person presses Escape, is ended with all that it runs; a cancelled run is
+// then said to be one. Returns procNotFound (-600) then, or 0 at once when APP has no signature.
 int KillApp(const char *app);
 // Sends a quit request to APP when it runs, and does not wait.
 void SendQuit(const char *app);

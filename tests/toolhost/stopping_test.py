@@ -6,7 +6,8 @@ import sys
 import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
-from harness import BINARIES, HostTest, code, log_of, wait_until  # noqa: E402
+from harness import BINARIES, HostTest, alive, code, log_of, wait_until  # noqa: E402
+from harness.processes import parent_of  # noqa: E402
 
 
 class Stopping(HostTest):
@@ -235,6 +236,24 @@ class Stopping(HostTest):
         os.kill(guard, signal.SIGKILL)
         reply = tool.reply()
         self.assertEqual(reply["----"], 128 + signal.SIGKILL)
+        self.assert_gone(*pids)
+
+    def test_the_next_run_ends_what_a_host_and_its_guard_have_left(self):
+        # The shell of this test does nothing for it.
+        tool, pids = self.outliving()
+        for owner in (tool.process.pid, parent_of(pids[0])):
+            os.kill(owner, signal.SIGKILL)
+        tool.process.wait()
+        self.assertEqual(self.shell_tool("exit 0\n").run("x")["----"], 0)
+        self.assert_gone(*pids)
+        self.assertEqual(os.listdir(os.path.join(self.home, "run", "quillon", "runs")), [])
+
+    def test_a_run_that_still_has_its_host_is_left_alone(self):
+        tool, pids = self.outliving()
+        self.assertEqual(self.shell_tool("exit 0\n").run("x")["----"], 0)
+        self.assertTrue(all(alive(pid) for pid in pids))
+        self.assertFalse(tool.gone())
+        tool.kill()
         self.assert_gone(*pids)
 
     def test_a_cancelled_run_leaves_nothing(self):

@@ -12,6 +12,7 @@
 
 #include "common/bundle.h"
 #include "common/host_files.h"
+#include "common/run_notes.h"
 #include "common/session_bus.h"
 #include "linux/events/ae_receive.h"
 #include "linux/events/event_sources.h"
@@ -193,9 +194,12 @@ void watch_bus_names(sd_bus *bus) {
 
 static int on_exit(sd_event_source *source, int, std::uint32_t, void *context) {
     Launched *const program = static_cast<Launched *>(context);
-    siginfo_t info;
+    siginfo_t info = {};
     // The descriptor becomes readable when the process has ended; waitid removes it from the host's table.
     waitid(P_PIDFD, static_cast<id_t>(program->descriptor), &info, WEXITED);
+    // A tool host that was killed may have left processes of its run: its guard may be dead too.
+    if (info.si_code != CLD_EXITED)
+        common::end_left_runs();
     sd_event_source_unref(source);
     close(program->descriptor);
     program->source = nullptr;

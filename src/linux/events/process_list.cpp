@@ -12,6 +12,7 @@
 #include "common/activation.h"
 #include "common/path_forms.h"
 #include "common/places.h"
+#include "common/process_tree.h"
 #include "common/session_bus.h"
 #include "front/front.h"
 #include "linux/events/event_sources.h"
@@ -186,9 +187,10 @@ OSErr SetFrontProcess(const ProcessSerialNumber *psn) {
 OSErr EndProcess(const ProcessSerialNumber *psn) {
     const pid_t pid = static_cast<pid_t>(psn->lowLongOfPSN);
     const Launched *const program = psn->highLongOfPSN == psn_launched ? find_launched(pid) : nullptr;
-    if (!program || program->exited || kill(-pid, SIGKILL) != 0)
+    if (!program || program->exited)
         return procNotFound;
-    return noErr;
+    common::end_tool(pid);
+    return kill(-pid, SIGKILL) == 0 ? static_cast<OSErr>(noErr) : static_cast<OSErr>(procNotFound);
 }
 
 int ProcessIsProgram(const ProcessSerialNumber *psn, const FSSpec *spec) {
