@@ -23,6 +23,8 @@ class FollowersTest(Service):
             return int(file.read().split()[1]) * os.sysconf("SC_PAGE_SIZE")
 
     def test_one_that_does_not_read_is_let_go_and_one_that_reads_gets_all(self):
+        # Under the sanitizers memory that was freed is kept for a while.
+        self.environment["ASAN_OPTIONS"] = "quarantine_size_mb=1"
         shell = self.start_shell()
         self.file("much.tex", MUCH % LINES)
         before = self.memory(self.daemon.pid)
@@ -44,7 +46,7 @@ class FollowersTest(Service):
         self.assertEqual(run.result, 0)
         self.assertLess(most[0] - before, 32 * MEGABYTE, "the bus keeps what nobody reads")
         # The service itself keeps 16 MB of text, and a half more before it cuts.
-        self.assertLess(self.memory(shell.pid), 100 * MEGABYTE)
+        self.assertLess(self.memory(shell.pid), 160 * MEGABYTE)
         deaf.close()
 
     def shell_on(self, connection):
