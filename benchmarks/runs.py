@@ -78,7 +78,8 @@ class Runs:
                 file.write(LATEX)
         for makefile, command in (("with", f"{QUILLON} exec pdflatex"), ("without", "pdflatex")):
             with open(os.path.join(self.work, makefile), "w", encoding="ascii") as file:
-                file.write(f"all: {' '.join(names)}\n%: FORCE\n\t@{command} $@.tex > $@.said < /dev/null\nFORCE:\n")
+                file.write(f".PHONY: all {' '.join(names)}\nall: {' '.join(names)}\n"
+                           f"{' '.join(names)}:\n\t@{command} $@.tex > $@.said < /dev/null\n")
 
         def make(makefile):
             subprocess.run(["make", "-s", "-j2", "-f", makefile, "all"], cwd=self.work, check=True)
