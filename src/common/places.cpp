@@ -92,6 +92,19 @@ std::string program_of_process(pid_t process) {
     return target_of_link("/proc/" + std::to_string(process) + "/exe");
 }
 
+static std::string text_of_process(pid_t process, const char *file) {
+    constexpr std::size_t longest = 4 * 1024 * 1024;
+    return read_file("/proc/" + std::to_string(process) + "/" + file, longest);
+}
+
+std::string words_of_process(pid_t process) {
+    return text_of_process(process, "cmdline");
+}
+
+std::string variables_of_process(pid_t process) {
+    return text_of_process(process, "environ");
+}
+
 std::string own_program() {
     return target_of_link("/proc/self/exe");
 }

@@ -35,6 +35,10 @@ bool make_private_folder(const std::string &path);
 
 // Returns the path of the executable of a process. Empty when the process has ended or is another user's.
 std::string program_of_process(pid_t process);
+// Return the words that a process was started with, and its variables (NAME=value) as they were then, each
+// with a zero byte behind it. Empty when the process has ended or is another user's. At most 4 MiB are read.
+std::string words_of_process(pid_t process);
+std::string variables_of_process(pid_t process);
 // Return the executable of this process, and the folder LEVELS above it.
 std::string own_program();
 std::string above_own_program(int levels);

@@ -12,7 +12,6 @@
 #include <vector>
 
 #include "common/clock.h"
-#include "common/host_files.h"
 #include "common/places.h"
 #include "common/process_tree.h"
 
@@ -20,7 +19,6 @@ namespace common {
 
 namespace {
 
-constexpr std::size_t largest_environment = 4 * 1024 * 1024;
 constexpr std::uint64_t patience = 1000000; // microseconds
 constexpr timespec pause_between_looks = {0, 1000000};
 constexpr const char *beginning = "run-";
@@ -56,7 +54,7 @@ bool carries(pid_t process, const std::vector<std::string> &marks) {
     struct stat status;
     if (stat(folder.c_str(), &status) != 0 || status.st_uid != geteuid())
         return false;
-    const std::string variables = '\0' + read_file(folder + "/environ", largest_environment) + '\0';
+    const std::string variables = '\0' + variables_of_process(process) + '\0';
     char target[256];
     const ssize_t size =
         readlink((folder + "/fd/" + std::to_string(run_descriptor)).c_str(), target, sizeof target);

@@ -17,7 +17,6 @@
 #include "common/bundle.h"
 #include "common/clock.h"
 #include "common/event_codec.h"
-#include "common/host_files.h"
 #include "common/path_forms.h"
 #include "common/places.h"
 #include "common/session_bus.h"
@@ -27,7 +26,6 @@ namespace helpers {
 
 namespace {
 
-constexpr std::size_t longest_command_line = 1 << 17;
 constexpr std::uint64_t ask_microseconds = 1'000'000;
 constexpr std::uint64_t launch_microseconds = 30'000'000;
 
@@ -152,8 +150,7 @@ class StartNote {
         pid_t process = 0;
         if (descriptor_ < 0 || pread(descriptor_, &process, sizeof process, 0) != sizeof process)
             return 0;
-        const std::string words =
-            common::read_file("/proc/" + std::to_string(process) + "/cmdline", longest_command_line);
+        const std::string words = common::words_of_process(process);
         return words.find(bundle_ + "/Contents/") != std::string::npos ? process : 0;
     }
     void keep(pid_t process) const {

@@ -7,7 +7,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "common/host_files.h"
 #include "common/path_forms.h"
 #include "common/places.h"
 #include "common/session_bus.h"
@@ -20,8 +19,6 @@
 namespace helpers {
 
 namespace {
-
-constexpr std::size_t longest_command_line = 1 << 17;
 
 // True when WORD, seen from the working folder of PROCESS, is DOCUMENT or its URI.
 bool names(const std::string &word, const std::string &process, const std::string &document) {
@@ -37,7 +34,7 @@ bool shows(const std::string &process, pid_t id, const common::ViewerRow &row, c
     struct stat owner;
     if (stat(process.c_str(), &owner) != 0 || owner.st_uid != getuid())
         return false;
-    const std::string line = common::read_file(process + "/cmdline", longest_command_line);
+    const std::string line = common::words_of_process(id);
     // A script's own name is the second word, behind that of its interpreter.
     const std::string first = line.c_str();
     const std::size_t second = std::min(line.size(), first.size() + 1);

@@ -27,7 +27,7 @@
 using namespace quillon;
 
 struct Arguments {
-    bool headless = false, service = false, is_private = false;
+    bool headless = false, is_private = false;
     const char *script = nullptr;
     int first_file = 0;
 };
@@ -44,7 +44,7 @@ static bool parse(int argc, char **argv, Arguments *arguments) {
         if (std::strcmp(argv[i], "--headless") == 0)
             arguments->headless = true;
         else if (std::strcmp(argv[i], "--service") == 0)
-            arguments->service = true;
+            continue; // a headless shell without script and files serves until it is told to quit
         else if (std::strcmp(argv[i], "--private") == 0)
             arguments->is_private = arguments->headless = true;
         else if (std::strcmp(argv[i], "--script") == 0 && i + 1 < argc)

@@ -11,7 +11,7 @@
 #include <list>
 
 #include "common/bundle.h"
-#include "common/host_files.h"
+#include "common/places.h"
 #include "common/run_notes.h"
 #include "common/session_bus.h"
 #include "linux/events/ae_receive.h"
@@ -28,7 +28,6 @@ std::list<Peer> bus_peers;
 int tool_waits = 0;
 
 static constexpr std::uint32_t name_patience = 120; // ticks
-static constexpr std::size_t largest_environment = 4 * 1024 * 1024;
 
 Launched *find_launched(pid_t pid) {
     for (Launched &program : launched_programs)
@@ -99,8 +98,7 @@ static int on_properties(sd_bus_message *reply, void *context, sd_bus_error *) {
 // True for a program that another shell launched. It serves that one alone.
 static bool serves_another_shell(pid_t pid) {
     constexpr std::string_view name = "QUILLON_SHELL_PID=";
-    const std::string variables =
-        '\0' + common::read_file("/proc/" + std::to_string(pid) + "/environ", largest_environment);
+    const std::string variables = '\0' + common::variables_of_process(pid);
     const std::size_t found = variables.find('\0' + std::string(name));
     return found != std::string::npos && std::atoi(variables.c_str() + found + 1 + name.size()) != getpid();
 }
