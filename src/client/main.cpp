@@ -55,13 +55,15 @@ int headless(const Words &words) {
 int open_or_start(const Words &files) {
     client::ensure_preferences();
     sd_bus *const bus = common::open_session_bus();
-    if (bus && client::shell_runs(bus)) {
+    const bool display = std::getenv("DISPLAY") || std::getenv("WAYLAND_DISPLAY");
+    // A person at a display gets a window, whatever shell without one serves others.
+    if (bus && client::shell_runs(bus) && (!display || client::shell_has_window(bus))) {
         const int status = client::open_files(bus, files);
         sd_bus_flush_close_unref(bus);
         return status;
     }
     Words words;
-    if (!std::getenv("DISPLAY") && !std::getenv("WAYLAND_DISPLAY"))
+    if (!display)
         words.push_back("--headless");
     for (const std::string &file : files)
         words.push_back(common::from_working_folder(file));

@@ -10,7 +10,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "client/shell_calls.h"
 #include "client/start.h"
 #include "common/session_bus.h"
 #include "common/spawn.h"
@@ -37,10 +36,10 @@ std::string read_line(int socket) {
 } // namespace
 
 bool reach_shell(Shell &shell) {
-    if (shell_runs(shell.bus)) {
-        shell.name = common::shell_name;
+    // By its own name, since the well-known one can pass on to another shell during a command.
+    shell.name = common::owner_of_name(shell.bus, common::shell_name);
+    if (!shell.name.empty())
         return true;
-    }
     int ends[2];
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
         std::perror("quillon");

@@ -50,6 +50,13 @@ bool shell_runs(sd_bus *bus) {
     return common::name_has_owner(bus, shell_name);
 }
 
+bool shell_has_window(sd_bus *bus) {
+    int window = 1;
+    sd_bus_get_property_trivial(bus, shell_name, shell_path, shell_interface, "Window", nullptr, 'b',
+                                &window);
+    return window != 0;
+}
+
 int no_shell() {
     std::fprintf(stderr, "quillon: the shell is not running; start it with \"quillon\"\n");
     return status_unavailable;
@@ -129,27 +136,42 @@ int list_formats(const Shell &shell) {
     return status;
 }
 
+namespace {
+
+// The shell that was told to quit.
+struct Leaving {
+    std::string owner;
+    bool freed = false;
+};
+
+int on_new_owner(sd_bus_message *signal, void *data, sd_bus_error *) {
+    auto &shell = *static_cast<Leaving *>(data);
+    const char *name, *before, *owner = "";
+    if (sd_bus_message_read(signal, "sss", &name, &before, &owner) > 0 && before == shell.owner)
+        shell.freed = true;
+    return 0;
+}
+
+} // namespace
+
 int quit_shell(sd_bus *bus) {
     sd_bus_error error = SD_BUS_ERROR_NULL;
-    bool freed = false;
-    const auto on_change = [](sd_bus_message *signal, void *seen, sd_bus_error *) {
-        const char *name, *before, *owner = "";
-        if (sd_bus_message_read(signal, "sss", &name, &before, &owner) > 0)
-            *static_cast<bool *>(seen) = *owner == '\0';
-        return 0;
-    };
+    Leaving shell;
     const std::string rule = std::string("type='signal',sender='org.freedesktop.DBus',"
                                          "member='NameOwnerChanged',arg0='") +
                              shell_name + "'";
-    sd_bus_add_match(bus, nullptr, rule.c_str(), on_change, &freed);
-    const int result =
-        sd_bus_call_method(bus, shell_name, shell_path, shell_interface, "Quit", &error, nullptr, "");
+    sd_bus_add_match(bus, nullptr, rule.c_str(), on_new_owner, &shell);
+    shell.owner = common::owner_of_name(bus, shell_name);
+    if (shell.owner.empty())
+        return 0;
+    const int result = sd_bus_call_method(bus, shell.owner.c_str(), shell_path, shell_interface, "Quit",
+                                          &error, nullptr, "");
     // A shell that goes away without an answer has quit.
     const bool gone = sd_bus_error_has_name(&error, SD_BUS_ERROR_NO_REPLY);
     const int status = result < 0 && !gone ? say_error(error) : 0;
     sd_bus_error_free(&error);
     if (status == 0)
-        common::serve_until(bus, common::now_microseconds() + quit_microseconds, [&] { return freed; });
+        common::serve_until(bus, common::now_microseconds() + quit_microseconds, [&] { return shell.freed; });
     return status;
 }
 

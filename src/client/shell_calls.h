@@ -14,6 +14,8 @@ struct Shell;
 
 // True when a shell has its name on the bus.
 bool shell_runs(sd_bus *bus);
+// True unless the shell that runs says that it has no window.
+bool shell_has_window(sd_bus *bus);
 // Asks the shell to open every file and to come forward. FILES are POSIX paths, relative ones in the working
 // folder. Waits for no answer; the status is 1 when a file is not there or cannot be sent.
 int open_files(sd_bus *bus, const std::vector<std::string> &files);

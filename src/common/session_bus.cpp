@@ -51,6 +51,17 @@ bool name_has_owner(sd_bus *bus, const char *name) {
     return owned != 0;
 }
 
+std::string owner_of_name(sd_bus *bus, const char *name) {
+    sd_bus_message *reply = nullptr;
+    const char *owner = "";
+    if (sd_bus_call_method(bus, bus_name, bus_path, bus_interface, "GetNameOwner", nullptr, &reply, "s",
+                           name) >= 0)
+        sd_bus_message_read(reply, "s", &owner);
+    std::string result = owner;
+    sd_bus_message_unref(reply);
+    return result;
+}
+
 std::vector<std::string> application_names(sd_bus *bus) {
     std::vector<std::string> names;
     sd_bus_message *reply = nullptr;

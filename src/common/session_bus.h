@@ -41,6 +41,8 @@ void leave_own_bus();
 sd_bus *open_session_bus();
 // True when a program on the bus owns NAME now. A question that fails counts as no.
 bool name_has_owner(sd_bus *bus, const char *name);
+// Returns the unique name of the program that owns NAME now. Empty when there is none, or no answer.
+std::string owner_of_name(sd_bus *bus, const char *name);
 // Returns the bus names of the applications that are on the bus now. Empty when the bus does not answer.
 std::vector<std::string> application_names(sd_bus *bus);
 // Sends MESSAGE as one that wants no answer, waits until the bus has it, and releases it. RESULT is the

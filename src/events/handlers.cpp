@@ -176,10 +176,15 @@ static std::uint8_t wish(const AppleEvent *event, OSType keyword, std::uint8_t o
     return value != 0;
 }
 
-// Puts the first error of the run into the reply.
-static void put_first_error(AppleEvent *reply) {
+// Puts into the reply what a client is told beyond the status: the tool's exit code and the run's first
+// error.
+static void put_result(AppleEvent *reply) {
     BoundedString<1024> posix_path;
-    if (!expects_reply(reply) || job_error_file.empty())
+    if (!expects_reply(reply))
+        return;
+    const std::int32_t code = exit_status == 0 || job_exit_code == 0 ? exit_status : job_exit_code;
+    AEPutParamPtr(reply, four("code"), typeLongInteger, &code, sizeof code);
+    if (job_error_file.empty())
         return;
     put_text(reply, four("errf"), UnixFileToPosixFile(job_error_file.c_str(), posix_path));
     put_text(reply, four("errm"), job_error_message.c_str());
@@ -195,8 +200,7 @@ OSErr HandleAppleScript(const AppleEvent *event, AppleEvent *reply, std::int32_t
     SetCurrDirFromParameter(mycommand);
     const std::uint8_t views = wish(event, four("view"), !nobody_answers),
                        edits = wish(event, four("edit"), 1);
-    std::int32_t wants_error = 0;
-    AEGetParamPtr(event, four("rslt"), typeLongInteger, &wants_error, sizeof wants_error, nullptr);
+    const std::uint8_t wants_result = wish(event, four("rslt"), 0);
     if ((error = RequiredCheck(event)) != noErr) {
         ml_printf("I missed something.\n");
         return error;
@@ -204,12 +208,13 @@ OSErr HandleAppleScript(const AppleEvent *event, AppleEvent *reply, std::int32_t
     job_views = views;
     job_edits = edits;
     job_error_file.clear();
+    job_exit_code = 0;
     DoAppleScript();
     job_views = !nobody_answers;
     job_edits = 1;
     tell_outcome();
-    if (wants_error)
-        put_first_error(reply);
+    if (wants_result)
+        put_result(reply);
     if (expects_reply(reply))
         AEPutParamPtr(reply, keyDirectObject, typeLongInteger, &exit_status, sizeof exit_status);
     return noErr;

@@ -11,6 +11,7 @@ std::uint8_t nobody_answers = 0;
 BoundedString<256> job_error_file;
 std::int32_t job_error_line = 0;
 BoundedString<1024> job_error_message;
+std::int32_t job_exit_code = 0;
 
 static int depth = 0;
 

@@ -26,6 +26,8 @@ extern std::uint8_t nobody_answers;
 extern BoundedString<256> job_error_file;
 extern std::int32_t job_error_line;
 extern BoundedString<1024> job_error_message;
+// The exit code that the last tool of the job reported, where exit_status says only whether it was 0.
+extern std::int32_t job_exit_code;
 
 // Long loops call this procedure where they could poll for events. It does nothing.
 void checkEvt();

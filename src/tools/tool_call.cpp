@@ -80,8 +80,9 @@ static int get_long(const AppleEvent *event, OSType keyword, std::int32_t *value
 }
 
 static void take_exit_code(const AppleEvent *event) {
-    std::int32_t code = 0;
-    exit_status = get_long(event, keyDirectObject, &code) && code == 0 ? 0 : 1;
+    if (!get_long(event, keyDirectObject, &job_exit_code))
+        job_exit_code = 1;
+    exit_status = job_exit_code == 0 ? 0 : 1;
 }
 
 // Tells whether a log file lies in the folder of the tools' transcripts. No other file is shown and deleted.

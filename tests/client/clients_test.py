@@ -20,11 +20,8 @@ def default_signals():
         signal.signal(number, signal.SIG_DFL)
 
 
-class Clients(Applications, ServiceTest):
-    def setUp(self):
-        super().setUp()
-        self.prepare()
-        self.preferences(USEPDFTEX="1")
+class Starts:
+    """Starts clients, beside a test's home and bus."""
 
     def start(self, *words, **more):
         process = subprocess.Popen([QUILLON, *words], cwd=self.work, env=self.environment, stdin=subprocess.DEVNULL,
@@ -40,6 +37,13 @@ class Clients(Applications, ServiceTest):
 
     def quillon(self, *words):
         return self.finish(self.start(*words))
+
+
+class Clients(Starts, Applications, ServiceTest):
+    def setUp(self):
+        super().setUp()
+        self.prepare()
+        self.preferences(USEPDFTEX="1")
 
     def nothing_is_left(self):
         for program in ("quillon-shell", "pdftex", "Linux/"):
@@ -269,7 +273,7 @@ class Shared(Clients):
             self.assertEqual(self.output().count(f"this is {number}\n"), 1)
 
 
-class BesideAWindow(DesktopTest):
+class BesideAWindow(Starts, DesktopTest):
     def test_a_run_of_a_client_asks_nobody_and_takes_no_keyboard(self):
         self.preferences(USEPDFTEX="1", Editor="/usr/bin/false", AUTOVIEW="1", PDFVIEW="/usr/bin/false")
         self.file("bad.tex", "text\n\\undefined\n\\bye\n")
@@ -278,6 +282,30 @@ class BesideAWindow(DesktopTest):
         self.assertEqual((done.returncode, done.stderr), (1, f"{self.work}/bad.tex:2: Undefined control sequence.\n"))
         self.assertEqual(self.active(), self.window)
         self.assertIn("! Undefined control sequence.", self.console())
+
+    def test_a_person_gets_a_window_beside_a_shell_without_one(self):
+        self.preferences(USEPDFTEX="1", AUTOVIEW="0")
+        self.file("endless.tex", ENDLESS)
+        self.file("good.tex", "good\\bye\n")
+        service = self.start_shell("--service")
+        own = self.bus()
+        first = own.get_name_owner(NAME)
+        client = self.start("exec", "pdftex", "endless")
+        wait_until(lambda: self.running_as("pdftex", "endless"), "the engine of the service")
+        self.start_window("^Quillon$", QUILLON)
+        person = self.running
+        wait_until(lambda: own.get_name_owner(NAME) != first, "the name with the window")
+        # The window serves whoever comes; what the other shell does goes on.
+        self.assertEqual(self.quillon("exec", "pdftex", "good.tex")[0], 0)
+        self.assertIsNone(client.poll())
+        self.assertEqual(self.quillon("quit")[0], 0)
+        wait_until(lambda: person.poll() is not None, "the window gone")
+        self.assertEqual(own.get_name_owner(NAME), first)
+        self.assertIsNone(client.poll())
+        client.send_signal(signal.SIGINT)
+        self.assertEqual(self.finish(client)[0], 130)
+        self.assertEqual(self.quillon("quit")[0], 0)
+        wait_until(lambda: service.poll() is not None, "the service gone")
 
 
 del Clients

@@ -23,7 +23,7 @@ echo "(./x.tex"
 [ "$word" = hold ] && { read line <'%s'; exit 0; }
 [ $((word %% 2)) = 0 ] && exit 0
 printf '! Fault number %%d.\\nl.%%d \\\\x\\n' "$word" "$word"
-exit 1
+exit $((word %% 251 + 2))
 """
 
 
@@ -55,7 +55,7 @@ class ManyClients(Service):
         threads = [self.in_background(lambda of=own: self.call_in_turn(of)) for own in numbers]
         for own, thread in zip(numbers, threads):
             thread.join(300)
-            self.assertEqual(thread.result, [(1, number, f"Fault number {number}.") if number % 2 else (0, 0, "")
+            self.assertEqual(thread.result, [(number % 251 + 2, number, f"Fault number {number}.") if number % 2 else (0, 0, "")
                                              for number in own])
         self.assertEqual(sorted(map(int, self.ran())), list(range(1000)))
 

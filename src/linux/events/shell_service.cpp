@@ -18,6 +18,10 @@
 
 namespace quillon {
 
+static int has_window() {
+    return std::strcmp(front->name, "desktop") == 0;
+}
+
 static std::unique_ptr<common::Followers> followers;
 static common::Utf8Feed feed;
 
@@ -97,7 +101,7 @@ static int append_bytes_entry(sd_bus_message *message, const char *name, const s
     return result < 0 ? result : sd_bus_message_close_container(message);
 }
 
-// Answers with the status of the run, and with the file, line and message of its first error.
+// Answers with the exit code of the tool, and with the file, line and message of its first error.
 static void answer_run(sd_bus_message *call, OSErr result, const AppleEvent *reply) {
     std::int32_t status = 0, line = 0;
     sd_bus_message *answer = nullptr;
@@ -107,6 +111,7 @@ static void answer_run(sd_bus_message *call, OSErr result, const AppleEvent *rep
     common::Utf8Feed valid;
     const std::string message = valid.take(reply_text(reply, four("errm"))) + valid.finish();
     AEGetParamPtr(reply, four("errl"), typeLongInteger, &line, sizeof line, nullptr);
+    AEGetParamPtr(reply, four("code"), typeLongInteger, &status, sizeof status, nullptr);
     sd_bus_message_append(answer, "i", status);
     sd_bus_message_open_container(answer, 'a', "{sv}");
     if (!file.empty()) {
@@ -235,7 +240,7 @@ static int method_run(sd_bus_message *call, void *, sd_bus_error *error) {
 static int method_answerers(sd_bus_message *call, void *, sd_bus_error *) {
     const std::string &client = answering_client();
     // A command with options is its client's: only that one can answer, if it said so.
-    const int person = std::strcmp(front->name, "desktop") == 0 && !client_command_runs();
+    const int person = has_window() && !client_command_runs();
     return client.empty() ? sd_bus_reply_method_return(call, "bas", person, 0)
                           : sd_bus_reply_method_return(call, "bas", person, 1, client.c_str());
 }
@@ -308,7 +313,7 @@ static int method_quit(sd_bus_message *call, void *, sd_bus_error *) {
 // A shell with a window waits for no follower. Without one, a client that reads is waited for, so that it
 // gets the whole of a long transcript.
 static std::function<void()> wait_a_moment() {
-    if (std::strcmp(front->name, "desktop") == 0)
+    if (has_window())
         return nullptr;
     return [] { LoopSleep(10); };
 }
@@ -328,8 +333,14 @@ static int method_follow(sd_bus_message *call, void *, sd_bus_error *) {
     return sd_bus_reply_method_return(call, "");
 }
 
+static int get_window(sd_bus *, const char *, const char *, const char *, sd_bus_message *reply, void *,
+                      sd_bus_error *) {
+    return sd_bus_message_append(reply, "b", has_window());
+}
+
 static const sd_bus_vtable shell_table[] = {
     SD_BUS_VTABLE_START(0),
+    SD_BUS_PROPERTY("Window", "b", get_window, 0, SD_BUS_VTABLE_PROPERTY_CONST),
     SD_BUS_METHOD("Exec", "ss", "i", method_exec, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD("ExecRaw", "ayay", "i", method_exec_raw, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD("Run", "ayaya{sv}", "ia{sv}", method_run, SD_BUS_VTABLE_UNPRIVILEGED),
@@ -383,11 +394,23 @@ static const sd_bus_vtable desktop_table[] = {
     SD_BUS_VTABLE_END,
 };
 
+// A shell with a window takes the name from one without, which has it back when the window's shell ends.
+// Returns 0 when another shell keeps the name.
+static int own_shell_name(sd_bus *bus) {
+    if (has_window())
+        return sd_bus_request_name(bus, common::shell_name, SD_BUS_NAME_REPLACE_EXISTING) >= 0;
+    const int result =
+        sd_bus_request_name(bus, common::shell_name, SD_BUS_NAME_ALLOW_REPLACEMENT | SD_BUS_NAME_QUEUE);
+    if (result == 0)
+        sd_bus_release_name(bus, common::shell_name);
+    return result > 0;
+}
+
 int offer_shell_service(sd_bus *bus, int well_known) {
     sd_bus_add_object_vtable(bus, nullptr, common::shell_path, common::shell_interface, shell_table, nullptr);
     sd_bus_add_object_vtable(bus, nullptr, common::shell_path, common::desktop_interface, desktop_table,
                              nullptr);
-    return !well_known || sd_bus_request_name(bus, common::shell_name, 0) >= 0;
+    return !well_known || own_shell_name(bus);
 }
 
 } // namespace quillon
