@@ -15,10 +15,12 @@ from measure import QUILLON, REPEAT, SETPATHS, SHELL, interleaved, make_home, mi
 
 PLAIN = "Hello, world. $a^2+b^2=c^2$\n\\bye\n"
 LATEX = "\\documentclass{article}\\begin{document}Hello, world.\\end{document}\n"
-# 100,000 lines of 90 bytes.
-MUCH = ("\\newcount\\n\\loop\\ifnum\\n<100000\\advance\\n1 "
-        "\\immediate\\write16{\\number\\n" + " what is said again" * 4 + "0123456789}\\repeat\\bye\n")
-COMMANDS = {"plain": "pdftex plain.tex", "latex": "pdflatex latex.tex", "much": "pdftex much.tex"}
+# Lines of 90 bytes: 100,000 of them, and 200 MB.
+LINES = ("\\newcount\\n\\loop\\ifnum\\n<%d\\advance\\n1 "
+         "\\immediate\\write16{\\number\\n" + " what is said again" * 4 + "0123456789}\\repeat\\bye\n")
+DOCUMENTS = {"plain": PLAIN, "latex": LATEX, "much": LINES % 100000, "huge": LINES % 2200000}
+COMMANDS = {"plain": "pdftex plain.tex", "latex": "pdflatex latex.tex", "much": "pdftex much.tex",
+            "huge": "pdftex huge.tex"}
 
 
 class Runs:
@@ -29,7 +31,7 @@ class Runs:
         os.environ.update(self.environment)
         subprocess.run([SETPATHS, "--defaults"], check=True)
         self.work = os.path.join(home, "work")
-        for name, text in (("plain", PLAIN), ("latex", LATEX), ("much", MUCH)):
+        for name, text in DOCUMENTS.items():
             with open(os.path.join(self.work, name + ".tex"), "w", encoding="ascii") as file:
                 file.write(text)
 
@@ -86,6 +88,28 @@ class Runs:
 
         return interleaved(lambda: milliseconds(lambda: make("with")), lambda: milliseconds(lambda: make("without")), repeat)
 
+    def memory(self):
+        """What the shell holds, in bytes."""
+        with open(f"/proc/{self.shell.pid}/smaps_rollup", encoding="ascii") as file:
+            return next(int(line.split()[1]) for line in file if line.startswith("Pss:")) * 1024
+
+    def kept_of_a_long_run(self):
+        """What a shell with a window holds after a run that says 200 MB, and after Clear Console, a byte said."""
+        before = self.memory()
+        with open(os.path.join(self.work, "said"), "wb") as file:
+            subprocess.run([QUILLON, "exec", "pdftex", "huge.tex"], cwd=self.work, stdin=subprocess.DEVNULL, stdout=file,
+                           check=True)
+        said = os.path.getsize(os.path.join(self.work, "said"))
+        self.calls.Formats(timeout=60)  # answered when it has seen that the client is gone
+        after = self.memory()
+        window = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", "Quillon"], check=True,
+                                capture_output=True, text=True).stdout.split()[0]
+        subprocess.run(["xdotool", "windowfocus", "--sync", window, "key", "ctrl+k"], check=True)
+        end = time.monotonic() + 5
+        while self.memory() > before + said / 20 and time.monotonic() < end:
+            time.sleep(0.05)
+        return (after - before) / said, (self.memory() - before) / said
+
     def warm(self):
         """Waits until the formats are unpacked, as they are after the first minute of a day's work."""
         formats = os.path.join(os.environ["XDG_CACHE_HOME"], "quillon", "formats")
@@ -133,6 +157,9 @@ def main():
             runs.start_shell()
             times_bare("a run that prints 9 MB, in the window",
                        *beside_bare(runs, runs.through, "much", max(3, REPEAT // 3)), 1.3)
+            kept, cleared = runs.kept_of_a_long_run()
+            row("a run that says 200 MB, bytes kept a byte", f"{kept:.2f}", "1", f"{kept:.2f}", "1.2", kept <= 1.2)
+            row("the same after Clear Console", f"{cleared:.2f}", "1", f"{cleared:.2f}", "0.1", cleared <= 0.1)
             runs.quit_shell()
     finally:
         shutil.rmtree(folder, ignore_errors=True)

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <malloc.h>
 #include <utility>
 #include <vector>
 
@@ -12,8 +13,8 @@ namespace common {
 namespace {
 
 constexpr std::size_t question_distance = 256 * 1024; // bytes between two questions
-// How long a follower may have answered nothing, in microseconds: one that is waited for, and one whose
-// answers are looked at only between the bursts of text.
+// How long a follower may have answered nothing, in microseconds; longer where its answers are looked at only
+// between the bursts of text.
 constexpr std::uint64_t patience = 250'000, long_patience = 2'000'000;
 
 } // namespace
@@ -38,9 +39,8 @@ struct Followers::Follower {
     }
 };
 
-Followers::Followers(sd_bus *bus, std::function<void()> changed, std::function<void()> serve)
-    : bus_(sd_bus_ref(bus)), changed_(std::move(changed)), serve_(std::move(serve)),
-      waits_(serve_ != nullptr) {}
+Followers::Followers(sd_bus *bus, std::function<void()> changed, std::function<void()> serve, bool waits)
+    : bus_(sd_bus_ref(bus)), changed_(std::move(changed)), serve_(std::move(serve)), waits_(waits) {}
 
 Followers::~Followers() {
     all_.clear();
@@ -69,7 +69,9 @@ void Followers::add(const char *name) {
 }
 
 void Followers::remove(const char *name) {
-    all_.erase(name);
+    // What was kept for it is given back to the system.
+    if (all_.erase(name) > 0)
+        malloc_trim(0);
 }
 
 int Followers::on_answer(sd_bus_message *, void *context, sd_bus_error *) {
@@ -103,15 +105,21 @@ void Followers::ask(Follower &follower) {
 bool Followers::keeps_up(const std::string &name) {
     // What it has answered may not have been looked at for a while.
     const std::uint64_t start = waits_ ? now_microseconds() : 0;
+    bool served = false;
     for (auto found = all_.find(name); found != all_.end(); found = all_.find(name)) {
         const Follower &follower = *found->second;
         if (follower.sent - follower.read <= most_behind || follower.questions.empty())
             return true;
-        if (now_microseconds() - std::max(follower.heard_at, start) > (waits_ ? patience : long_patience))
-            return false;
-        if (!waits_)
-            return true;
-        serve_();
+        if (served || !serve_) {
+            const std::uint64_t silence = now_microseconds() - std::max(follower.heard_at, start);
+            if (silence > (serve_ ? patience : long_patience))
+                return false;
+            if (!waits_)
+                return follower.sent - follower.read <= far_behind;
+        }
+        if (serve_)
+            serve_();
+        served = true;
     }
     return false;
 }

@@ -15,12 +15,14 @@ namespace common {
 class Followers {
   public:
     // How much a follower may be behind, in bytes. One that is further behind, and has answered none of the
-    // questions that are sent between the pieces for a while, is let go.
-    static constexpr std::size_t most_behind = 8 * 1024 * 1024;
+    // questions that are sent between the pieces for a while, is let go; so is one that is not waited for
+    // when it is FAR_BEHIND, since what it has not read stands in the sender's memory.
+    static constexpr std::size_t most_behind = 8 * 1024 * 1024, far_behind = 64 * 1024 * 1024;
 
-    // CHANGED is called when a follower has left the bus or was let go; SERVE serves the bus for a moment
-    // while one that is behind is waited for. Either may be empty: without SERVE nobody is waited for.
-    Followers(sd_bus *bus, std::function<void()> changed, std::function<void()> serve);
+    // CHANGED is called when a follower has left the bus or was let go. SERVE serves the bus while one is
+    // behind: for a moment when WAITS is set, so that it can catch up; without waiting otherwise. Either may
+    // be empty; without SERVE the caller's own loop does it.
+    Followers(sd_bus *bus, std::function<void()> changed, std::function<void()> serve, bool waits);
     ~Followers();
     Followers(const Followers &) = delete;
     Followers &operator=(const Followers &) = delete;

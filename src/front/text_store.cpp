@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <cstring>
+#include <malloc.h>
 
 namespace quillon {
 
 namespace {
 
 constexpr char line_end = 13;
+constexpr std::size_t keeps_freed = 1024 * 1024; // bytes of text that are not worth giving back
 
 bool is_continuation(unsigned char byte) {
     return (byte & 0xC0) == 0x80;
@@ -67,6 +69,9 @@ std::size_t TextStore::split_at(std::size_t start) const {
 void TextStore::clear() {
     blocks_.clear();
     blocks_.shrink_to_fit();
+    // Blocks are small enough that the library would keep them for itself.
+    if (size_ > keeps_freed)
+        malloc_trim(0);
     size_ = line_ends_ = 0;
     last_ = recent_ = {};
     ++generation_;

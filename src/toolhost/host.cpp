@@ -106,7 +106,7 @@ int Host::connect() {
         (result = sd_bus_request_name(bus_, common::application_bus_name(getpid()).c_str(), 0)) < 0)
         return result;
     followers_ = std::make_unique<common::Followers>(
-        bus_, [this] { decide_prompt(); }, nullptr);
+        bus_, [this] { decide_prompt(); }, nullptr, false);
     sd_event_add_signal(event_, nullptr, SIGTERM, on_signal, this);
     sd_event_add_signal(event_, nullptr, SIGHUP, on_signal, this);
     return sd_bus_attach_event(bus_, event_, SD_EVENT_PRIORITY_NORMAL);

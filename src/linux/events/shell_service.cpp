@@ -312,10 +312,8 @@ static int method_quit(sd_bus_message *call, void *, sd_bus_error *) {
 
 // A shell with a window waits for no follower. Without one, a client that reads is waited for, so that it
 // gets the whole of a long transcript.
-static std::function<void()> wait_a_moment() {
-    if (has_window())
-        return nullptr;
-    return [] { LoopSleep(10); };
+static void serve_followers() {
+    LoopSleep(has_window() ? 0 : 10);
 }
 
 static int method_follow(sd_bus_message *call, void *, sd_bus_error *) {
@@ -324,8 +322,8 @@ static int method_follow(sd_bus_message *call, void *, sd_bus_error *) {
     if (result < 0)
         return result;
     if (!followers)
-        followers =
-            std::make_unique<common::Followers>(sd_bus_message_get_bus(call), nullptr, wait_a_moment());
+        followers = std::make_unique<common::Followers>(sd_bus_message_get_bus(call), nullptr,
+                                                        serve_followers, !has_window());
     if (on)
         followers->add(sd_bus_message_get_sender(call));
     else
