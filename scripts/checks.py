@@ -27,7 +27,7 @@ ALLOWED = {
     "common": ("toolbox",),
     "linux/files": ("toolbox", "common"),
     "linux/events": ("toolbox", "front", "common", "linux/files"),
-    "headless": (*SHELL, *FLOOR, "linux/events"),
+    "headless": (*SHELL, *FLOOR, "common/host_files.h", "linux/events"),
     "program": (*SHELL, *FLOOR, "common", "linux/events", "headless"),
     "widgets": (),
     "desktop": (*SHELL, *FLOOR, "widgets", "linux/events", "common/utf8.h"),

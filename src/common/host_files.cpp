@@ -1,6 +1,7 @@
 #include "common/host_files.h"
 
 #include <cerrno>
+#include <csignal>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -21,6 +22,30 @@ bool is_folder(const std::string &path) {
 
 bool can_run(const std::string &path) {
     return access(path.c_str(), X_OK) == 0 && is_regular_file(path);
+}
+
+// The lease is given back at once. When somebody opens the file in between, the host sends a signal, by
+// default one that ends the program; SIGURG, which does nothing, is chosen instead.
+static bool lease_is_refused(const std::string &path, int kind) {
+    struct stat info;
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    if (file < 0)
+        return false;
+    bool refused = false;
+    if (fstat(file, &info) == 0 && S_ISREG(info.st_mode) && fcntl(file, F_SETSIG, SIGURG) == 0) {
+        refused = fcntl(file, F_SETLEASE, kind) != 0 && (errno == EAGAIN || errno == EBUSY);
+        fcntl(file, F_SETLEASE, F_UNLCK);
+    }
+    close(file);
+    return refused;
+}
+
+bool file_is_open(const std::string &path) {
+    return lease_is_refused(path, F_WRLCK);
+}
+
+bool file_is_written(const std::string &path) {
+    return lease_is_refused(path, F_RDLCK);
 }
 
 std::string read_file(const std::string &path, std::size_t limit) {

@@ -15,6 +15,9 @@ bool can_run(const std::string &path);
 // Returns the contents of the file at PATH, empty when it cannot be read. Reading stops at the end of the
 // block (8 KiB) in which LIMIT bytes are reached. A pipe of that name does not hold the caller up.
 std::string read_file(const std::string &path, std::size_t limit);
+// True when another program has the file at PATH open, or open for writing: the host then refuses a lease.
+bool file_is_open(const std::string &path);
+bool file_is_written(const std::string &path);
 // Makes the folder at PATH, and every missing folder above it, with the permissions MODE. False when the
 // folder is not there afterwards.
 bool make_folders(const std::string &path, unsigned mode);

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "common/host_files.h"
 #include "front/dialogs.h"
 #include "headless/headless.h"
 #include "headless/script_events.h"
@@ -171,8 +172,8 @@ static void choose_menu(const std::string &rest) {
     }
 }
 
-// True when there is a file at PATH whose length is the same as it was a moment before. Asked again for
-// another path it begins anew.
+// True when there is a file at PATH that nobody writes and whose length is the same as it was a moment before.
+// Asked again for another path it begins anew.
 static bool is_settled(const std::string &path) {
     constexpr std::uint32_t moment = 12; // ticks
     static std::string asked;
@@ -189,7 +190,7 @@ static bool is_settled(const std::string &path) {
         seen = TickCount();
         return false;
     }
-    if (TickCount() - seen < moment)
+    if (TickCount() - seen < moment || common::file_is_written(path))
         return false;
     asked.clear();
     return true;

@@ -184,6 +184,21 @@ TEST(HostFiles, MissingFoldersAreMadeAndAFileIsNone) {
     EXPECT_FALSE(make_folders(home.path("file/x"), 0755));
 }
 
+TEST(HostFiles, WhoeverHasAFileOpenIsSeen) {
+    const TemporaryHome home;
+    const std::string path = home.file("x", "text");
+    EXPECT_FALSE(file_is_open(path));
+    EXPECT_FALSE(file_is_written(path));
+    for (const int mode : {O_RDONLY, O_WRONLY}) {
+        const int file = open(path.c_str(), mode | O_CLOEXEC);
+        EXPECT_TRUE(file_is_open(path));
+        EXPECT_EQ(file_is_written(path), mode == O_WRONLY);
+        close(file);
+    }
+    EXPECT_FALSE(file_is_open(path));
+    EXPECT_FALSE(file_is_open(home.path("none")));
+}
+
 TEST(HostFiles, ProgramsAreFoundAlongAbsoluteFolders) {
     const TemporaryHome home;
     const std::string path = home.file("bin/x");

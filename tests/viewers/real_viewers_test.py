@@ -144,7 +144,8 @@ class RealViewers(Applications, DesktopTest):
         self.start_with(path, USEPDFTEX="0", ADDSPECIALS="1", EDITEDFILE=path, EDITEDLINE="8")
         (window,) = wait_until(lambda: self.xdotool("search", "--onlyvisible", "--class", "XDvi"), "the viewer's window")
         self.wait_for_run(os.path.join(self.work, "paper.dvi"), 0)
-        (viewer,) = wait_until(lambda: self.viewers("xdvi"))
+        # On the way there are children of its own, which become other programs.
+        (viewer,) = wait_until(lambda: len(self.viewers("xdvi")) == 1 and self.viewers("xdvi"), "one viewer")
         with open(f"/proc/{viewer}/cmdline", "rb") as file:
             self.assertIn(b"\0-sourceposition\0" + b"8 " + os.fsencode(path) + b"\0", file.read())
         before = self.picture(window)

@@ -12,6 +12,7 @@
 #include <list>
 #include <vector>
 
+#include "common/host_files.h"
 #include "linux/files/host.h"
 
 namespace quillon {
@@ -209,7 +210,7 @@ OSErr entry_by_name(CInfoPBRec *block, bool files_only, bool with_finder) {
     }
     if (with_finder)
         FinderInfo(path, info, &block->ioFlFndrInfo);
-    if (files_only && FileIsOpen(path))
+    if (files_only && common::file_is_open(path))
         block->ioFlAttrib |= kioFlAttribFileOpen;
     return noErr;
 }

@@ -6,7 +6,6 @@
 #include <zlib.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstring>
 
 #include "common/editors_table.h"
@@ -140,22 +139,6 @@ OSErr FSpSetFInfo(const FSSpec *spec, const FInfo *info) {
         return error;
     const int failed = write_stamp(path.c_str(), type_attribute, info->fdType);
     return ErrorCode(failed ? failed : write_stamp(path.c_str(), creator_attribute, info->fdCreator));
-}
-
-// The lease is given back at once. When somebody opens the file in between, the host sends a signal, by
-// default one that ends the program; SIGURG, which does nothing, is chosen instead.
-bool FileIsOpen(const std::string &path) {
-    struct stat info;
-    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-    if (fd < 0)
-        return false;
-    bool open = false;
-    if (::fstat(fd, &info) == 0 && S_ISREG(info.st_mode) && ::fcntl(fd, F_SETSIG, SIGURG) == 0) {
-        open = ::fcntl(fd, F_SETLEASE, F_WRLCK) != 0 && (errno == EAGAIN || errno == EBUSY);
-        ::fcntl(fd, F_SETLEASE, F_UNLCK);
-    }
-    ::close(fd);
-    return open;
 }
 
 } // namespace quillon

@@ -47,8 +47,6 @@ void StepUp(std::string &posix_path);
 // Sets type, creator and flags of the file at the POSIX path, whose status is INFO: from its stamps, else
 // judged from its contents; '????' where neither tells.
 void FinderInfo(const std::string &path, const struct stat &info, FInfo *finder);
-// True when another program has the file at the POSIX path open, since the host then refuses a write lease.
-bool FileIsOpen(const std::string &path);
 
 // The result code for a value of errno; noErr for 0, ioErr for one that has no code of its own.
 OSErr ErrorCode(int error);
