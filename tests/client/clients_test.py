@@ -2,11 +2,12 @@
 
 import os
 import signal
+import subprocess
 import sys
 import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
-from harness import DesktopTest, wait_until  # noqa: E402
+from harness import DesktopTest, stop, wait_until  # noqa: E402
 from harness.clients import ENDLESS, QUILLON, Clients  # noqa: E402
 
 NAME = "org.quillon.Shell"
@@ -201,6 +202,28 @@ class BesideAWindow(DesktopTest):
         self.assertEqual((done.returncode, done.stderr), (1, f"{self.work}/bad.tex:2: Undefined control sequence.\n"))
         self.assertEqual(self.active(), self.window)
         self.assertIn("! Undefined control sequence.", self.console())
+
+    def test_a_second_start_opens_the_callers_file_in_the_first_which_comes_forward(self):
+        self.preferences(USEPDFTEX="1", Editor="/usr/bin/false")
+        # The file of that name beside the shell is another.
+        self.file("x.tex", "Wrong.\\bye\n")
+        folder = os.path.join(self.home, "elsewhere")
+        self.file("x.tex", "\\immediate\\write16{the right one}Right.\\bye\n", folder)
+        shell = self.start_desktop()
+        first = self.running
+        other = subprocess.Popen([self.program("desk"), "window", "Another"], env=self.environment, stdout=subprocess.DEVNULL)
+        self.addCleanup(stop, other)
+        wait_until(lambda: self.windows("^Another$"), "the other window")
+        self.activate(*self.windows("^Another$"))
+        done = subprocess.run([QUILLON, "x.tex"], cwd=folder, env=self.environment, capture_output=True, text=True,
+                              timeout=60, check=False)
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
+        wait_until(lambda: os.path.exists(os.path.join(folder, "x.pdf")), "the output beside the caller's file")
+        wait_until(lambda: self.active() == shell, "the first shell in front")
+        self.assertIsNone(first.poll())
+        self.assertEqual(len(self.windows("^Quillon$")), 1)
+        wait_until(lambda: "the right one" in self.console())
+        self.assertFalse(os.path.exists(os.path.join(self.work, "x.pdf")))
 
 
 del Clients
