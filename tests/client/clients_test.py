@@ -211,7 +211,8 @@ class BesideAWindow(DesktopTest):
         self.file("x.tex", "\\immediate\\write16{the right one}Right.\\bye\n", folder)
         shell = self.start_desktop()
         first = self.running
-        other = subprocess.Popen([self.program("desk"), "window", "Another"], env=self.environment, stdout=subprocess.DEVNULL)
+        other = subprocess.Popen([self.program("desk"), "window", "Another"], env=self.environment,
+                                 stdout=subprocess.DEVNULL)
         self.addCleanup(stop, other)
         wait_until(lambda: self.windows("^Another$"), "the other window")
         self.activate(*self.windows("^Another$"))

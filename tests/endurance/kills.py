@@ -26,6 +26,10 @@ DOCUMENTS = {
 }
 
 
+def names_in(folder):
+    return os.listdir(folder) if os.path.isdir(folder) else []
+
+
 class Around:
     """What is left of a test: all processes that have to do with its home, but for those that are to stay."""
 
@@ -36,15 +40,14 @@ class Around:
         return [pid for pid in processes_around(self.home) if pid not in self.spared()]
 
     def nothing_is_left(self):
+        """Waits for the end of all processes; the files that are left, which the next shell removes."""
         try:
             wait_until(lambda: not self.left(), "the end of what is left")
         except AssertionError as error:
             raise AssertionError("\n    ".join([f"{error}:", *map(described, self.left())])) from None
         folder = os.path.join(self.environment["XDG_RUNTIME_DIR"], "quillon")
-        names = os.listdir(folder) if os.path.isdir(folder) else []
-        runs = os.path.join(folder, "runs")
-        names = [name for name in names if name.startswith("private-")] + (os.listdir(runs) if os.path.isdir(runs) else [])
-        return names
+        private = [name for name in names_in(folder) if name.startswith("private-")]
+        return private + names_in(os.path.join(folder, "runs"))
 
 
 class Kills(Around, Clients):
@@ -83,7 +86,8 @@ class Kills(Around, Clients):
         action = chance.choice(["cancel", "stop", *(["signal"] * 6)])
         party = {"cancel": "client", "stop": chance.choice(STOPPED), "signal": chance.choice(PARTIES)}[action]
         number = {"cancel": signal.SIGINT, "stop": signal.SIGSTOP, "signal": chance.choice(SIGNALS)}[action]
-        return {"document": document, "party": party, "number": number, "action": number.name if action == "signal" else action,
+        said = number.name if action == "signal" else action
+        return {"document": document, "party": party, "number": number, "action": said,
                 "instant": chance.uniform(0, LONGEST_DELAY), "then": chance.uniform(0, LONGEST_DELAY)}
 
     def trial(self, trial):
@@ -103,6 +107,11 @@ class Kills(Around, Clients):
         if trial["party"] != "client" and trial["number"] != signal.SIGKILL:
             # This alone need not end the run; what follows does.
             self.wait_for_end(client, trial["then"])
+            if client.poll() is None:
+                client.send_signal(signal.SIGINT)
+        elif trial["party"] == "shell" and self.running:
+            # A client that came too late for that shell has one of its own, whose run goes on.
+            wait_until(lambda: client.poll() is not None or children_of(client.pid), "the end of the client")
             if client.poll() is None:
                 client.send_signal(signal.SIGINT)
         status = self.finish(client)[0]

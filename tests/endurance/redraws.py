@@ -60,8 +60,9 @@ class Probe:
     def redraw(self):
         """Covers the point and uncovers it: the seconds until it is painted."""
         half = SIZE // 2
-        own = ctypes.c_ulong(self.x11.XCreateSimpleWindow(self.display, self.root, self.x - half, self.y - half, SIZE, SIZE, 0,
-                                                          ctypes.c_ulong(0), ctypes.c_ulong(COLOUR)))
+        place = (self.x - half, self.y - half, SIZE, SIZE, 0)
+        own = ctypes.c_ulong(self.x11.XCreateSimpleWindow(self.display, self.root, *place, ctypes.c_ulong(0),
+                                                          ctypes.c_ulong(COLOUR)))
         self.x11.XChangeWindowAttributes(self.display, own, ctypes.c_ulong(OVERRIDE_REDIRECT),
                                          ctypes.byref(Attributes(override_redirect=1)))
         self.x11.XMapRaised(self.display, own)

@@ -10,7 +10,8 @@ sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."
 from service import Service  # noqa: E402
 
 NOBODY = 65534
-CALL = ["dbus-send", "--session", "--print-reply", "--dest=org.quillon.Shell", "/org/quillon/Shell", "org.quillon.Shell1.Quit"]
+CALL = ["dbus-send", "--session", "--print-reply", "--dest=org.quillon.Shell", "/org/quillon/Shell",
+        "org.quillon.Shell1.Quit"]
 
 
 @unittest.skipIf(os.getuid() != 0, "only root can be another user")

@@ -28,7 +28,8 @@ class Clients(Applications, ServiceTest):
 
     def start(self, *words, **more):
         process = subprocess.Popen([QUILLON, *words], cwd=self.work, env=self.environment, stdin=subprocess.DEVNULL,
-                                   preexec_fn=default_signals, **dict({"stdout": subprocess.PIPE, "stderr": subprocess.PIPE}, **more))
+                                   preexec_fn=default_signals,
+                                   **{"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, **more})
         self.addCleanup(stop, process)
         return process
 
@@ -90,8 +91,8 @@ class Clients(Applications, ServiceTest):
                 self.assertEqual(re.findall("this is .*", out), [f"this is {number}"])
                 self.assertEqual(self.text_of_pdf(f"d{number}"), f"Number {number}. 1")
             else:
-                line = number + 1
-                self.assertEqual((status, error), (1, f"{self.work}/e{number}.tex:{line}: Undefined control sequence.\n"))
+                place = f"{self.work}/e{number}.tex:{number + 1}"
+                self.assertEqual((status, error), (1, f"{place}: Undefined control sequence.\n"))
 
     def make(self, count):
         """make -j8 over COUNT documents for LaTeX, each with a text of its own: each output is its document's.

@@ -11,8 +11,8 @@ from harness.processes import wait_until
 NAME = "org.quillon.Shell"
 CLIENTS = 8
 BUSY = "org.quillon.Shell1.Error.Busy"
-# Writes down its last word; a number is the line and the message of its error, but each seventh ends well. The word "hold"
-# waits until somebody opens the gate.
+# Writes down its last word; a number is the line and the message of its error, but each seventh ends well. The word
+# "hold" waits until somebody opens the gate.
 ENGINE = """for word; do :; done
 echo "$word" >>'%s'
 echo "(./x.tex"
