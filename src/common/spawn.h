@@ -26,6 +26,7 @@ struct Spawn {
 constexpr int channel_descriptor = 3;
 
 // Starts the program with empty input, with no signal blocked and with the default action for a broken pipe.
+// A child that is stopped before it has become the program is woken, a second later.
 // Returns 0 and its process id in PROCESS, or the errno that kept it from starting.
 int spawn(Spawn wanted, pid_t *process);
 

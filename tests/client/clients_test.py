@@ -7,105 +7,25 @@ import sys
 import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
-from harness import BUILD, Applications, DesktopTest, ServiceTest, stop, wait_until  # noqa: E402
+from harness import DesktopTest, stop, wait_until  # noqa: E402
+from harness.clients import ENDLESS, QUILLON, Clients, Starts  # noqa: E402
 
-QUILLON = os.path.join(BUILD, "bin", "quillon")
 NAME = "org.quillon.Shell"
-ENDLESS = "\\immediate\\write16{endless}\\shipout\\hbox{}\\def\\x{\\x}\\x\n"
-
-
-def default_signals():
-    """What runs the tests may ignore what the terminal sends."""
-    for number in (signal.SIGINT, signal.SIGQUIT, signal.SIGHUP):
-        signal.signal(number, signal.SIG_DFL)
-
-
-class Starts:
-    """Starts clients, beside a test's home and bus."""
-
-    def start(self, *words, **more):
-        process = subprocess.Popen([QUILLON, *words], cwd=self.work, env=self.environment, stdin=subprocess.DEVNULL,
-                                   preexec_fn=default_signals, **dict({"stdout": subprocess.PIPE, "stderr": subprocess.PIPE}, **more))
-        self.addCleanup(stop, process)
-        return process
-
-    def finish(self, process):
-        """Waits for the end of a client: its status, what it printed and what it said."""
-        wait_until(lambda: process.poll() is not None, "the end of the client")
-        out, error = process.communicate()
-        return process.returncode, out.decode(), error.decode()
-
-    def quillon(self, *words):
-        return self.finish(self.start(*words))
-
-
-class Clients(Starts, Applications, ServiceTest):
-    def setUp(self):
-        super().setUp()
-        self.prepare()
-        self.preferences(USEPDFTEX="1")
-
-    def nothing_is_left(self):
-        for program in ("quillon-shell", "pdftex", "Linux/"):
-            wait_until(lambda of=program: not self.processes_of(of), f"the end of every {program}")
-        folder = os.path.join(self.environment["XDG_RUNTIME_DIR"], "quillon")
-        left = os.listdir(folder) if os.path.isdir(folder) else []
-        self.assertEqual([name for name in left if name.startswith("private-")], [])
-
-    def document(self, number):
-        """A document that says its number; the engine's status for it is 0."""
-        self.file(f"d{number}.tex", f"\\immediate\\write16{{this is {number}}}\nNumber {number}.\\bye\n")
-        return f"d{number}"
-
-    def wait_for_engine(self, count=1):
-        wait_until(lambda: len(self.engines()) >= count, "the engine")
-
-    def engines(self):
-        """The engines that run, and not what starts them."""
-        found = []
-        for process in self.processes_of("pdftex\0endless"):
-            try:
-                if os.path.basename(os.readlink(f"/proc/{process}/exe")) == "pdftex":
-                    found.append(process)
-            except OSError:
-                continue
-        return found
 
 
 class Private(Clients):
     """Without a shell of the person's each client has one for itself."""
 
-    def test_eight_at_once(self):
-        for round_number in range(3):
-            names = [self.document(f"{round_number}x{number}") for number in range(8)]
-            clients = [self.start("exec", "pdftex", name) for name in names]
-            for name, client in zip(names, clients):
-                status, out, error = self.finish(client)
-                self.assertEqual((status, error), (0, ""), name)
-                self.assertEqual(out.count("this is "), 1)
-                self.assertIn(f"this is {name[1:]}\n", out)
-                self.assertTrue(os.path.exists(os.path.join(self.work, name + ".pdf")))
+    def test_eight_at_once_are_each_told_of_their_own(self):
+        for mark in range(3):
+            self.eight_at_once(mark)
             self.nothing_is_left()
 
-    def test_eight_at_once_each_with_its_own_failure(self):
-        for number in range(8):
-            self.file(f"e{number}.tex", "text\n" * number + "\\undefined\n")
-        clients = [self.start("exec", "pdftex", f"e{number}") for number in range(8)]
-        for number, client in enumerate(clients):
-            status, _, error = self.finish(client)
-            self.assertEqual((status, error), (1, f"{self.work}/e{number}.tex:{number + 1}: Undefined control sequence.\n"))
-        self.nothing_is_left()
-
     def test_make_runs_all_its_documents(self):
-        names = [self.document(number) for number in range(10)]
-        self.file("Makefile", "all: " + " ".join(name + ".pdf" for name in names) +
-                  f"\n%.pdf: %.tex\n\t@{QUILLON} exec pdftex $< > $*.said\n")
-        made = self.run_program("make", "-j8")
-        self.assertEqual((made.returncode, made.stderr), (0, ""))
-        for name in names:
-            with open(os.path.join(self.work, name + ".said"), encoding="utf-8") as file:
-                self.assertIn(f"this is {name[1:]}\n", file.read())
+        before = self.preferences_bytes()
+        self.make(10)
         self.nothing_is_left()
+        self.assertEqual(self.preferences_bytes(), before)
 
     def test_the_persons_preferences_are_not_touched(self):
         before = self.preferences_bytes()
@@ -306,6 +226,29 @@ class BesideAWindow(Starts, DesktopTest):
         self.assertEqual(self.finish(client)[0], 130)
         self.assertEqual(self.quillon("quit")[0], 0)
         wait_until(lambda: service.poll() is not None, "the service gone")
+
+    def test_a_second_start_opens_the_callers_file_in_the_first_which_comes_forward(self):
+        self.preferences(USEPDFTEX="1", Editor="/usr/bin/false")
+        # The file of that name beside the shell is another.
+        self.file("x.tex", "Wrong.\\bye\n")
+        folder = os.path.join(self.home, "elsewhere")
+        self.file("x.tex", "\\immediate\\write16{the right one}Right.\\bye\n", folder)
+        shell = self.start_desktop()
+        first = self.running
+        other = subprocess.Popen([self.program("desk"), "window", "Another"], env=self.environment,
+                                 stdout=subprocess.DEVNULL)
+        self.addCleanup(stop, other)
+        wait_until(lambda: self.windows("^Another$"), "the other window")
+        self.activate(*self.windows("^Another$"))
+        done = subprocess.run([QUILLON, "x.tex"], cwd=folder, env=self.environment, capture_output=True, text=True,
+                              timeout=60, check=False)
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
+        wait_until(lambda: os.path.exists(os.path.join(folder, "x.pdf")), "the output beside the caller's file")
+        wait_until(lambda: self.active() == shell, "the first shell in front")
+        self.assertIsNone(first.poll())
+        self.assertEqual(len(self.windows("^Quillon$")), 1)
+        wait_until(lambda: "the right one" in self.console())
+        self.assertFalse(os.path.exists(os.path.join(self.work, "x.pdf")))
 
 
 del Clients

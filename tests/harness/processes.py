@@ -79,3 +79,49 @@ def processes_of(home, text):
         if mine and alive(entry):
             found.append(int(entry))
     return found
+
+
+def link_of(path):
+    try:
+        return os.readlink(path)
+    except OSError:
+        return ""
+
+
+def content_of(path):
+    try:
+        with open(path, "rb") as file:
+            return file.read()
+    except OSError:
+        return b""
+
+
+def processes_around(home):
+    """The processes that have anything to do with HOME: environment, command line, working folder or program."""
+    found = []
+    for entry in os.listdir("/proc"):
+        folder = "/proc/" + entry
+        if not entry.isdigit() or int(entry) == os.getpid():
+            continue
+        texts = [content_of(folder + "/environ"), content_of(folder + "/cmdline"),
+                 os.fsencode(link_of(folder + "/cwd")), os.fsencode(link_of(folder + "/exe"))]
+        if any(os.fsencode(home) in text for text in texts) and alive(entry):
+            found.append(int(entry))
+    return found
+
+
+def children_of(pid):
+    """The children of a process, whichever of its threads started them."""
+    found = []
+    try:
+        for thread in os.listdir(f"/proc/{pid}/task"):
+            found += map(int, content_of(f"/proc/{pid}/task/{thread}/children").split())
+    except OSError:
+        pass
+    return found
+
+
+def described(pid):
+    """What a message says of a process."""
+    words = content_of(f"/proc/{pid}/cmdline").decode("utf-8", "replace").replace("\0", " ")
+    return f"{pid} (parent {status_field(pid, 1)}, {status_field(pid, 0)}, {program_name(pid)}): {words}"

@@ -6,11 +6,15 @@
 #include <cstdlib>
 #include <initializer_list>
 
+#include "common/clock.h"
 #include "linux/events/event_sources.h"
 
 namespace quillon {
 
 static sd_event *loop = nullptr;
+// The longest that one dispatch goes on in microseconds: a front with a display has to look after that too
+// while many clients call at once.
+static constexpr std::uint64_t longest_dispatch = 20000;
 
 static int on_leave_signal(sd_event_source *, const struct signalfd_siginfo *, void *) {
     RequestLeave();
@@ -42,7 +46,8 @@ int LoopDescriptor() {
 int LoopDispatch() {
     sd_event *const events = HostLoop();
     int served = 0;
-    for (;;) {
+    const std::uint64_t end = common::now_microseconds() + longest_dispatch;
+    while (!served || common::now_microseconds() < end) {
         if (sd_event_get_state(events) == SD_EVENT_FINISHED)
             return served;
         int ready = sd_event_get_state(events) == SD_EVENT_ARMED ? 0 : sd_event_prepare(events);
@@ -53,7 +58,7 @@ int LoopDispatch() {
         sd_event_dispatch(events);
         served = 1;
     }
-    // A wait that found nothing leaves the loop unprepared; arm it so that its descriptor becomes readable.
+    // The last wait or dispatch leaves the loop unprepared; arm it so that its descriptor becomes readable.
     while (sd_event_get_state(events) == SD_EVENT_INITIAL && sd_event_prepare(events) > 0) {
         sd_event_dispatch(events);
         served = 1;

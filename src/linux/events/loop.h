@@ -8,7 +8,8 @@ namespace quillon {
 // The descriptor, which belongs to the loop. It becomes readable when a source is ready, provided
 // LoopDispatch was called since it last did.
 int LoopDescriptor();
-// Serves every source that is ready, without waiting, and readies the descriptor; 1 when it served any.
+// Serves every source that is ready, without waiting, for some hundredths of a second at most, and readies
+// the descriptor, which is readable at once when something is left to serve; 1 when it served any.
 int LoopDispatch();
 // Waits at most MILLISECONDS (-1: no limit) until a source is ready, and serves all that are. A front without
 // a toolkit of its own sleeps this way.
