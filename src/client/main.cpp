@@ -45,7 +45,7 @@ int say_usage(const std::string &problem) {
 
 // Becomes the shell, which gets all the words. It starts in this folder, so relative paths stay valid.
 int headless(const Words &words) {
-    client::ensure_preferences();
+    client::ensure_preferences(false);
     sd_bus *const bus = common::open_session_bus();
     const bool own_bus = !bus || client::shell_runs(bus);
     sd_bus_flush_close_unref(bus);
@@ -53,9 +53,13 @@ int headless(const Words &words) {
 }
 
 int open_or_start(const Words &files) {
-    client::ensure_preferences();
-    sd_bus *const bus = common::open_session_bus();
     const bool display = std::getenv("DISPLAY") || std::getenv("WAYLAND_DISPLAY");
+    // Who leaves the set-up without saving does not want to begin yet.
+    if (!client::ensure_preferences(display) && display) {
+        std::fprintf(stderr, "quillon: nothing is set up; start quillon again, or run setpaths\n");
+        return 1;
+    }
+    sd_bus *const bus = common::open_session_bus();
     // A person at a display gets a window, whatever shell without one serves others.
     if (bus && client::shell_runs(bus) && (!display || client::shell_has_window(bus))) {
         const int status = client::open_files(bus, files);
@@ -97,7 +101,7 @@ int exec(const Words &words) {
         return say_usage("exec needs a command");
     while (request.folder.size() > 1 && (request.folder.ends_with('/') || request.folder.ends_with("/.")))
         request.folder.pop_back();
-    client::ensure_preferences();
+    client::ensure_preferences(false);
     sd_bus *const bus = common::open_session_bus();
     if (!bus)
         return client::become(common::own_program(), words, true);
@@ -119,7 +123,7 @@ int ask_shell(const Words &words) {
     const bool named = verb == "find" || verb == "locate";
     if (words.size() != (named ? 2 : 1))
         return say_usage(verb + (named ? " takes one name" : " takes nothing more"));
-    client::ensure_preferences();
+    client::ensure_preferences(false);
     client::Shell shell;
     shell.bus = common::open_session_bus();
     if (!shell.bus)

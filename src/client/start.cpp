@@ -21,20 +21,24 @@ std::string shell_program() {
     return contents_folder() + "/Linux/quillon-shell";
 }
 
-void ensure_preferences() {
-    if (access(common::preferences_path().c_str(), F_OK) == 0)
-        return;
+bool ensure_preferences(bool in_window) {
+    const std::string preferences = common::preferences_path();
+    if (access(preferences.c_str(), F_OK) == 0)
+        return true;
     std::string program = contents_folder() + "/../../setpaths.app/Contents/Linux/setpaths";
-    std::vector<std::string> words = {program, "--defaults"};
+    std::vector<std::string> words = {program};
+    if (!in_window)
+        words.push_back("--defaults");
     pid_t process = -1;
     if (posix_spawn(&process, program.c_str(), nullptr, nullptr, common::argument_list(words).data(),
                     environ) != 0) {
         std::fprintf(stderr, "quillon: I can't start %s: %s\n", program.c_str(), std::strerror(errno));
-        return;
+        return false;
     }
     int status = 0;
     while (waitpid(process, &status, 0) < 0 && errno == EINTR) {
     }
+    return access(preferences.c_str(), F_OK) == 0;
 }
 
 int become(const std::string &program, const std::vector<std::string> &words, bool own_bus) {

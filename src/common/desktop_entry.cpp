@@ -6,6 +6,7 @@
 #include <map>
 #include <unistd.h>
 
+#include "common/host_files.h"
 #include "common/path_forms.h"
 #include "common/places.h"
 #include "common/text.h"
@@ -47,6 +48,38 @@ std::map<std::string, std::string> entry_group(const std::string &path) {
                            unescaped(trimmed(std::string_view(line).substr(equals + 1))));
     }
     return values;
+}
+
+// Returns the value of KEY in the person's language (as "fr_CA", else as "fr"), else the common one.
+std::string in_own_language(const std::map<std::string, std::string> &values, const std::string &key) {
+    std::string locale;
+    for (const char *const name : {"LC_ALL", "LC_MESSAGES", "LANG"})
+        if (const char *const value = std::getenv(name); locale.empty() && value)
+            locale = value;
+    locale.resize(std::min(locale.find_first_of(".@"), locale.size()));
+    for (const std::string &language : {locale, locale.substr(0, locale.find('_'))})
+        if (const auto found = values.find(key + "[" + language + "]"); found != values.end())
+            return found->second;
+    const auto found = values.find(key);
+    return found == values.end() ? "" : found->second;
+}
+
+bool names_this_desktop(const std::string &list) {
+    const char *const desktops = std::getenv("XDG_CURRENT_DESKTOP");
+    const std::vector<std::string> named = parts_of(list, ';');
+    for (const std::string &desktop : parts_of(desktops ? desktops : "", ':'))
+        if (std::find(named.begin(), named.end(), desktop) != named.end())
+            return true;
+    return false;
+}
+
+bool is_shown(std::map<std::string, std::string> &values) {
+    const char *const search = std::getenv("PATH");
+    const std::string &needed = values["TryExec"];
+    return values["NoDisplay"] != "true" && values["Hidden"] != "true" &&
+           (values["OnlyShowIn"].empty() || names_this_desktop(values["OnlyShowIn"])) &&
+           !names_this_desktop(values["NotShowIn"]) &&
+           (needed.empty() || !find_program(needed, search ? search : "/usr/bin:/bin", "/").empty());
 }
 
 struct Word {
@@ -128,37 +161,56 @@ bool read_desktop_entry(const std::string &path, DesktopEntry &entry) {
     entry.id = leaf_of(path);
     if (entry.id.ends_with(extension))
         entry.id.resize(entry.id.size() - extension.size());
-    entry.name = values["Name"];
+    entry.name = in_own_language(values, "Name");
+    entry.comment = in_own_language(values, "Comment");
     entry.icon = values["Icon"];
     entry.exec = values["Exec"];
     entry.folder = values["Path"];
     entry.terminal = values["Terminal"] == "true";
     entry.bus_activatable = values["DBusActivatable"] == "true";
+    entry.types = parts_of(values["MimeType"], ';');
+    entry.categories = parts_of(values["Categories"], ';');
+    entry.shown = is_shown(values);
     return true;
 }
 
-std::string find_desktop_entry(const std::string &id) {
+std::vector<std::string> parts_of(std::string_view list, char separator) {
+    std::vector<std::string> parts;
+    while (!list.empty()) {
+        const std::size_t end = std::min(list.find(separator), list.size());
+        if (end > 0)
+            parts.emplace_back(list.substr(0, end));
+        list.remove_prefix(std::min(end + 1, list.size()));
+    }
+    return parts;
+}
+
+std::vector<std::string> entry_folders() {
     const char *const shared = std::getenv("XDG_DATA_DIRS");
-    std::string folders = data_folder() + ":";
-    folders += shared && *shared ? shared : "/usr/local/share:/usr/share";
+    std::vector<std::string> folders = {data_folder()};
+    for (const std::string &folder :
+         parts_of(shared && *shared ? shared : "/usr/local/share:/usr/share", ':'))
+        folders.push_back(folder);
+    for (std::string &folder : folders)
+        folder += "/applications";
+    return folders;
+}
+
+std::string find_desktop_entry(const std::string &id) {
     const std::string leaf = id.ends_with(extension) ? id : id + std::string(extension);
-    while (true) {
-        const std::size_t end = std::min(folders.find(':'), folders.size());
+    for (const std::string &folder : entry_folders()) {
         // A "-" in an id may stand for a folder.
         std::string relative = leaf;
-        while (end > 0) {
-            const std::string path = folders.substr(0, end) + "/applications/" + relative;
+        for (std::size_t dash = 0; dash != std::string::npos;) {
+            const std::string path = folder + "/" + relative;
             if (access(path.c_str(), R_OK) == 0)
                 return path;
-            const std::size_t dash = relative.find('-', relative.find_last_of('/') + 1);
-            if (dash == std::string::npos)
-                break;
-            relative[dash] = '/';
+            dash = relative.find('-', relative.find_last_of('/') + 1);
+            if (dash != std::string::npos)
+                relative[dash] = '/';
         }
-        if (end == folders.size())
-            return "";
-        folders.erase(0, end + 1);
     }
+    return "";
 }
 
 std::vector<std::string> entry_command(const DesktopEntry &entry, const std::string &document) {

@@ -23,6 +23,7 @@
 #include "toolbox/files.h"
 #include "tools/processes.h"
 #include "tools/shell_commands.h"
+#include "viewers/viewers.h"
 
 namespace quillon {
 
@@ -78,6 +79,30 @@ static constexpr std::uint32_t slot_bit(int slot) {
     return 1u << slot;
 }
 
+static void set_first_paths() {
+    setpaths(slot_bit(slot_texformats) | slot_bit(slot_texinputs) | slot_bit(slot_texconfig) |
+             slot_bit(slot_dvipsheaders) | slot_bit(slot_encfolder));
+}
+
+void reread_settings() {
+    if (!havePrefs)
+        return;
+    read_settings(stage_before_preferences_check);
+    read_settings(stage_after_folders);
+    take_application(&viewpsexe, "VIEWPS");
+    take_application(&ps2pdfexe, "PS2PDFEXE");
+    take_application(&editor, "Editor");
+    take_application(&pdfview, "PDFVIEW");
+    ed_creator = get_editor_info(editor ? editor : "");
+    forget_paths();
+    set_first_paths();
+    SetFormatMenu();
+    SetDefaultFormat();
+    ForgetTables();
+    ReadTables();
+    ChangeMenus();
+}
+
 int initial() {
     probe_system();
     reserveMemory = std::malloc(reserve_size);
@@ -99,8 +124,7 @@ int initial() {
     SetUpMenus();
     name_tools();
     find_applications();
-    setpaths(slot_bit(slot_texformats) | slot_bit(slot_texinputs) | slot_bit(slot_texconfig) |
-             slot_bit(slot_dvipsheaders) | slot_bit(slot_encfolder));
+    set_first_paths();
     fname.clear();
     format_name.clear();
     SetFormatMenu();

@@ -1,39 +1,30 @@
 // The list of applications, with a way to any other.
 #include <QApplication>
+#include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QFileDialog>
-#include <QIcon>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
-#include <QStyle>
 #include <QVBoxLayout>
 
+#include "common/offered_applications.h"
 #include "desktop/choosers.h"
-#include "widgets/desktop_entries.h"
+#include "widgets/applications.h"
 
 namespace quillon::desktop {
 
 namespace {
 
-constexpr int list_width = 420, list_height = 380, icon_size = 24, path_role = Qt::UserRole;
+constexpr int list_width = 420, list_height = 380, path_role = Qt::UserRole;
 
-// The icon of that name, else a common one: every row has an icon, so that the names stand in one column.
-QIcon entry_icon(const QString &name) {
-    const QIcon plain = QApplication::style()->standardIcon(QStyle::SP_FileIcon);
-    const QIcon generic = QIcon::fromTheme(QStringLiteral("application-x-executable"), plain);
-    if (name.startsWith(u'/'))
-        return QFile::exists(name) ? QIcon(name) : generic;
-    const QIcon icon = QIcon::fromTheme(name, generic);
-    return icon.availableSizes().isEmpty() ? generic : icon;
-}
-
-void add_row(QListWidget *list, const widgets::DesktopEntry &entry) {
-    auto *const row = new QListWidgetItem(entry_icon(entry.icon), entry.name, list);
-    row->setToolTip(entry.comment);
-    row->setData(path_role, entry.path);
+void add_row(QListWidget *list, const common::DesktopEntry &entry) {
+    auto *const row =
+        new QListWidgetItem(widgets::application_icon(entry.icon), QString::fromStdString(entry.name), list);
+    row->setToolTip(QString::fromStdString(entry.comment));
+    row->setData(path_role, QFile::decodeName(entry.path.c_str()));
 }
 
 // The folder beside the shell's own bundle, which holds the applications of the distribution.
@@ -41,15 +32,41 @@ QString binaries_folder() {
     return QDir::cleanPath(QCoreApplication::applicationDirPath() + QStringLiteral("/../../.."));
 }
 
-void add_rows(QListWidget *list, const NavRequest &request) {
-    for (const widgets::DesktopEntry &entry : widgets::installed_applications())
-        if (request_shows(request, entry.path))
+common::Use use_of(const NavRequest &request) {
+    switch (request.use) {
+    case navEditor:
+        return common::Use::editor;
+    case navPdfViewer:
+        return common::Use::pdf_viewer;
+    case navPsViewer:
+        return common::Use::postscript_viewer;
+    case navDviViewer:
+        return common::Use::dvi_viewer;
+    case navAnyUse:
+        break;
+    }
+    return common::Use::any;
+}
+
+// Fills the list with the applications for the use, or with all. The distribution's own bundles are no
+// editors and no viewers.
+void fill(QListWidget *list, const NavRequest &request, bool all) {
+    const std::vector<common::DesktopEntry> installed = common::installed_applications();
+    list->clear();
+    for (const common::DesktopEntry &entry :
+         all ? installed : common::applications_for(use_of(request), installed))
+        if (request_shows(request, QFile::decodeName(entry.path.c_str())))
             add_row(list, entry);
     const QDir folder(binaries_folder());
     for (const QFileInfo &bundle : folder.entryInfoList({QStringLiteral("*.app")}, QDir::Dirs))
-        if (QFile::exists(bundle.filePath() + QStringLiteral("/Contents/PkgInfo")) &&
-            request_shows(request, bundle.filePath()))
-            add_row(list, {bundle.completeBaseName(), {}, {}, bundle.filePath()});
+        if (request.use == navAnyUse &&
+            QFile::exists(bundle.filePath() + QStringLiteral("/Contents/PkgInfo")) &&
+            request_shows(request, bundle.filePath())) {
+            common::DesktopEntry entry;
+            entry.name = bundle.completeBaseName().toStdString();
+            entry.path = QFile::encodeName(bundle.filePath()).toStdString();
+            add_row(list, entry);
+        }
 }
 
 // Lets the person choose a program, a desktop entry, or a bundle by any file in it. Gives its POSIX path,
@@ -89,10 +106,15 @@ QString choose_application(const NavRequest &request, QWidget *parent) {
     search->setAccessibleName(QObject::tr("Search applications"));
     search->setClearButtonEnabled(true);
     auto *const list = new QListWidget;
-    list->setIconSize({icon_size, icon_size});
+    list->setIconSize({widgets::application_icon_size, widgets::application_icon_size});
     list->setMinimumSize(list_width, list_height);
     list->setAccessibleName(QObject::tr("Applications"));
-    add_rows(list, request);
+    fill(list, request, false);
+    auto *const none = new QLabel(widgets::what_to_install(use_of(request)));
+    none->setWordWrap(true);
+    none->setVisible(request.use != navAnyUse && list->count() == 0);
+    auto *const all = new QCheckBox(QObject::tr("Show &all applications"));
+    all->setVisible(request.use != navAnyUse);
     auto *const buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     QPushButton *const ok = buttons->button(QDialogButtonBox::Ok);
     ok->setText(QObject::tr("Choose"));
@@ -101,6 +123,8 @@ QString choose_application(const NavRequest &request, QWidget *parent) {
     rows->addWidget(new QLabel(prompt));
     rows->addWidget(search);
     rows->addWidget(list);
+    rows->addWidget(none);
+    rows->addWidget(all);
     rows->addWidget(buttons);
 
     QString chosen;
@@ -112,6 +136,10 @@ QString choose_application(const NavRequest &request, QWidget *parent) {
                      [=] { ok->setEnabled(!selected().isEmpty()); });
     QObject::connect(search, &QLineEdit::textChanged, list,
                      [list](const QString &t) { filter_rows(list, t); });
+    QObject::connect(all, &QCheckBox::toggled, list, [&, list, search](bool on) {
+        fill(list, request, on);
+        filter_rows(list, search->text());
+    });
     QObject::connect(list, &QListWidget::itemActivated, &dialog, &QDialog::accept);
     QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
     QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);

@@ -1,5 +1,7 @@
 #include "dialogs/choosers.h"
 
+#include <cstring>
+
 #include "console/output.h"
 #include "core/event_loop.h"
 #include "files/paths.h"
@@ -185,6 +187,22 @@ int nav_put_file(BoundedBuffer &name, std::int16_t *vref, std::int32_t *dir_id, 
     return run(request, start, 1, &chosen) && answer(&chosen, name, vref, dir_id);
 }
 
+// What an application is wanted for follows from the prompt.
+static NavUse use_of(const char *prompt) {
+    static const struct {
+        const char *prompt;
+        NavUse use;
+    } uses[] = {
+        {"Find a text editor", navEditor},   {"Find a pdf viewer", navPdfViewer},
+        {"Find a PDF viewer", navPdfViewer}, {"Find PsGlance", navPsViewer},
+        {"Find psglance", navPsViewer},      {"Find DviView", navDviViewer},
+    };
+    for (const auto &row : uses)
+        if (prompt && std::strcmp(prompt, row.prompt) == 0)
+            return row.use;
+    return navAnyUse;
+}
+
 int nav_get_app(const char *prompt, BoundedBuffer &name, std::int16_t *vref, std::int32_t *dir_id, OSType sig,
                 OSType sig1) {
     const NavStart start;
@@ -195,6 +213,7 @@ int nav_get_app(const char *prompt, BoundedBuffer &name, std::int16_t *vref, std
     request.kind = navChooseApplication;
     request.prompt = prompt;
     request.shows = callbacks.app_filter;
+    request.use = use_of(prompt);
     return run(request, start, 0, &chosen) && answer(&chosen, name, vref, dir_id);
 }
 

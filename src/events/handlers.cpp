@@ -5,6 +5,7 @@
 
 #include "console/output.h"
 #include "console/window.h"
+#include "core/startup.h"
 #include "files/paths.h"
 #include "files/search.h"
 #include "jobs/tex_runs.h"
@@ -267,6 +268,14 @@ OSErr HandleFormats(const AppleEvent *event, AppleEvent *reply, std::int32_t) {
     return noErr;
 }
 
+// The set-up has changed the settings. The event waits until no job runs.
+static OSErr HandleSettings(const AppleEvent *, AppleEvent *, std::int32_t) {
+    if (at_exit)
+        return errAEEventNotHandled;
+    reread_settings();
+    return noErr;
+}
+
 // Says that the session bus has gone, so that no tool can be reached any more.
 static OSErr HandleBusGone(const AppleEvent *, AppleEvent *, std::int32_t) {
     ml_printf("\nThe session bus has gone. Tools cannot be run until Quillon is started again.\n");
@@ -283,7 +292,7 @@ void DoAEInstallation() {
         {four("QUIL"), four("exec"), HandleAppleScript}, {four("QUIL"), four("find"), HandleFIND},
         {four("QUIL"), four("frmt"), HandleFormats},     {four("QUIL"), four("loca"), HandleLocate},
         {four("aevt"), four("ansr"), HandleReply},       {four("QUIL"), four("exit"), HandleExit},
-        {four("QUIL"), four("gone"), HandleBusGone},
+        {four("QUIL"), four("gone"), HandleBusGone},     {four("QUIL"), four("sett"), HandleSettings},
     };
     for (const auto &entry : table)
         AEInstallEventHandler(entry.event_class, entry.id, entry.handler, 0);

@@ -48,6 +48,8 @@ void read_hash_table(const char *name, HashList *list);
 void ReadTables();
 // Returns the list of the database KIND after reading it from its file; null when KIND is not 1 to 5.
 const HashList *database_list(int kind);
+// Forgets the databases and the cache, so that the next ReadTables opens the files anew.
+void ForgetTables();
 // Return the folder of a node, which ends with "/", and the name of its file. The texts belong to the list.
 const char *directory_of(const HashList *list, const HashNode *node);
 const char *name_of(const HashList *list, const HashNode *node);

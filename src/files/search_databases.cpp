@@ -230,8 +230,16 @@ void read_hash_table(const char *name, HashList *list) {
         fill_list(database, file);
 }
 
+static int done = 0; // 1 when the files were opened
+
+void ForgetTables() {
+    for (Database &database : databases)
+        clear_database(&database);
+    clearCache();
+    done = 0;
+}
+
 void ReadTables() {
-    static int done = 0;
     static const HashList *const in_order[] = {&texinputsTable, &psheadersTable, &type1Table, &tfmTable,
                                                &vfTable};
     if (done)

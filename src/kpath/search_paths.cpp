@@ -193,6 +193,17 @@ char **initialize_path_list(const char *variable, const char *preset) {
     return list;
 }
 
+void forget_paths() {
+    for (int slot = 0; slot < search_path_slots; slot++) {
+        path_dirs[slot] = nullptr;
+        std::free(waiting_paths[slot]);
+        waiting_paths[slot] = nullptr;
+    }
+    for (std::size_t i = 0; i < saved_paths_length; i++)
+        std::free(saved_paths[i].path);
+    saved_paths_length = 0;
+}
+
 void setpaths(std::uint32_t mask) {
     for (const common::SearchSetting &row : common::search_settings) {
         const int slot = row.slot;

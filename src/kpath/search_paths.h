@@ -28,6 +28,9 @@ extern char **path_dirs[search_path_slots];
 // an element "folder//", which stands for a whole tree, is expanded when its list is first asked for; all
 // others at once.
 void setpaths(std::uint32_t mask);
+// Forgets all lists and what was expanded, for settings that have changed. Call setpaths next. Lists that
+// were handed out stay valid.
+void forget_paths();
 // Returns the list of a slot (0 to 26); null when it is empty.
 char **search_list(int slot);
 // Returns the list of the search path that the setting VARIABLE holds, or PRESET when it is not set; null

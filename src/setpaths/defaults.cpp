@@ -12,12 +12,12 @@
 
 #include "common/background.h"
 #include "common/host_files.h"
+#include "common/offered_applications.h"
 #include "common/path_forms.h"
 #include "common/places.h"
 #include "common/preferences.h"
 #include "common/setting_numbers.h"
 #include "setpaths/distribution.h"
-#include "setpaths/proposals.h"
 #include "toolbox/resources.h"
 
 namespace setpaths {
@@ -74,17 +74,12 @@ void add_paths(const Distribution &found, unsigned char space, Values &values) {
 }
 
 void add_proposals(const std::string &home, unsigned char space, Values &values) {
-    const auto propose = [&](const char *key, std::initializer_list<const char *> types) {
-        for (const char *type : types)
-            if (const std::string entry = default_entry(type); !entry.empty()) {
-                values.emplace_back(key, common::to_unix_path(entry, space));
-                return;
-            }
-    };
-    propose("PDFVIEW", {"application/pdf"});
-    propose("VIEWPS", {"application/postscript"});
-    propose("Editor", {"text/x-tex", "text/plain"});
-    propose("DVIPREVIEW", {"application/x-dvi"});
+    const std::vector<common::DesktopEntry> entries = common::installed_applications();
+    for (const auto &[key, use] :
+         {std::pair("PDFVIEW", common::Use::pdf_viewer), std::pair("VIEWPS", common::Use::postscript_viewer),
+          std::pair("Editor", common::Use::editor), std::pair("DVIPREVIEW", common::Use::dvi_viewer)})
+        if (const std::string entry = common::proposed_application(use, entries); !entry.empty())
+            values.emplace_back(key, common::to_unix_path(entry, space));
     if (access((home + "/ps2pdf.app/Contents/PkgInfo").c_str(), R_OK) == 0)
         values.emplace_back("PS2PDFEXE", "~/ps2pdf.app");
 }

@@ -6,6 +6,7 @@
 #include "setpaths/databases.h"
 #include "setpaths/defaults.h"
 #include "setpaths/open_window.h"
+#include "setpaths/tell_shell.h"
 
 int main(int count, char **values) {
     const std::string option = count > 1 ? values[1] : "";
@@ -22,5 +23,7 @@ int main(int count, char **values) {
         return status;
     if (option != "--databases" && !setpaths::write_defaults(home))
         return 1;
-    return setpaths::write_databases(home) ? 0 : 1;
+    const bool written = setpaths::write_databases(home);
+    setpaths::tell_shell();
+    return written ? 0 : 1;
 }

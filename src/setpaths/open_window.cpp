@@ -6,6 +6,8 @@
 #include "common/preferences.h"
 #include "setpaths/databases.h"
 #include "setpaths/defaults.h"
+#include "setpaths/findings.h"
+#include "setpaths/tell_shell.h"
 #include "setpaths/window/setup_window.h"
 
 namespace setpaths {
@@ -15,6 +17,12 @@ namespace {
 bool is_set(const char *name) {
     const char *const value = std::getenv(name);
     return value && *value;
+}
+
+bool write_databases_and_tell(const std::string &home) {
+    const bool written = write_databases(home);
+    tell_shell();
+    return written;
 }
 
 } // namespace
@@ -28,7 +36,8 @@ bool open_window(const std::string &home, int *status) {
         library ? reinterpret_cast<SetupWindowProc>(dlsym(library, setup_window_symbol)) : nullptr;
     if (!show)
         return false;
-    const SetupWindowHost host = {home, common::read_setting, propose, write_settings, write_databases};
+    const SetupWindowHost host = {home,     common::read_setting, propose,
+                                  findings, write_settings,       write_databases_and_tell};
     return show(host, status);
 }
 

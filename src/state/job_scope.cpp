@@ -26,7 +26,8 @@ static int admits(const EventRecord &event) {
         return 1;
     const OSType id = static_cast<OSType>(static_cast<std::uint16_t>(event.where.v)) << 16 |
                       static_cast<std::uint16_t>(event.where.h);
-    return !(event.message == four("QUIL") && (id == four("exec") || id == four("find"))) &&
+    return !(event.message == four("QUIL") &&
+             (id == four("exec") || id == four("find") || id == four("sett"))) &&
            !(event.message == four("aevt") && id == four("odoc"));
 }
 

@@ -11,6 +11,9 @@ namespace quillon {
 
 enum NavKind { navGetFile, navPutFile, navChooseFolder, navChooseApplication };
 
+// What an application is chosen for.
+enum NavUse { navAnyUse, navEditor, navPdfViewer, navPsViewer, navDviViewer };
+
 // An entry of the filter pop-up: files of that creator and type, under the name TEXT.
 struct NavMenuItem {
     OSType creator, type;
@@ -30,6 +33,7 @@ struct NavRequest {
     void (*filter_picked)(const NavMenuItem *item);
     // Answers 1 when the entry is to be shown; null shows all. SPEC is null for an item that is no file.
     int (*shows)(const FSSpec *spec);
+    NavUse use; // of navChooseApplication: those for it are offered first
     // Takes an update or activate event of the shell's own windows while the chooser is up; may be null. The
     // fronts of this host never call it: such an event waits in the queue until the chooser has closed.
     void (*window_event)(const EventRecord *event);

@@ -3,7 +3,7 @@
 #include "setpaths/databases.h"
 #include "setpaths/defaults.h"
 #include "setpaths/distribution.h"
-#include "setpaths/proposals.h"
+#include "setpaths/findings.h"
 #include "support/temporary_home.h"
 
 using namespace setpaths;
@@ -99,27 +99,33 @@ TEST(Distribution, AFolderWithoutKpsewhichHasNothing) {
     EXPECT_TRUE(found.trees.empty() && found.paths.empty());
 }
 
-TEST(Proposals, TheDesktopsListsInTheirOrder) {
+TEST(Findings, WhatIsMissingIsNamedWithItsPackage) {
     const TemporaryHome home;
     EXPECT_EQ(in_child([&] {
-                  ::setenv("XDG_DATA_DIRS", home.folder("shared").c_str(), 1);
-                  ::setenv("XDG_CONFIG_DIRS", home.folder("etc").c_str(), 1);
-                  home.file("data/applications/own.desktop");
-                  home.file("shared/applications/common.desktop");
-                  if (!default_entry("a/b").empty())
+                  ::setenv("PATH", home.folder("nothing").c_str(), 1);
+                  Proposal proposal;
+                  proposal.space = 31;
+                  if (findings(proposal).size() != 1 || findings(proposal)[0].good)
                       return 1;
-                  home.file("shared/applications/mimeinfo.cache",
-                            "[MIME Cache]\na/b=none.desktop;common.desktop;\n");
-                  if (default_entry("a/b") != home.path("shared/applications/common.desktop"))
+                  script(home, "bin/pdftex", "echo 'pdfTeX 7'\n");
+                  script(home, "bin/bibtex", "");
+                  home.file("web/plain.fmt");
+                  proposal.programs = home.path("bin");
+                  proposal.values = {{"TEXFORMATS", home.path("web") + ":/none"}};
+                  std::string good, bad;
+                  for (const Finding &finding : findings(proposal))
+                      (finding.good ? good : bad) += finding.text + "\n";
+                  if (good != "pdfTeX 7 in " + home.path("bin") + "\nFormats: plain\nCompanions: bibtex\n")
                       return 2;
-                  home.file("etc/mimeapps.list", "[Added Associations]\na/b=own.desktop\n");
-                  if (default_entry("a/b") != home.path("shared/applications/common.desktop"))
-                      return 3;
-                  home.file("config/mimeapps.list",
-                            "[Default Applications]\na/bc=common.desktop\na/b=own.desktop\n");
-                  if (default_entry("a/b") != home.path("data/applications/own.desktop"))
-                      return 4;
-                  return default_entry("a/c").empty() ? 0 : 5;
+                  for (const char *part :
+                       {"LaTeX is missing: install the package texlive-latex-base.\n",
+                        "mpost (MetaPost figures) is missing: install the package "
+                        "texlive-metapost.\n",
+                        "ps2pdf (PDF from PostScript files) is missing: install the package "
+                        "ghostscript.\n"})
+                      if (bad.find(part) == std::string::npos)
+                          return 3;
+                  return bad.find("bibtex") == std::string::npos ? 0 : 4;
               }),
               0);
 }

@@ -157,15 +157,12 @@ class SetpathsTest(HomeTest):
                          ["DVIPSHEADERS", "TEXFONTS", "TEXINPUTS", "TYPE1FONTS", "VFFONTS"])
 
     def test_the_desktops_choice_is_proposed(self):
-        for name in ("view.desktop", "old.desktop", "write.desktop"):
-            os.makedirs(self.home + "/share/applications", exist_ok=True)
-            open(self.home + "/share/applications/" + name, "w").close()
-        os.makedirs(self.home + "/config dir")
-        with open(self.home + "/config dir/mimeapps.list", "w") as file:
-            file.write("[Added Associations]\napplication/pdf=old.desktop;\n[Default Applications]\n"
-                       "application/pdf=none.desktop;view.desktop;\n")
-        with open(self.home + "/share/applications/mimeinfo.cache", "w") as file:
-            file.write("[MIME Cache]\ntext/plain=write.desktop;\n")
+        for name, keys in (("view", "MimeType=application/pdf;"), ("old", "MimeType=application/pdf;"),
+                           ("write", "MimeType=text/plain;\nCategories=TextEditor;")):
+            self.file(f"{name}.desktop", f"[Desktop Entry]\nType=Application\nName={name}\nExec=true\n{keys}\n",
+                      os.path.join(self.home, "share/applications"))
+        self.file("mimeapps.list", "[Added Associations]\napplication/pdf=old.desktop;\n[Default Applications]\n"
+                  "application/pdf=none.desktop;view.desktop;\n", os.path.join(self.home, "config dir"))
         self.run_it("--defaults")
         settings = self.settings()
         self.assertEqual(settings["PDFVIEW"], self.unix(self.home + "/share/applications/view.desktop"))

@@ -1,19 +1,22 @@
 #include "setpaths/window/setup_dialog.h"
 
+#include <QApplication>
 #include <QFile>
 #include <QFileDialog>
-#include <QGuiApplication>
 #include <QHeaderView>
 #include <QIcon>
 #include <QPushButton>
+#include <QStyle>
+#include <QStyledItemDelegate>
 #include <algorithm>
+#include <functional>
 
 #include "common/host_files.h"
 #include "common/path_forms.h"
 #include "common/places.h"
 #include "common/search_settings.h"
 #include "ui_setup.h"
-#include "widgets/desktop_entries.h"
+#include "widgets/applications.h"
 
 namespace setpaths {
 
@@ -21,17 +24,61 @@ namespace {
 
 constexpr int folders_column = 1;
 
-// Returns the keys of the settings in the window's table, in its order: the search paths that it shows, and
-// the distribution's trees.
-std::vector<const char *> path_keys() {
-    std::vector<const char *> keys;
+struct PathRow {
+    const char *key, *help;
+};
+
+// Returns the rows of the window's table: the search paths in their order, those that are seldom set behind
+// them, and the distribution's trees.
+std::vector<PathRow> path_rows() {
+    std::vector<PathRow> rows;
     for (int row = 1; row <= common::search_setting_count; row++)
         for (const common::SearchSetting &setting : common::search_settings)
             if (setting.window_row == row)
-                keys.push_back(setting.key);
-    keys.push_back("TEXMFTREES");
-    return keys;
+                rows.push_back({setting.key, setting.help});
+    for (const common::SearchSetting &setting : common::search_settings)
+        if (setting.window_row == 0)
+            rows.push_back({setting.key, setting.help});
+    rows.push_back({"TEXMFTREES", "The distribution's own trees, which its programs find by themselves."});
+    return rows;
 }
+
+constexpr std::pair<const char *, common::Use> uses[] = {{"Editor", common::Use::editor},
+                                                         {"PDFVIEW", common::Use::pdf_viewer},
+                                                         {"VIEWPS", common::Use::postscript_viewer},
+                                                         {"DVIPREVIEW", common::Use::dvi_viewer}};
+
+common::Use use_of(const std::string &key) {
+    for (const auto &[name, use] : uses)
+        if (key == name)
+            return use;
+    return common::Use::any;
+}
+
+QIcon finding_icon(bool good) {
+    const QStyle *const style = QApplication::style();
+    return good ? QIcon::fromTheme(QStringLiteral("emblem-ok"),
+                                   style->standardIcon(QStyle::SP_DialogApplyButton))
+                : style->standardIcon(QStyle::SP_MessageBoxWarning);
+}
+
+// Tells of every change in the text that is being typed into a cell.
+class TypedCell : public QStyledItemDelegate {
+  public:
+    TypedCell(QObject *parent, std::function<void(int row, const QString &text)> typed)
+        : QStyledItemDelegate(parent), typed_(std::move(typed)) {}
+    QWidget *createEditor(QWidget *parent, const QStyleOptionViewItem &option,
+                          const QModelIndex &index) const override {
+        QWidget *const editor = QStyledItemDelegate::createEditor(parent, option, index);
+        if (auto *const line = qobject_cast<QLineEdit *>(editor))
+            connect(line, &QLineEdit::textEdited, this,
+                    [this, row = index.row()](const QString &text) { typed_(row, text); });
+        return editor;
+    }
+
+  private:
+    std::function<void(int row, const QString &text)> typed_;
+};
 
 // Shows the waiting cursor while a program or a disk keeps the window from answering.
 struct Busy {
@@ -49,6 +96,12 @@ SetupDialog::SetupDialog(const SetupWindowHost &host)
     // The folder of programs that the person chose before comes before PATH.
     if (std::string folder; host_.value("TEXBIN", &folder) && !folder.empty())
         proposal_ = host_.propose(host_.home, common::to_posix_path(folder, proposal_.space));
+    const bool first = !common::is_regular_file(common::preferences_path());
+    ui_->headline->setText(first ? tr("Welcome to Quillon. This is what was found here: press Return to "
+                                      "begin with it. Everything can be "
+                                      "changed later, under Options > Set Up Paths.")
+                                 : tr("What Quillon uses. A running Quillon takes changes over at once."));
+    installed_ = common::installed_applications();
     add_program("Editor", ui_->editor);
     add_program("PDFVIEW", ui_->pdf_viewer);
     add_program("VIEWPS", ui_->ps_viewer);
@@ -59,12 +112,18 @@ SetupDialog::SetupDialog(const SetupWindowHost &host)
         box->setChecked(on);
         flags_.push_back({key, box, on});
     }
-    for (const char *const key : path_keys())
-        paths_.push_back({key, list_text(value_of(key))});
+    for (const PathRow &row : path_rows())
+        paths_.push_back({row.key, row.help, list_text(value_of(row.key))});
     fill_paths();
     show_distribution();
+    show_page();
     // The databases are written from the settings that are saved.
-    ui_->write_databases->setEnabled(common::is_regular_file(common::preferences_path()));
+    ui_->write_databases->setEnabled(!first);
+    connect(ui_->pages, &QTabWidget::currentChanged, this, [this] { show_page(); });
+    connect(ui_->paths, &QTableWidget::currentCellChanged, this, [this](int row) { explain_path(row); });
+    connect(ui_->paths, &QTableWidget::cellChanged, this, [this](int row) { explain_path(row); });
+    ui_->paths->setItemDelegateForColumn(
+        folders_column, new TypedCell(this, [this](int row, const QString &text) { check_path(row, text); }));
     connect(ui_->choose_programs, &QPushButton::clicked, this, [this] { choose_distribution(); });
     connect(ui_->take_paths, &QPushButton::clicked, this, [this] { take_paths(); });
     connect(ui_->write_databases, &QPushButton::clicked, this, [this] { write_databases(); });
@@ -73,6 +132,15 @@ SetupDialog::SetupDialog(const SetupWindowHost &host)
 }
 
 SetupDialog::~SetupDialog() = default;
+
+// The keyboard goes to what a page is for.
+void SetupDialog::show_page() {
+    QWidget *const page = ui_->pages->currentWidget();
+    QWidget *const first = page == ui_->paths_page       ? static_cast<QWidget *>(ui_->paths)
+                           : page == ui_->databases_page ? static_cast<QWidget *>(ui_->use_databases)
+                                                         : static_cast<QWidget *>(ui_->editor);
+    first->setFocus();
+}
 
 std::string SetupDialog::proposed(const char *key) const {
     for (const auto &[name, value] : proposal_.values)
@@ -105,8 +173,10 @@ void SetupDialog::add_program(const char *key, QComboBox *box) {
     programs_.push_back({key, box, QFile::decodeName(path.c_str()), {}});
     programs_.back().chosen = programs_.back().before;
     box->addItem(tr("None"), QString());
-    for (const widgets::DesktopEntry &entry : widgets::installed_applications())
-        box->addItem(QIcon::fromTheme(entry.icon), entry.name, entry.path);
+    box->setIconSize({widgets::application_icon_size, widgets::application_icon_size});
+    for (const common::DesktopEntry &entry : common::applications_for(use_of(key), installed_))
+        box->addItem(widgets::application_icon(entry.icon), QString::fromStdString(entry.name),
+                     QFile::decodeName(entry.path.c_str()));
     box->addItem(tr("Other..."));
     show_program(programs_.back());
     connect(box, &QComboBox::activated, this, [this, number] { choose_program(number); });
@@ -116,7 +186,11 @@ void SetupDialog::show_program(Program &program) {
     int row = program.box->findData(program.chosen);
     if (row < 0) {
         row = program.box->count() - 1;
-        program.box->insertItem(row, program.chosen, program.chosen);
+        // Chosen by itself, or no longer installed.
+        common::DesktopEntry entry;
+        const bool known = common::read_desktop_entry(QFile::encodeName(program.chosen).toStdString(), entry);
+        program.box->insertItem(row, widgets::application_icon(known ? entry.icon : std::string()),
+                                known ? QString::fromStdString(entry.name) : program.chosen, program.chosen);
     }
     program.box->setCurrentIndex(row);
 }
@@ -133,6 +207,7 @@ void SetupDialog::choose_program(std::size_t number) {
         program.chosen = program.box->currentData().toString();
     }
     show_program(program);
+    show_findings();
 }
 
 void SetupDialog::fill_paths() {
@@ -141,6 +216,7 @@ void SetupDialog::fill_paths() {
     for (const Path &path : paths_) {
         auto *const key = new QTableWidgetItem(QString::fromLatin1(path.key));
         key->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable);
+        key->setToolTip(QString::fromLatin1(path.help));
         ui_->paths->setItem(row, 0, key);
         auto *const folders = new QTableWidgetItem(path.before);
         folders->setToolTip(QString(path.before).replace(u':', u'\n'));
@@ -149,6 +225,44 @@ void SetupDialog::fill_paths() {
     ui_->paths->horizontalHeader()->setDefaultAlignment(Qt::AlignLeading | Qt::AlignVCenter);
     ui_->paths->resizeColumnToContents(0);
     ui_->paths->setCurrentCell(0, folders_column);
+    explain_path(0);
+}
+
+void SetupDialog::explain_path(int row) {
+    QTableWidgetItem *const item = row >= 0 ? ui_->paths->item(row, folders_column) : nullptr;
+    if (!item)
+        return;
+    // The mark is set only here: while a cell is being typed into, it would put the old text back.
+    const bool good = check_path(row, item->text());
+    const QSignalBlocker quiet(ui_->paths);
+    item->setIcon(good ? QIcon() : QApplication::style()->standardIcon(QStyle::SP_MessageBoxWarning));
+}
+
+// Says under the table what the path is for, and what is the matter with the folders in TEXT. False when one
+// of them can be no folder.
+bool SetupDialog::check_path(int row, const QString &text) {
+    QStringList absent, wrong;
+    for (const QString &element : text.split(u':', Qt::SkipEmptyParts)) {
+        QString folder = element.trimmed();
+        while (folder.size() > 1 && folder.endsWith(u'/'))
+            folder.chop(1);
+        const std::string path = common::expand_setting_path(list_value(folder), host_.home, proposal_.space);
+        if (folder == QLatin1String(".") || folder.startsWith(QLatin1String("./")))
+            continue;
+        if (!path.starts_with('/'))
+            wrong.append(folder);
+        else if (!common::is_folder(path))
+            absent.append(folder);
+    }
+    const Path &path = paths_[static_cast<std::size_t>(row)];
+    QString note = QString::fromLatin1(path.key) + QStringLiteral(": ") + QString::fromLatin1(path.help);
+    if (!wrong.isEmpty())
+        note += QLatin1Char(' ') + tr("A folder begins with /, ~ or a full stop, and this does not: %1.")
+                                       .arg(wrong.join(QStringLiteral(", ")));
+    if (!absent.isEmpty())
+        note += QLatin1Char(' ') + tr("There is no folder %1 now.").arg(absent.join(QStringLiteral(", ")));
+    ui_->path_note->setText(note);
+    return wrong.isEmpty();
 }
 
 // Puts the distribution's search paths into the table. Nothing is written before the person saves.
@@ -177,11 +291,23 @@ void SetupDialog::choose_distribution() {
 }
 
 void SetupDialog::show_distribution() {
-    const bool found = !proposal_.programs.empty();
     ui_->programs->setText(QFile::decodeName(proposal_.programs.c_str()));
-    ui_->take_paths->setEnabled(found);
-    if (!found)
-        say(tr("No TeX distribution was found. Install TeX Live, or choose the folder of its programs."));
+    ui_->take_paths->setEnabled(!proposal_.programs.empty());
+    found_ = host_.findings(proposal_);
+    show_findings();
+}
+
+// What is missing stands first.
+void SetupDialog::show_findings() {
+    std::vector<Finding> rows = found_;
+    for (const Program &program : programs_)
+        if (const common::Use use = use_of(program.key); program.chosen.isEmpty())
+            rows.push_back({use == common::Use::dvi_viewer, widgets::what_to_install(use).toStdString()});
+    std::stable_sort(rows.begin(), rows.end(),
+                     [](const Finding &a, const Finding &b) { return !a.good && b.good; });
+    ui_->found->clear();
+    for (const Finding &row : rows)
+        new QListWidgetItem(finding_icon(row.good), QString::fromStdString(row.text), ui_->found);
 }
 
 void SetupDialog::write_databases() {

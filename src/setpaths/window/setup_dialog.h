@@ -6,6 +6,7 @@
 #include <memory>
 #include <vector>
 
+#include "common/offered_applications.h"
 #include "setpaths/window/setup_window.h"
 
 class QCheckBox;
@@ -40,7 +41,7 @@ class SetupDialog : public QDialog {
         bool before;
     };
     struct Path {
-        const char *key;
+        const char *key, *help;
         QString before;
     };
 
@@ -53,6 +54,10 @@ class SetupDialog : public QDialog {
     void choose_program(std::size_t number);
     void show_program(Program &program);
     void fill_paths();
+    void explain_path(int row);
+    bool check_path(int row, const QString &text);
+    void show_page();
+    void show_findings();
     void take_paths();
     void choose_distribution();
     void show_distribution();
@@ -65,6 +70,8 @@ class SetupDialog : public QDialog {
     Proposal proposal_;
     bool other_distribution_ = false;
     bool written_ = true;
+    std::vector<common::DesktopEntry> installed_;
+    std::vector<Finding> found_;
     std::vector<Program> programs_;
     std::vector<Flag> flags_;
     std::vector<Path> paths_;

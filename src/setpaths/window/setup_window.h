@@ -6,16 +6,19 @@
 #include <string>
 
 #include "setpaths/defaults.h"
+#include "setpaths/findings.h"
 
 namespace setpaths {
 
-// What the set-up lends to its window: see preferences.h, defaults.h and databases.h for the procedures.
+// What the set-up lends to its window: see preferences.h, defaults.h, findings.h and databases.h for the
+// procedures.
 struct SetupWindowHost {
     std::string home; // the binaries folder
     bool (*value)(const char *key, std::string *value);
     Proposal (*propose)(const std::string &home, const std::string &programs);
+    std::vector<Finding> (*findings)(const Proposal &proposal);
     bool (*write_settings)(const Values &changes, const Proposal &proposal);
-    bool (*write_databases)(const std::string &home);
+    bool (*write_databases)(const std::string &home); // and tells the shell that runs
 };
 
 // Shows the window until the person closes it and puts the exit status of the program into STATUS. False at
