@@ -182,8 +182,9 @@ int send_exec(Session &session, const ExecRequest &request) {
         if (result >= 0)
             result = sd_bus_message_append_array(call, 'y', part->data(), part->size());
     if (result >= 0)
-        result = sd_bus_message_append(call, "a{sv}", 3, "view", "b", request.view ? 1 : 0, "edit", "b",
-                                       request.edit ? 1 : 0, "answer", "b", request.follow ? 1 : 0);
+        result =
+            sd_bus_message_append(call, "a{sv}", 4, "follow", "b", 1, "view", "b", request.view ? 1 : 0,
+                                  "edit", "b", request.edit ? 1 : 0, "answer", "b", request.follow ? 1 : 0);
     if (result >= 0)
         result = sd_bus_call_async(session.bus, nullptr, call, on_done, &session, UINT64_MAX);
     sd_bus_message_unref(call);
@@ -201,8 +202,6 @@ void listen(Session &session) {
         sd_bus_match_signal(session.bus, nullptr, nullptr, common::application_path,
                             common::properties_interface, "PropertiesChanged", on_waiting, &session);
     }
-    sd_bus_call_method(session.bus, session.shell, shell_path, shell_interface, "Follow", nullptr, nullptr,
-                       "b", 1);
 }
 
 void cancel(const Session &session) {

@@ -56,16 +56,17 @@ int Followers::on_gone(sd_bus_track *, void *context) {
     return 1; // with 0 the library would call again and again
 }
 
-void Followers::add(const char *name) {
+bool Followers::add(const char *name) {
     auto &entry = all_[name];
     if (entry)
-        return;
+        return false;
     entry = std::make_unique<Follower>();
     entry->owner = this;
     entry->name = name;
     if (sd_bus_track_new(bus_, &entry->track, on_gone, entry.get()) < 0 ||
         sd_bus_track_add_name(entry->track, name) < 0)
         all_.erase(name);
+    return true;
 }
 
 void Followers::remove(const char *name) {

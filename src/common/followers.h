@@ -27,8 +27,8 @@ class Followers {
     Followers(const Followers &) = delete;
     Followers &operator=(const Followers &) = delete;
 
-    // NAME is a name on the bus. Adding one that follows already does nothing.
-    void add(const char *name);
+    // NAME is a name on the bus. False, and nothing is done, when it follows already.
+    bool add(const char *name);
     void remove(const char *name);
     bool any() const { return !all_.empty(); }
     // Sends every follower the signal MEMBER of INTERFACE at the object PATH; APPEND puts SIZE bytes into it.

@@ -224,7 +224,7 @@ class WithShell(ClientTest):
         wait_until(lambda: len(self.shell.calls) == 2)
         self.assertEqual(self.shell.calls[0], ("Open", self.work + "/-x.tex"))
         self.assertEqual(self.quillon("exec", "-f", "--", "-f", "x")[0], 0)
-        self.assertEqual(self.shell.calls[3][1], b"-f x")
+        self.assertEqual(self.shell.calls[2][1], b"-f x")
 
     def test_a_status_too_large_for_an_exit_is_no_success(self):
         for status, wanted in ((200, 200), (256, 1), (0, 0)):
@@ -247,16 +247,17 @@ class WithShell(ClientTest):
         self.shell.answer = answer
         status, out, _ = self.quillon("exec", "pdftex", "a b.tex", "")
         self.assertEqual((status, out), (1, "Processing\ndone é\n"))
-        self.assertEqual(self.shell.calls, [("Follow", True), ("Run", b'pdftex a\x1fb.tex ""', self.work.encode())])
+        self.assertEqual(self.shell.calls, [("Run", b'pdftex a\x1fb.tex ""', self.work.encode())])
+        self.assertTrue(self.shell.options["follow"])
 
     def test_exec_in_another_folder(self):
         os.makedirs(self.work + "/sub")
         self.assertEqual(self.quillon("exec", "-C", "sub/", "bibtex", "x")[0], 0)
-        self.assertEqual(self.shell.calls[1], ("Run", b"bibtex x", self.work.encode() + b"/sub"))
+        self.assertEqual(self.shell.calls[0], ("Run", b"bibtex x", self.work.encode() + b"/sub"))
 
     def test_exec_of_bytes(self):
         self.assertEqual(self.quillon("exec", "tex", os.fsdecode(b"\xff.tex"))[0], 0)
-        self.assertEqual(self.shell.calls[1], ("Run", b"tex \xff.tex", self.work.encode()))
+        self.assertEqual(self.shell.calls[0], ("Run", b"tex \xff.tex", self.work.encode()))
 
     def test_exec_errors(self):
         for name, wanted in (("NotRun", 127), ("UnknownCommand", 127), ("Busy", 75), ("Cancelled", 130)):

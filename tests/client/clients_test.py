@@ -1,6 +1,7 @@
 """Clients of the shell: many at once, each with its own run, and none leaves anything behind."""
 
 import os
+import re
 import signal
 import subprocess
 import sys
@@ -187,8 +188,11 @@ class Shared(Clients):
     def test_eight_clients_at_once_are_served_in_turn(self):
         names = [self.document(number) for number in range(8)]
         clients = [self.start("exec", "pdftex", name) for name in names]
-        for client in clients:
-            self.assertEqual(self.finish(client)[0], 0)
+        for number, client in enumerate(clients):
+            status, out, _ = self.finish(client)
+            self.assertEqual(status, 0)
+            # Each is shown its own run, and not those that it waited for.
+            self.assertEqual(re.findall("this is .*", out), [f"this is {number}"])
         for number in range(8):
             self.assertEqual(self.output().count(f"this is {number}\n"), 1)
 

@@ -8,6 +8,7 @@
 #include "linux/events/ae_data.h"
 #include "linux/events/event_sources.h"
 #include "linux/events/peers.h"
+#include "linux/events/shell_service.h"
 #include "toolbox/codes.h"
 #include "toolbox/files.h"
 #include "toolbox/received_events.h"
@@ -34,6 +35,7 @@ static OSType outcome = four("none");
 static std::string client_that_answers;
 static std::string client_that_runs; // whose command runs now; empty for a sender that waits for no answer
 static int runs_with_options = 0;
+static std::string client_that_follows; // it is sent the console's text while its command runs
 
 int client_command_runs() {
     return runs_with_options;
@@ -155,7 +157,10 @@ int events_wait_from(const char *owner) {
 }
 
 static void begin_command(const Received &received) {
-    std::int32_t answers = 0;
+    std::int32_t answers = 0, follows = 0;
+    AEGetParamPtr(&received.event, four("foll"), typeLongInteger, &follows, sizeof follows, nullptr);
+    if (follows && follow_console(received.sender.c_str()))
+        client_that_follows = received.sender;
     runs_with_options = AEGetParamPtr(&received.event, four("answ"), typeLongInteger, &answers,
                                       sizeof answers, nullptr) == noErr;
     client_that_answers = answers ? received.sender : "";
@@ -163,6 +168,9 @@ static void begin_command(const Received &received) {
 }
 
 static void end_command() {
+    if (!client_that_follows.empty())
+        leave_console(client_that_follows.c_str());
+    client_that_follows.clear();
     runs_with_options = 0;
     client_that_answers.clear();
     client_that_runs.clear();

@@ -165,7 +165,7 @@ static int queue_event(AppleEvent event, sd_bus_message *call, AnswerProcedure a
 
 // The options of the method Run.
 struct RunOptions {
-    int view = 0, edit = 0, answer = 0;
+    int view = 0, edit = 0, answer = 0, follow = 0;
 };
 
 // Queues the event that runs COMMAND in FOLDER (a POSIX path, may be empty). OPTIONS is null for a command
@@ -179,6 +179,7 @@ static int queue_exec(const std::string &command, const std::string &folder, con
         put_number(&event, four("edit"), options->edit);
         put_number(&event, four("answ"), options->answer);
         put_number(&event, four("rslt"), 1);
+        put_number(&event, four("foll"), options->follow);
     }
     AEPutParamPtr(&event, keyDirectObject, typeChar, command.data(), command.size());
     FSSpec spec;
@@ -227,6 +228,7 @@ static int method_run(sd_bus_message *call, void *, sd_bus_error *error) {
         int *const value = option == "view"     ? &options.view
                            : option == "edit"   ? &options.edit
                            : option == "answer" ? &options.answer
+                           : option == "follow" ? &options.follow
                                                 : nullptr;
         if (!value)
             return sd_bus_error_setf(error, SD_BUS_ERROR_INVALID_ARGS, "there is no option %s", name);
@@ -316,18 +318,26 @@ static void serve_followers() {
     LoopSleep(has_window() ? 0 : 10);
 }
 
+int follow_console(const char *name) {
+    if (!followers && HostBus())
+        followers = std::make_unique<common::Followers>(HostBus(), nullptr, serve_followers, !has_window());
+    return followers && followers->add(name);
+}
+
+void leave_console(const char *name) {
+    if (followers)
+        followers->remove(name);
+}
+
 static int method_follow(sd_bus_message *call, void *, sd_bus_error *) {
     int on = 0;
     const int result = sd_bus_message_read(call, "b", &on);
     if (result < 0)
         return result;
-    if (!followers)
-        followers = std::make_unique<common::Followers>(sd_bus_message_get_bus(call), nullptr,
-                                                        serve_followers, !has_window());
     if (on)
-        followers->add(sd_bus_message_get_sender(call));
+        follow_console(sd_bus_message_get_sender(call));
     else
-        followers->remove(sd_bus_message_get_sender(call));
+        leave_console(sd_bus_message_get_sender(call));
     return sd_bus_reply_method_return(call, "");
 }
 
