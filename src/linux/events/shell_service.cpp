@@ -65,7 +65,7 @@ static int answer_failure(sd_bus_message *call, OSErr result, const AppleEvent *
     if (result != noErr ||
         AEGetParamPtr(reply, keyDirectObject, typeLongInteger, status, sizeof *status, nullptr))
         sd_bus_reply_method_errorf(call, "org.quillon.Shell1.Error.Busy", "%s",
-                                   reply_text(reply, keyErrorString).c_str());
+                                   common::valid_utf8(reply_text(reply, keyErrorString)).c_str());
     else if (outcome == four("nrun"))
         sd_bus_reply_method_errorf(call, "org.quillon.Shell1.Error.NotRun", "the tool could not be run");
     else if (outcome == four("cncl"))
