@@ -10,30 +10,30 @@ import subprocess
 import sys
 
 
+def counts(top, path):
+    """Returns what gcov says of the counts at PATH, which lie in TOP as their program left them."""
+    # The notes of the compiler are looked for beside the counts.
+    beside = path[:-len("gcda")] + "gcno"
+    if not os.path.exists(beside):
+        os.symlink(path[len(top):-len("gcda")] + "gcno", beside)
+    text = subprocess.run(["gcov", "--json-format", "--stdout", path], capture_output=True, check=True).stdout
+    return [file for line in text.splitlines() for file in json.loads(line)["files"]]
+
+
 def reached(build, fuzzer, source):
     """Returns the number of SOURCE's lines that FUZZER reached, that of all, and the numbers of those it did not."""
     top = os.path.join(build, "found", fuzzer)
+    lines = {}
     for folder, _, names in os.walk(top):
-        for name in names:
-            path = os.path.join(folder, name)
-            if not name.endswith(".gcda") or not path.endswith("/" + source + ".gcda"):
-                continue
-            # The notes of the compiler are looked for beside the counts.
-            notes = path[len(top):-len("gcda")] + "gcno"
-            beside = path[:-len("gcda")] + "gcno"
-            if not os.path.exists(beside):
-                os.symlink(notes, beside)
-            text = subprocess.run(["gcov", "--json-format", "--stdout", path], capture_output=True, check=True).stdout
-            lines = {}
-            for line in text.splitlines():
-                for file in json.loads(line)["files"]:
-                    if file["file"].endswith("/src/" + source):
-                        for entry in file["lines"]:
-                            number = entry["line_number"]
-                            lines[number] = max(lines.get(number, 0), entry["count"])
-            missed = sorted(number for number, count in lines.items() if count == 0)
-            return len(lines) - len(missed), len(lines), missed
-    return 0, 0, []
+        if os.path.basename(source) + ".gcda" not in names:
+            continue
+        for file in counts(top, os.path.join(folder, os.path.basename(source) + ".gcda")):
+            if file["file"].endswith("/src/" + source):
+                for entry in file["lines"]:
+                    number = entry["line_number"]
+                    lines[number] = max(lines.get(number, 0), entry["count"])
+    missed = sorted(number for number, count in lines.items() if count == 0)
+    return len(lines) - len(missed), len(lines), missed
 
 
 def main():

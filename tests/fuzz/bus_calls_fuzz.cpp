@@ -32,7 +32,7 @@ const std::vector<std::string> fuzz_words = {"\x01\x04pdf\x20",
                                              "\x0C\x0B\x0A",
                                              "\x0A/usr/b\xFFn",
                                              "/none"};
-const int fuzz_runs = 3000;
+const int fuzz_runs = 4000;
 
 namespace {
 
@@ -174,7 +174,6 @@ int on_answer(sd_bus_message *message, void *context, sd_bus_error *) {
 // Sends CALL, lets the shell handle what it queues, and waits for the answer. Releases CALL.
 void send(sd_bus_message *call, Answer &answer) {
     Connection &both = connection();
-    const std::string member = sd_bus_message_get_member(call);
     seen.clear();
     require(sd_bus_message_set_sender(call, ":1.7") >= 0 &&
                 sd_bus_call_async(both.client, nullptr, call, on_answer, &answer, UINT64_MAX) >= 0,
@@ -187,9 +186,6 @@ void send(sd_bus_message *call, Answer &answer) {
         if (sd_bus_process(both.service, nullptr) > 0 || sd_bus_process(both.client, nullptr) > 0)
             idle = 0;
     }
-    if (!answer.came)
-        ::dprintf(2, "%s seen %d ready %d %d\n", member.c_str(), (int)seen.size(), sd_bus_is_ready(both.client),
-                  sd_bus_is_ready(both.service));
     require(answer.came, "a call is not answered");
     EventRecord event;
     while (TakeFromQueue(any_event, nullptr, &event))

@@ -24,7 +24,7 @@ const std::vector<std::string> fuzz_words = {"/Vol/fonts/\n",
                                              std::string(1022, 'y'),
                                              std::string(1023, 'z'),
                                              std::string(5000, '/')};
-const int fuzz_runs = 2500;
+const int fuzz_runs = 1000;
 
 namespace {
 

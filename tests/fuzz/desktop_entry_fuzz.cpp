@@ -40,7 +40,7 @@ const std::vector<std::string> fuzz_words = {"[Desktop Entry]\n",
                                              std::string(1, '\0'),
                                              "\xC3\xA9",
                                              "[Desktop Entry]\nType=Application\nExec=view --x \"q r\" %f\n"};
-const int fuzz_runs = 3000;
+const int fuzz_runs = 1500;
 
 namespace {
 

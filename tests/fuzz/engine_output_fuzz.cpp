@@ -48,7 +48,7 @@ const std::vector<std::string> fuzz_words = {"\n",
                                              "<{",
                                              std::string(1, '\0'),
                                              "? "};
-const int fuzz_runs = 1500;
+const int fuzz_runs = 2500;
 
 namespace {
 

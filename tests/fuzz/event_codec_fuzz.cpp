@@ -17,7 +17,7 @@ const std::vector<std::string> fuzz_words = {"\x03",         "\x02\x02\x03",    
                                              "\x03\x03\x03", "\x05text with",    "\x04\x01\x02\x03",
                                              "\x07\x06\x05", "\x02\x7F\xFF\xFF", std::string(2, '\0'),
                                              "\x05\xC3\xA9", std::string(9, 3),  "\x08\x09\x0A\x0B"};
-const int fuzz_runs = 6000;
+const int fuzz_runs = 1500;
 
 namespace {
 

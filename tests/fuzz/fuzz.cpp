@@ -19,7 +19,7 @@ std::string current_input;
 // Words one after the other, with single bytes in between.
 std::string generated(Random &random) {
     std::string input;
-    for (std::size_t i = random.below(40); i > 0; i--) {
+    for (std::size_t i = random.below(20); i > 0; i--) {
         if (random.below(4) == 0)
             input += static_cast<char>(random.below(256));
         else

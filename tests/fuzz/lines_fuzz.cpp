@@ -16,7 +16,7 @@ const std::vector<std::string> fuzz_words = {"\n",
                                              std::string(1, '\0'),
                                              "\xff",
                                              std::string(39, 'y')};
-const int fuzz_runs = 6000;
+const int fuzz_runs = 2000;
 
 namespace {
 
