@@ -260,9 +260,11 @@ void fuzz_one(const std::string &input) {
     const Parameters again = through_message(read);
     fill_foreign(read);
     require(all_same(again, read), "what was read is written otherwise");
-    Choices others(input);
-    check_wrong_type(others);
-    check_location(others.bytes(20));
+    if (input.size() % 8 == 0) {
+        Choices others(input);
+        check_wrong_type(others);
+        check_location(others.bytes(20));
+    }
     check_made(input);
     std::uint32_t code = 0;
     std::memcpy(&code, input.data(), std::min(input.size(), sizeof code));
