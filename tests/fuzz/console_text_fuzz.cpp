@@ -102,6 +102,19 @@ void check_store(const std::string &input) {
         require(store.erase_last() == 1 && store.generation() != generation, "no byte is taken away");
         text.pop_back();
     }
+    if (input.size() % 2 == 0)
+        check_segments(store, text);
+    // What comes in the place of the bytes taken away may be in other segments. The last are asked for first.
+    const std::string again = "x\rxx\r" + input.substr(0, input.size() % 60);
+    store.append(again.data(), again.size());
+    text += again;
+    std::vector<TextStore::Segment> segments = {segment_from(text, 0)};
+    while (segments.back().ends_line || segments.back().end < text.size())
+        segments.push_back(segment_from(text, segments.back().end + (segments.back().ends_line ? 1 : 0)));
+    for (std::size_t number = segments.size(); number > 0 && number + 4 > segments.size(); number--)
+        require(store.segment(number - 1).start == segments[number - 1].start &&
+                    store.segment(number - 1).end == segments[number - 1].end,
+                "a segment lies where another lay before");
     check_segments(store, text);
     const std::size_t kept = text.size() / 2 + input.size() % 7;
     store.keep_last(kept);

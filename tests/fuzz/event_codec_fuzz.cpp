@@ -242,7 +242,7 @@ void fuzz_one(const std::string &input) {
     Parameters expected, read;
     sd_bus_message *call = new_call();
     good(sd_bus_message_open_container(call, 'a', "{s(sv)}"));
-    while (!choices.ended() && expected.size() < 6) {
+    while (!choices.ended() && expected.size() < 3) {
         const std::string keyword = choices.of(keywords);
         good(sd_bus_message_open_container(call, 'e', "s(sv)"));
         good(sd_bus_message_append(call, "s", keyword.c_str()));
@@ -260,12 +260,13 @@ void fuzz_one(const std::string &input) {
     const Parameters again = through_message(read);
     fill_foreign(read);
     require(all_same(again, read), "what was read is written otherwise");
+    if (input.size() % 4 == 0)
+        check_made(input);
     if (input.size() % 8 == 0) {
         Choices others(input);
         check_wrong_type(others);
         check_location(others.bytes(20));
     }
-    check_made(input);
     std::uint32_t code = 0;
     std::memcpy(&code, input.data(), std::min(input.size(), sizeof code));
     require(code_number(input) == static_cast<std::int32_t>(be32toh(code)), "a code is another number");
