@@ -21,19 +21,44 @@ QString localised(const QHash<QString, QString> &values, const QString &key) {
     return values.value(key);
 }
 
+// Replaces the escapes that a value may hold.
+QString unescaped(const QString &text) {
+    QString value;
+    for (qsizetype i = 0; i < text.size(); i++) {
+        const QChar c = text[i] == u'\\' && i + 1 < text.size() ? text[i + 1] : QChar();
+        const qsizetype meaning = c.isNull() ? -1 : QStringView(u"sntr\\").indexOf(c);
+        value += meaning < 0 ? text[i] : QStringView(u" \n\t\r\\")[meaning];
+        i += meaning < 0 ? 0 : 1;
+    }
+    return value;
+}
+
+// Returns TEXT without the blanks, tabs and line ends around it.
+QByteArray bare(QByteArray text) {
+    const auto is_blank = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
+    while (!text.isEmpty() && is_blank(text.back()))
+        text.chop(1);
+    while (!text.isEmpty() && is_blank(text.front()))
+        text.remove(0, 1);
+    return text;
+}
+
+// The values of the file's main group, read as they are where an application is started: the first of a key
+// counts, and a group's name or a note stands at the head of its line.
 QHash<QString, QString> entry_group(const QString &path) {
     QHash<QString, QString> values;
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+    if (!file.open(QIODevice::ReadOnly))
         return values;
     bool inside = false;
     while (!file.atEnd()) {
-        const QString line = QString::fromUtf8(file.readLine()).trimmed();
-        if (line.startsWith(u'['))
-            inside = line == QLatin1String("[Desktop Entry]");
-        const qsizetype equals = line.indexOf(u'=');
-        if (inside && equals > 0 && !line.startsWith(u'#'))
-            values.insert(line.left(equals).trimmed(), line.mid(equals + 1).trimmed());
+        const QByteArray line = file.readLine();
+        if (line.startsWith('['))
+            inside = bare(line) == "[Desktop Entry]";
+        const qsizetype equals = line.indexOf('=');
+        const QString key = QString::fromUtf8(bare(line.left(equals)));
+        if (inside && equals > 0 && !line.startsWith('#') && !values.contains(key))
+            values.insert(key, unescaped(QString::fromUtf8(bare(line.mid(equals + 1)))));
     }
     return values;
 }
@@ -59,7 +84,8 @@ DesktopEntry read_desktop_entry(const QString &path) {
     };
     const QString needed = values.value(QStringLiteral("TryExec"));
     if (values.value(QStringLiteral("Type")) != QLatin1String("Application") || is_true("NoDisplay") ||
-        is_true("Hidden") || !values.contains(QStringLiteral("Exec")) || !shown_on_this_desktop(values) ||
+        is_true("Hidden") || values.value(QStringLiteral("Exec")).isEmpty() ||
+        !shown_on_this_desktop(values) ||
         (!needed.isEmpty() && QStandardPaths::findExecutable(needed).isEmpty()))
         return {};
     return {localised(values, QStringLiteral("Name")), localised(values, QStringLiteral("Comment")),

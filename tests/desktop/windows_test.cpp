@@ -77,8 +77,23 @@ TEST(DesktopEntries, ReadsApplicationsAndLeavesOutWhatIsHidden) {
     EXPECT_EQ(entry.path, path);
     for (const char *const line : {"NoDisplay=true\n", "Hidden=true\n", "TryExec=/no/such/program\n",
                                    "Type=Link\n", "OnlyShowIn=NoSuchDesktop;\n"}) {
-        write_file(path, QByteArray("[Desktop Entry]\nType=Application\nName=Editor\nExec=true\n") + line);
+        write_file(path,
+                   QByteArray("[Desktop Entry]\n") + line + "Type=Application\nName=Editor\nExec=true\n");
         EXPECT_TRUE(widgets::read_desktop_entry(path).path.isEmpty()) << line;
+    }
+}
+
+TEST(DesktopEntries, BrokenEntriesAreReadAsWhereTheyAreStarted) {
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("a.desktop"));
+    write_file(path, "[Desktop Entry]\nType=Application\nExec=true\nName=A\\sB\\\\\\x\nName=Other\n");
+    EXPECT_EQ(widgets::read_desktop_entry(path).name, QStringLiteral("A B\\\\x"));
+    for (const char *const text : {" [Desktop Entry]\nType=Application\nExec=true\n",
+                                   "\r[Desktop Entry]\nType=Application\nExec=true\n",
+                                   "[Desktop Entry]\nType=Application\nExec=\nExec=true\n",
+                                   "[Desktop Entry]\nType=Link\nType=Application\nExec=true\n"}) {
+        write_file(path, text);
+        EXPECT_TRUE(widgets::read_desktop_entry(path).path.isEmpty()) << text;
     }
 }
 
