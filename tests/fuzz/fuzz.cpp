@@ -1,5 +1,6 @@
 #include "fuzz/fuzz.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
