@@ -239,19 +239,6 @@ void loop(Session &session, int signals) {
 
 } // namespace
 
-std::string command_line(const std::vector<std::string> &words, unsigned char space) {
-    std::string line;
-    for (const std::string &word : words) {
-        if (!line.empty())
-            line += ' ';
-        if (word.empty())
-            line += "\"\"";
-        for (const char c : word)
-            line += c == ' ' ? static_cast<char>(space) : c;
-    }
-    return line;
-}
-
 int exec_command(sd_bus *bus, const ExecRequest &request) {
     sigset_t handled;
     sigemptyset(&handled);

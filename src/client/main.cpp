@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "client/exec_command.h"
+#include "client/exec_words.h"
 #include "client/shell.h"
 #include "client/shell_calls.h"
 #include "client/start.h"
@@ -79,26 +80,10 @@ int open_or_start(const Words &files) {
 int exec(const Words &words) {
     client::ExecRequest request;
     request.folder = common::from_working_folder(".");
-    std::size_t i = 1;
-    for (; i < words.size() && words[i].starts_with('-'); i++) {
-        if (words[i] == "--") {
-            i++;
-            break;
-        }
-        if (words[i] == "-f")
-            request.follow = true;
-        else if (words[i] == "--view")
-            request.view = true;
-        else if (words[i] == "--edit")
-            request.edit = true;
-        else if (words[i] == "-C" && i + 1 < words.size())
-            request.folder = common::from_working_folder(words[++i]);
-        else
-            return say_usage("exec does not know " + words[i]);
-    }
-    request.words.assign(words.begin() + static_cast<std::ptrdiff_t>(i), words.end());
-    if (request.words.empty())
-        return say_usage("exec needs a command");
+    const std::string problem = client::read_exec_words(words, request);
+    if (!problem.empty())
+        return say_usage(problem);
+    request.folder = common::from_working_folder(request.folder);
     while (request.folder.size() > 1 && (request.folder.ends_with('/') || request.folder.ends_with("/.")))
         request.folder.pop_back();
     client::ensure_preferences(false);

@@ -90,4 +90,10 @@ std::string Utf8Feed::finish() {
     return some ? replacement : "";
 }
 
+std::string valid_utf8(std::string_view text) {
+    Utf8Feed feed;
+    const std::string valid = feed.take(text);
+    return valid + feed.finish();
+}
+
 } // namespace common

@@ -29,6 +29,10 @@ class Utf8Feed {
     std::string kept_;
 };
 
+// Returns the whole of TEXT as a Utf8Feed gives it, with a replacement character for one that is cut off at
+// the end.
+std::string valid_utf8(std::string_view text);
+
 } // namespace common
 
 #endif

@@ -242,29 +242,31 @@ static void first_word(const char *text, BoundedBuffer &word) {
     word.copy_cut({start, std::strcspn(start, blanks)});
 }
 
-void DoAppleScript() {
-    const JobScope scope;
+CommandProcedure procedure_of_command(const char *command) {
     BoundedString<1024> word;
     static const struct {
         const char *word;
-        void (*procedure)();
+        CommandProcedure procedure;
     } scripts[] = {
         {"dvips", DoDvipsAppleScript},     {"bibtex", DoBibtexAppleScript},
         {"mpost", DoMpostAppleScript},     {"makeindex", DoMakeindexAppleScript},
         {"dvipdfm", DoDvipdfmAppleScript}, {"etex", DoTeXAppleScript},
         {"elatex", DoTeXAppleScript},
     };
-    first_word(mycommand.c_str(), word);
-    job_outcome = job_unknown;
-    if (word.view().substr(0, 3) == "pdf") {
-        DoPdfTeXAppleScript();
-        return;
-    }
+    first_word(command, word);
+    if (word.view().substr(0, 3) == "pdf")
+        return DoPdfTeXAppleScript;
     for (const auto &script : scripts)
-        if (word == script.word) {
-            script.procedure();
-            return;
-        }
+        if (word == script.word)
+            return script.procedure;
+    return nullptr;
+}
+
+void DoAppleScript() {
+    const JobScope scope;
+    job_outcome = job_unknown;
+    if (const CommandProcedure procedure = procedure_of_command(mycommand.c_str()))
+        procedure();
 }
 
 } // namespace quillon

@@ -18,6 +18,10 @@ void DoRecentPdfTeX(const char *path);
 // Run the command line mycommand in the folder curr_dir with the TeX engine, and do what follows a run.
 void DoTeXAppleScript();
 void DoPdfTeXAppleScript();
+// Returns the procedure that runs the command line COMMAND with the tool that its first word names, null for
+// an unknown word. The procedures are those above and those of tools/tool_runs.h.
+using CommandProcedure = void (*)();
+CommandProcedure procedure_of_command(const char *command);
 // Runs the command line mycommand in the folder curr_dir with the tool that its first word names. An unknown
 // word runs nothing and leaves job_outcome at job_unknown.
 void DoAppleScript();

@@ -33,7 +33,28 @@ TEST(LiveOutput, ATranscriptOfWhatWasShownIsLeftOut) {
 }
 
 TEST(CommandLine, WordsAreKeptApart) {
-    EXPECT_EQ(client::command_line({"pdftex", "a b.tex", "", "c\td"}, 31), "pdftex a\x1f"
-                                                                           "b.tex \"\" c\td");
+    EXPECT_EQ(client::command_line({"pdftex", "a b.tex", ""}, 31), "pdftex a\x1f"
+                                                                   "b.tex \"\"");
     EXPECT_EQ(client::command_line({}, 31), "");
+}
+
+TEST(CommandLine, ATabOrALineEndInAWordPartsItNot) {
+    EXPECT_EQ(client::command_line({"tex", "c\td", "e\nf g"}, 31), "tex \"c\td\" \"e\nf\x1fg\"");
+    EXPECT_EQ(client::command_line({"\"a\tb\""}, 31), "\"a\tb\"");
+}
+
+TEST(ExecWords, OptionsStandBeforeTheCommand) {
+    client::ExecRequest request;
+    EXPECT_EQ(client::read_exec_words({"exec", "-f", "--view", "-C", "sub", "--", "-x", "--edit"}, request),
+              "");
+    EXPECT_TRUE(request.follow && request.view && !request.edit);
+    EXPECT_EQ(request.folder, "sub");
+    EXPECT_EQ(request.words, (std::vector<std::string>{"-x", "--edit"}));
+}
+
+TEST(ExecWords, WhatIsNotUnderstoodIsSaid) {
+    client::ExecRequest request;
+    EXPECT_EQ(client::read_exec_words({"exec", "--edit"}, request), "exec needs a command");
+    EXPECT_EQ(client::read_exec_words({"exec", "-C"}, request), "exec does not know -C");
+    EXPECT_EQ(client::read_exec_words({"exec", "-x", "tex"}, request), "exec does not know -x");
 }

@@ -59,6 +59,12 @@ TEST(Utf8, WellFormedTextIsToldFromOtherBytes) {
     EXPECT_FALSE(is_utf8(std::string_view("a\0", 2)));
 }
 
+TEST(Utf8, AWholeTextShowsThatItsLastCharacterIsCutOff) {
+    EXPECT_EQ(valid_utf8("error\r in \xC3\xA9 \xE2\x82"), "error\n in \xC3\xA9 \xEF\xBF\xBD");
+    EXPECT_EQ(valid_utf8("abc"), "abc");
+    EXPECT_EQ(valid_utf8(""), "");
+}
+
 TEST(Utf8, LengthsOfCharacters) {
     const std::string text = "a\xC3\xA9\xE2\x82\xAC\xF0\x9D\x84\x9E\xFF";
     EXPECT_EQ(utf8_length(text, 0), 1u);

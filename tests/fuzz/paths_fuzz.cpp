@@ -39,7 +39,7 @@ const std::vector<std::string> fuzz_words = {"/",
                                              std::string(64, 'l'),
                                              std::string(255, 'm'),
                                              std::string(1000, 'n')};
-const int fuzz_runs = 5000;
+const int fuzz_runs = 2500;
 
 namespace {
 

@@ -12,7 +12,7 @@ namespace quillon::test {
 const std::vector<std::string> fuzz_words = {"KEY=",  "OTHER=",      "EMPTY=\n", "=",     "\n",  "\r",
                                              "\\",    "\\n",         "\\x41",    "\\xZZ", "\\x", "# note\n",
                                              "value", "KEY=value\n", "\\r\\\\",  " "};
-const int fuzz_runs = 3000;
+const int fuzz_runs = 1500;
 
 namespace {
 

@@ -26,7 +26,7 @@ const std::vector<std::string> fuzz_words = {"tell",
                                              "\xC3\xA9",
                                              "none:apps:x.app",
                                              "tell application \"none:x\"\ractivate\rend tell\r"};
-const int fuzz_runs = 20000;
+const int fuzz_runs = 8000;
 
 namespace {
 

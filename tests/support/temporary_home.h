@@ -25,11 +25,11 @@ namespace quillon::test {
 class TemporaryHome {
   public:
     TemporaryHome() {
-        char made[] = "/tmp/quillon-test-XXXXXX";
-        if (!::mkdtemp(made))
+        const char *const place = std::getenv("QUILLON_TEST_HOMES"); // another folder than /tmp
+        root_ = std::string(place ? place : "/tmp") + "/quillon-test-XXXXXX";
+        if (!::mkdtemp(root_.data()))
             std::abort();
-        root_ = made;
-        ::chmod(made, 0755);
+        ::chmod(root_.c_str(), 0755);
         for (const char *const folder : {"home", "config", "data", "cache", "run", "work"})
             std::filesystem::create_directory(root_ + "/" + folder);
         ::chmod((root_ + "/run").c_str(), 0700);

@@ -60,8 +60,7 @@ static std::string reply_text(const AppleEvent *reply, OSType keyword) {
 }
 
 static void answer_text(sd_bus_message *call, const std::string &text) {
-    common::Utf8Feed valid;
-    sd_bus_reply_method_return(call, "s", (valid.take(text) + valid.finish()).c_str());
+    sd_bus_reply_method_return(call, "s", common::valid_utf8(text).c_str());
 }
 
 // Answers the call with the error when a command was not run, and gives 1; else 0 with the run's STATUS.
@@ -70,7 +69,7 @@ static int answer_failure(sd_bus_message *call, OSErr result, const AppleEvent *
     if (result != noErr ||
         AEGetParamPtr(reply, keyDirectObject, typeLongInteger, status, sizeof *status, nullptr))
         sd_bus_reply_method_errorf(call, "org.quillon.Shell1.Error.Busy", "%s",
-                                   reply_text(reply, keyErrorString).c_str());
+                                   common::valid_utf8(reply_text(reply, keyErrorString)).c_str());
     else if (outcome == four("nrun"))
         sd_bus_reply_method_errorf(call, "org.quillon.Shell1.Error.NotRun", "the tool could not be run");
     else if (outcome == four("cncl"))
@@ -108,8 +107,7 @@ static void answer_run(sd_bus_message *call, OSErr result, const AppleEvent *rep
     if (answer_failure(call, result, reply, &status) || sd_bus_message_new_method_return(call, &answer) < 0)
         return;
     const std::string file = reply_text(reply, four("errf"));
-    common::Utf8Feed valid;
-    const std::string message = valid.take(reply_text(reply, four("errm"))) + valid.finish();
+    const std::string message = common::valid_utf8(reply_text(reply, four("errm")));
     AEGetParamPtr(reply, four("errl"), typeLongInteger, &line, sizeof line, nullptr);
     AEGetParamPtr(reply, four("code"), typeLongInteger, &status, sizeof status, nullptr);
     sd_bus_message_append(answer, "i", status);
