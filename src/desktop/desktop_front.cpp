@@ -63,9 +63,21 @@ WindowRef new_window(const Rect *bounds, const char *title) {
     return window_ref();
 }
 
+// Uses up the token that the desktop started the shell with, so that no program started from here is taken for
+// the shell itself. The display comes by the token when the window asks to be raised.
+void end_start() {
+    if (!qEnvironmentVariableIsEmpty("XDG_ACTIVATION_TOKEN"))
+        main_window()->activateWindow();
+    qunsetenv("XDG_ACTIVATION_TOKEN");
+    qunsetenv("DESKTOP_STARTUP_ID");
+}
+
 void show_window(WindowRef window, int show) {
-    if (window && main_window())
-        main_window()->setVisible(show != 0);
+    if (!window || !main_window())
+        return;
+    main_window()->setVisible(show != 0);
+    if (show)
+        end_start();
 }
 
 void select_window(WindowRef window) {
