@@ -15,6 +15,7 @@
 #include "desktop/main_window.h"
 #include "front/front.h"
 #include "linux/events/loop.h"
+#include "widgets/colours.h"
 #include "widgets/display.h"
 #include "widgets/icon.h"
 
@@ -63,9 +64,21 @@ WindowRef new_window(const Rect *bounds, const char *title) {
     return window_ref();
 }
 
+// Uses up the token that the desktop started the shell with, so that no program started from here is taken
+// for the shell itself. The display comes by the token when the window asks to be raised.
+void end_start() {
+    if (!qEnvironmentVariableIsEmpty("XDG_ACTIVATION_TOKEN"))
+        main_window()->activateWindow();
+    qunsetenv("XDG_ACTIVATION_TOKEN");
+    qunsetenv("DESKTOP_STARTUP_ID");
+}
+
 void show_window(WindowRef window, int show) {
-    if (window && main_window())
-        main_window()->setVisible(show != 0);
+    if (!window || !main_window())
+        return;
+    main_window()->setVisible(show != 0);
+    if (show)
+        end_start();
 }
 
 void select_window(WindowRef window) {
@@ -274,6 +287,7 @@ void make_application(int argc, char **argv) {
     // The object is never freed, since the shell ends by exit().
     auto *const application = new QApplication(count, arguments);
     QApplication::setQuitOnLastWindowClosed(false);
+    widgets::keep_quiet_texts_readable();
     QObject::connect(application, &QGuiApplication::commitDataRequest, application,
                      [](QSessionManager &) { post_leave(); });
     watch_activation();

@@ -60,6 +60,9 @@ void FindBar::lay_out() {
     text_->setPlaceholderText(tr("Find in console"));
     text_->setAccessibleName(tr("Find in console"));
     text_->setClearButtonEnabled(true);
+    // The toolkit gives its button no name.
+    for (QToolButton *const button : text_->findChildren<QToolButton *>())
+        button->setAccessibleName(tr("Clear"));
     text_->setMaxLength(longest_text);
     text_->setMinimumWidth(text_->fontMetrics().horizontalAdvance(QStringLiteral("nnnnnn")));
     previous_->setArrowType(Qt::UpArrow);

@@ -1,6 +1,6 @@
 #include "desktop/menu_mirror.h"
 
-#include <QGuiApplication>
+#include <QApplication>
 #include <QHelpEvent>
 #include <QKeyEvent>
 #include <QToolTip>
@@ -32,6 +32,20 @@ QString with_access_key(const char *title, QString &taken) {
     return text;
 }
 
+// Shows the command key beside the item. The shell itself looks command keys up, so the toolkit does not act
+// on it outside of the menus. A key that stood in the text would be read as a part of the item's name.
+void show_key(QAction *action, char key) {
+    action->setShortcutContext(Qt::WidgetShortcut);
+    action->setShortcut(QKeySequence(QStringLiteral("Ctrl+") + QChar::fromLatin1(key).toUpper()));
+}
+
+// A choice by a screen reader leaves the menus open, where one by a key or the mouse closes them.
+void close_open_menus() {
+    for (int depth = 0; depth < 4; ++depth)
+        if (auto *const menu = qobject_cast<QMenu *>(QApplication::activePopupWidget()))
+            menu->close();
+}
+
 } // namespace
 
 MirrorMenu::MirrorMenu(MenuHandle menu, QWidget *parent) : QMenu(parent), menu_(menu) {
@@ -49,6 +63,8 @@ void MirrorMenu::mirror() {
     const std::int16_t count = CountMenuItems(menu_);
     for (std::int16_t item = 1; item <= count; ++item)
         add_item(item);
+    if (count == 0)
+        addAction(tr("Empty"))->setEnabled(false); // this line is no item of the shell's menu
     if (count > long_menu && styleSheet().isEmpty())
         setStyleSheet(QStringLiteral("QMenu { menu-scrollable: 1; }"));
 }
@@ -109,10 +125,7 @@ void MirrorMenu::add_item(std::int16_t item) {
     // Names of files, formats and applications have no access keys: the letters go through them.
     const Command *const row = find_command(GetMenuID(menu_), item);
     const bool fixed = row && row->item == item;
-    QString text = fixed ? with_access_key(bytes.c_str(), taken_) : label_text(bytes.c_str());
-    // The item only shows its key; the shell itself looks command keys up.
-    if (HasItsKey(menu_, item))
-        text += QStringLiteral("\tCtrl+") + QChar::fromLatin1(GetItemCmd(menu_, item)).toUpper();
+    const QString text = fixed ? with_access_key(bytes.c_str(), taken_) : label_text(bytes.c_str());
     QAction *action = nullptr;
     if (const std::int16_t submenu = GetMenuItemHierarchicalID(menu_, item)) {
         submenus_.append(new MirrorMenu(GetMenuHandle(submenu), this));
@@ -123,9 +136,12 @@ void MirrorMenu::add_item(std::int16_t item) {
         const auto choice =
             static_cast<std::uint32_t>(GetMenuID(menu_)) << 16 | static_cast<std::uint32_t>(item);
         connect(action, &QAction::triggered, this, [choice] {
+            close_open_menus();
             post_event(mouseDown, choice, event_modifiers(QGuiApplication::queryKeyboardModifiers()));
         });
     }
+    if (HasItsKey(menu_, item))
+        show_key(action, GetItemCmd(menu_, item));
     action->setEnabled(IsMenuItemEnabled(menu_, item) != 0);
     const char *const reason = fixed && !action->isEnabled() ? why_grey(*row) : nullptr;
     action->setStatusTip(reason ? QString::fromUtf8(reason) : QString());

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 
+#include "widgets/colours.h"
 #include "widgets/display.h"
 
 namespace widgets {
@@ -19,6 +20,7 @@ bool make_window_application() {
     QApplication::setApplicationName(QStringLiteral("Quillon"));
     QApplication::setQuitOnLastWindowClosed(false);
     made = new QApplication(count, values);
+    keep_quiet_texts_readable();
     return true;
 }
 

@@ -6,6 +6,7 @@
 #include <QScrollBar>
 #include <gtest/gtest.h>
 
+#include <set>
 #include <string>
 
 using toolhost::RunWindow;
@@ -176,6 +177,21 @@ TEST_F(RunWindowTest, TheButtonsFitTheQuestion) {
     asks("\n! Undefined control sequence.\nl.1 \\x\n      \n\n? ");
     EXPECT_FALSE(shows(QStringLiteral("Choose &File...")));
     EXPECT_TRUE(shows(QStringLiteral("&Scroll")));
+}
+
+TEST_F(RunWindowTest, EveryControlHasALetterOfItsOwn) {
+    host_.answers_are_tex = 1;
+    RunWindow window(host_);
+    std::set<QString> letters;
+    QStringList texts;
+    for (const QPushButton *const button : window.findChildren<QPushButton *>())
+        texts.append(button->text());
+    for (const QLabel *const label : window.findChildren<QLabel *>())
+        texts.append(label->buddy() ? QStringList(label->text()) : QStringList());
+    for (const QString &text : texts)
+        EXPECT_TRUE(letters.insert(QKeySequence::mnemonic(text).toString()).second) << text.toStdString();
+    EXPECT_EQ(letters.size(), 11U);
+    EXPECT_FALSE(letters.contains(QString()));
 }
 
 TEST_F(RunWindowTest, ClosingCancelsAndTheWindowStaysUntilTheRunHasGone) {

@@ -80,6 +80,35 @@ class Window(Desk):
         self.assertEqual(self.running.returncode, 0)
 
 
+class Dark(Desk):
+    """A desktop with dark windows, whose colours say nothing of quiet texts."""
+
+    COLOURS = "[Colors:{}]\nBackgroundNormal=27,30,32\nForegroundNormal=252,252,252\nForegroundInactive=161,169,177\n"
+
+    def test_the_hint_of_the_empty_console_can_be_read(self):
+        self.environment.update(QT_QPA_PLATFORMTHEME="kde", KDE_SESSION_VERSION="5")
+        self.file("kdeglobals", "".join(map(self.COLOURS.format, ("Window", "View", "Button"))),
+                  self.environment["XDG_CONFIG_HOME"])
+        self.start_desktop()
+        self.keys("ctrl+k")
+        wait_until(lambda: self.brightest() > 120, "a hint that can be read")
+        self.assertEqual(self.darkest(), 27)
+
+    def middle(self):
+        """The pixels of the window without its edges, where nothing but the hint is."""
+        place, pixels = self.geometry(self.window), self.picture()
+        width, height = place["WIDTH"], place["HEIGHT"]
+        pixels = pixels[::len(pixels) // (3 * width * height)]  # one byte a colour, where there may be two
+        return [pixels[3 * (row * width + width // 10):3 * (row * width + width * 9 // 10)]
+                for row in range(height * 3 // 10, height * 9 // 10)]
+
+    def brightest(self):
+        return max(map(max, self.middle()))
+
+    def darkest(self):
+        return min(map(min, self.middle()))
+
+
 class SmallScreen(Desk):
     screen = "800x500x24"
 

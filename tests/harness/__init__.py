@@ -11,6 +11,7 @@ from harness.display import DesktopTest
 from harness.home import BINARIES, BUILD, FAKES, HomeTest, program_of
 from harness.processes import alive, stop, wait_until
 from harness.tool_host import APP, PATH, TOOL, HostTest, log_of
+from harness.wayland import WaylandTest
 
 __all__ = ["APP", "BINARIES", "BUILD", "FAKES", "HELPERS", "MAIN_LOOP", "PATH", "TOOL",
-           "Applications", "DesktopTest", "HomeTest", "HostTest", "ServiceTest", "alive", "code", "log_of", "plain", "program_of", "stop", "typed", "wait_until"]
+           "Applications", "DesktopTest", "HomeTest", "HostTest", "ServiceTest", "WaylandTest", "alive", "code", "log_of", "plain", "program_of", "stop", "typed", "wait_until"]

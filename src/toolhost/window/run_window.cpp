@@ -1,5 +1,6 @@
 #include "toolhost/window/run_window.h"
 
+#include <QAccessibleWidget>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QFileDialog>
@@ -34,12 +35,19 @@ QLabel *quiet_label(QWidget *parent) {
     return label;
 }
 
+// Says what the window is to a screen reader, for which a plain widget would be a part of some window.
+QAccessibleInterface *window_access(const QString &, QObject *object) {
+    auto *const window = dynamic_cast<RunWindow *>(object);
+    return window ? new QAccessibleWidget(window, QAccessible::Window) : nullptr;
+}
+
 } // namespace
 
 RunWindow::RunWindow(const ToolWindowHost &host) : host_(host) {
     const QString tool = QString::fromUtf8(host.tool);
     setWindowTitle(tool + QStringLiteral(" – Quillon"));
     setWindowIcon(widgets::shell_icon());
+    QAccessible::installFactory(window_access);
     setAttribute(Qt::WA_ShowWithoutActivating);
 
     text_ = new QPlainTextEdit(this);
