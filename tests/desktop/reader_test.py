@@ -8,7 +8,7 @@ sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."
 from desk import HELD, PLAIN  # noqa: E402
 from harness import wait_until  # noqa: E402
 from reader import (CONTROLS, ROLE, STATE, Atspi, Reader, children, described, everything, has, label_of,  # noqa: E402
-                    matching, quietly, text_of, wait_for)
+                    quietly, text_of, wait_for)
 
 MENUS = ["Quillon", "File", "Edit", "Options", "Tools", "Transfer", "Help"]
 ASKS = "echo $$ > \"$HOME/leader\"; printf 'What? '; read x; echo \"answer $x\"; while [ ! -e \"$HOME/go\" ]; do " \
