@@ -91,10 +91,6 @@ class WaylandTest(ServiceTest):
         self.message(f"[con_id={window['id']}] focus")
         self.window("the focus", id=window["id"], focused=True)
 
-    def screen(self, path):
-        """Writes a picture of the screen."""
-        subprocess.run(["grim", path], env=self.environment, timeout=60, check=True)
-
     def activation_token(self):
         """A token as a desktop gives one to a program that it starts: xdg_activation_v1, spoken over the wire."""
         with socket.socket(socket.AF_UNIX) as connection:
