@@ -14,6 +14,9 @@ namespace setpaths {
 
 namespace {
 
+// What the ids of Quillon's own desktop entries begin with: they open no document for Quillon.
+constexpr std::string_view own_entries = "org.quillon.";
+
 std::string variable(const char *name, const std::string &fallback) {
     const char *const value = std::getenv(name);
     return value && *value ? value : fallback;
@@ -35,8 +38,8 @@ std::string entry_path(const std::string &id) {
     return {};
 }
 
-// Returns the first installed desktop entry that FILE names for the MIME type in the group GROUP, empty when
-// there is none.
+// Returns the first installed desktop entry of another program that FILE names for the MIME type in the group
+// GROUP, empty when there is none.
 std::string listed(const std::string &file, std::string_view group, const std::string &mime_type) {
     std::ifstream lines(file);
     std::string line;
@@ -51,10 +54,12 @@ std::string listed(const std::string &file, std::string_view group, const std::s
         std::string rest = line.substr(mime_type.size() + 1);
         while (!rest.empty()) {
             const std::size_t end = std::min(rest.find(';'), rest.size());
-            if (const std::string path = end > 0 ? entry_path(rest.substr(0, end)) : std::string();
-                !path.empty())
-                return path;
+            const std::string id = rest.substr(0, end);
             rest.erase(0, end + 1);
+            if (id.empty() || id.starts_with(own_entries))
+                continue;
+            if (const std::string path = entry_path(id); !path.empty())
+                return path;
         }
     }
     return {};

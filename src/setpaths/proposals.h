@@ -7,7 +7,7 @@
 namespace setpaths {
 
 // Returns the POSIX path of the desktop entry that opens files of that MIME type by default, else of any that
-// opens them. Empty when there is none.
+// opens them, but never one of Quillon's own. Empty when there is none.
 std::string default_entry(const std::string &mime_type);
 
 } // namespace setpaths
