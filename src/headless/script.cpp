@@ -172,8 +172,8 @@ static void choose_menu(const std::string &rest) {
     }
 }
 
-// True when there is a file at PATH that nobody writes and whose length is the same as it was a moment before.
-// Asked again for another path it begins anew.
+// True when there is a file at PATH that nobody writes and whose length is the same as it was a moment
+// before. Asked again for another path it begins anew.
 static bool is_settled(const std::string &path) {
     constexpr std::uint32_t moment = 12; // ticks
     static std::string asked;
