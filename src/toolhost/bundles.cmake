@@ -4,9 +4,11 @@ file(GLOB bundles ${APPS}/*.app)
 foreach(bundle ${bundles})
   get_filename_component(leaf ${bundle} NAME)
   string(REGEX REPLACE "\\.app$" "" tool ${leaf})
-  file(COPY ${bundle} DESTINATION ${HOME})
   set(contents ${HOME}/${leaf}/Contents)
-  file(MAKE_DIRECTORY ${contents}/Linux ${contents}/Resources)
+  # Nothing stays of what an earlier build had there.
+  file(REMOVE_RECURSE ${contents}/Resources)
+  file(COPY ${bundle} DESTINATION ${HOME})
+  file(MAKE_DIRECTORY ${contents}/Linux)
   # These two have programs of their own.
   if(NOT tool MATCHES "^(setpaths|dviview)$")
     file(CREATE_LINK ../../../Quillon.app/Contents/Linux/quillon-toolhost ${contents}/Linux/${tool} SYMBOLIC)

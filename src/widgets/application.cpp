@@ -7,7 +7,7 @@
 
 namespace widgets {
 
-bool make_window_application() {
+bool make_window_application(const char *desktop_entry) {
     static QApplication *made = nullptr;
     if (made)
         return true;
@@ -16,8 +16,8 @@ bool make_window_application() {
     static int count = 1;
     static char name[] = "quillon";
     static char *values[] = {name, nullptr};
-    QGuiApplication::setDesktopFileName(QStringLiteral("org.quillon.Shell"));
-    QApplication::setApplicationName(QStringLiteral("Quillon"));
+    QGuiApplication::setDesktopFileName(QString::fromLatin1(desktop_entry));
+    QApplication::setApplicationName(QString::fromLatin1(desktop_entry));
     QApplication::setQuitOnLastWindowClosed(false);
     made = new QApplication(count, values);
     keep_quiet_texts_readable();

@@ -8,7 +8,7 @@ namespace widgets {
 
 namespace {
 
-constexpr int canvas = 128; // units of the drawing, the same as in resources/org.quillon.Shell.svg
+constexpr int canvas = 128; // units of the drawing, the same as in resources/icons/org.quillon.Shell.svg
 
 void draw_page(QPainter &painter) {
     QPainterPath page(QPointF(24, 12));

@@ -169,6 +169,18 @@ class SetpathsTest(HomeTest):
         self.assertEqual(settings["Editor"], self.unix(self.home + "/share/applications/write.desktop"))
         self.assertNotIn("VIEWPS", settings)
 
+    def test_quillon_is_not_proposed_as_its_own_editor(self):
+        folder = self.home + "/share/applications"
+        for name in ("org.quillon.Shell.desktop", "write.desktop"):
+            self.file(name, "", folder)
+        # Installed packages are listed so: who claims a type comes into the cache, in the order of names.
+        self.file("mimeinfo.cache", "[MIME Cache]\ntext/x-tex=org.quillon.Shell.desktop;write.desktop;\n"
+                  "application/x-dvi=org.quillon.Shell.desktop;\n", folder)
+        self.run_it("--defaults")
+        settings = self.settings()
+        self.assertEqual(settings["Editor"], self.unix(folder + "/write.desktop"))
+        self.assertNotIn("DVIPREVIEW", settings)
+
     def test_without_a_distribution(self):
         status, _, error = self.run_it("--defaults", PATH="/nowhere")
         if "can't find a TeX" in error:

@@ -11,7 +11,7 @@ namespace setpaths {
 
 extern "C" __attribute__((visibility("default"))) bool quillon_setup_window(const SetupWindowHost &host,
                                                                             int *status) {
-    if (!widgets::make_window_application())
+    if (!widgets::make_window_application(widgets::setup_entry))
         return false;
     QApplication::setWindowIcon(widgets::shell_icon());
     SetupDialog dialog(host);

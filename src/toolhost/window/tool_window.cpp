@@ -16,7 +16,7 @@ constexpr int refresh_milliseconds = 50;
 } // namespace
 
 extern "C" __attribute__((visibility("default"))) int quillon_tool_window(const ToolWindowHost *host) {
-    if (!widgets::make_window_application())
+    if (!widgets::make_window_application(widgets::shell_entry))
         return 0;
     QEventLoop loop;
     toolhost::RunWindow window(*host);
