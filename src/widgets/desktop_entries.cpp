@@ -33,10 +33,10 @@ QString unescaped(const QString &text) {
     return value;
 }
 
-// Returns TEXT without the blanks, tabs and line ends around it.
+// Returns TEXT without the blanks and tabs around it and the line end behind it.
 QByteArray bare(QByteArray text) {
-    const auto is_blank = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
-    while (!text.isEmpty() && is_blank(text.back()))
+    const auto is_blank = [](char c) { return c == ' ' || c == '\t'; };
+    while (!text.isEmpty() && (is_blank(text.back()) || text.back() == '\r' || text.back() == '\n'))
         text.chop(1);
     while (!text.isEmpty() && is_blank(text.front()))
         text.remove(0, 1);

@@ -90,6 +90,7 @@ TEST(DesktopEntries, BrokenEntriesAreReadAsWhereTheyAreStarted) {
     EXPECT_EQ(widgets::read_desktop_entry(path).name, QStringLiteral("A B\\\\x"));
     for (const char *const text : {" [Desktop Entry]\nType=Application\nExec=true\n",
                                    "\r[Desktop Entry]\nType=Application\nExec=true\n",
+                                   "[Desktop Entry]\n\rType=Application\nExec=true\n",
                                    "[Desktop Entry]\nType=Application\nExec=\nExec=true\n",
                                    "[Desktop Entry]\nType=Link\nType=Application\nExec=true\n"}) {
         write_file(path, text);
