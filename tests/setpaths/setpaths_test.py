@@ -171,11 +171,9 @@ class SetpathsTest(HomeTest):
 
     def test_quillon_is_not_proposed_as_its_own_editor(self):
         folder = self.home + "/share/applications"
-        for name in ("org.quillon.Shell.desktop", "write.desktop"):
-            self.file(name, "", folder)
-        # Installed packages are listed so: who claims a type comes into the cache, in the order of names.
-        self.file("mimeinfo.cache", "[MIME Cache]\ntext/x-tex=org.quillon.Shell.desktop;write.desktop;\n"
-                  "application/x-dvi=org.quillon.Shell.desktop;\n", folder)
+        for name, types in (("org.quillon.Shell", "text/x-tex;application/x-dvi;"), ("write", "text/x-tex;")):
+            self.file(f"{name}.desktop", f"[Desktop Entry]\nType=Application\nName={name}\nExec=true\nMimeType={types}\n"
+                      "Categories=TextEditor;\n", folder)
         self.run_it("--defaults")
         settings = self.settings()
         self.assertEqual(settings["Editor"], self.unix(folder + "/write.desktop"))
