@@ -37,6 +37,10 @@ class Menu(Installed):
     def test_the_menu_starts_it_and_a_menu_choice_typesets_the_sample(self):
         sample = self.example("sample.tex")
         self.launch("org.quillon.Shell.desktop")
+        setup = wait_until(lambda: self.windows("^Set Up Quillon$"), "the set-up")[0]
+        self.activate(setup)
+        # A key that is pressed before the window takes keys is lost.
+        wait_until(lambda: self.keys("Return") or os.path.exists(self.preferences_path), "the preferences")
         self.window = wait_until(lambda: self.windows("^Quillon$"), "the window")[0]
         wait_until(lambda: self.active() == self.window, "the keyboard")
         self.assertIn('"org.quillon.Shell"', self.property("WM_CLASS"))
