@@ -89,7 +89,14 @@ bool is_editor(const DesktopEntry &entry) {
 // How likely the entry is the one for the use: 0 is the likeliest. The desktop's own choices come first, then
 // the rows of the table in their order, then what says of itself that it is one. From `unlikely` on an entry
 // is not proposed, and with `unfit` it is none at all.
-enum { first_in_table = 10, in_no_table = 300, in_terminal = 300, unlikely = 1000, unfit = 2000 };
+enum {
+    most_defaults = 5,
+    first_in_table = 2 * most_defaults,
+    in_no_table = 300,
+    in_terminal = 300,
+    unlikely = 1000,
+    unfit = 2000
+};
 
 // Returns the place of the row for the entry at PATH, at most 255; -1 when there is none.
 template <typename Row> int place_in_table(const std::vector<Row> &rows, const std::string &path) {
@@ -106,8 +113,10 @@ int rank(const DesktopEntry &entry, Use use, const std::vector<Associations> &as
     for (std::size_t i = 0; i < types.size(); i++) {
         const Associations &known = associations[i];
         const int number = static_cast<int>(i);
-        if (holds(known.defaults, entry.path) && (use != Use::editor || edits))
-            return number;
+        const auto chosen = std::find(known.defaults.begin(), known.defaults.end(), entry.path);
+        if (chosen != known.defaults.end() && (use != Use::editor || edits))
+            return number * most_defaults + static_cast<int>(std::min<std::ptrdiff_t>(
+                                                chosen - known.defaults.begin(), most_defaults - 1));
         if (holds(known.added, entry.path) ||
             (holds(entry.types, types[i]) && !holds(known.removed, entry.path)))
             fallback = std::min(fallback, unlikely + number);

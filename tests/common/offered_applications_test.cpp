@@ -11,6 +11,11 @@ namespace {
 
 // A home in which the system's desktop entries are in the folder shared/applications.
 struct Desktop : TemporaryHome {
+    Desktop() {
+        file("data/Quillon/editors.table",
+             "kate | org.kde.kate | %f\nemacs | emacs | %f\nnano | nano | %f | %f | terminal\n");
+        file("data/Quillon/viewers.table", "zathura | org.pwmt.zathura | %d\nokular | org.kde.okular | %d\n");
+    }
     void entry(const std::string &id, const std::string &keys, const char *folder = "shared") const {
         file(std::string(folder) + "/applications/" + id + ".desktop",
              "[Desktop Entry]\nType=Application\nExec=true %f\nName=" + id + "\n" + keys);
@@ -46,8 +51,8 @@ std::string proposed(Use use) {
 
 TEST(InstalledApplications, AreThoseThatThisDesktopShows) {
     const Desktop desktop;
-    for (const char *const key : {"NoDisplay=true", "Hidden=true", "TryExec=/no/such/program",
-                                  "OnlyShowIn=Else;", "Exec=", "NotShowIn=Here;"})
+    for (const char *const key :
+         {"NoDisplay=true", "Hidden=true", "TryExec=/no/such/program", "OnlyShowIn=Else;", "NotShowIn=Here;"})
         desktop.entry(std::string("x") + key[0] + key[2], key + std::string("\n"));
     desktop.entry("b", "");
     desktop.entry("org.quillon.Shell", "");

@@ -46,7 +46,7 @@ class Wayland(WaylandTest):
         shell = self.start_desktop()
         self.assertEqual(shell["app_id"], "org.quillon.Shell")
         self.assertTrue(os.path.exists(os.path.join(SOURCE, "resources", shell["app_id"] + ".desktop")))
-        self.assertTrue(os.path.exists(os.path.join(SOURCE, "resources", shell["app_id"] + ".svg")))
+        self.assertTrue(os.path.exists(os.path.join(SOURCE, "resources", "icons", shell["app_id"] + ".svg")))
         self.assertEqual(shell["pid"], self.running.pid)
 
     def test_a_command_key_typesets_the_file(self):

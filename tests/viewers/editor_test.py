@@ -42,7 +42,7 @@ class StartedOnce(Applications, ServiceTest):
         documents = os.path.join(self.work, "documents")
         bundle = self.fake_bundle(os.path.join(self.home, "BBEdit.app"), "EDT1", documents=documents)
         self.run_fails(bundle)
-        wait_until(lambda: os.path.exists(documents))
+        wait_until(lambda: os.path.exists(documents) and os.path.getsize(documents), "the document")
         wait_until(lambda: not self.processes_of("Helpers/"), "the end of the commands")
         with open(documents, "rb") as file:
             self.assertEqual(file.read(), os.fsencode(self.path) + b"\0")

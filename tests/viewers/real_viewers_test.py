@@ -78,6 +78,7 @@ class RealViewers(Applications, DesktopTest):
     def start_with(self, path, **settings):
         self.run_program(os.path.join(self.binaries, "setpaths.app", "Contents", "Linux", "setpaths"), "--defaults")
         values = dict(self.settings(), PDFVIEW="/usr/bin/zathura", **settings)
+        values.pop("DVIPREVIEW", None)  # without one it is xdvi
         self.write_preferences("".join(f"{key}={value}\n" for key, value in values.items()))
         self.start_desktop(path)
 
