@@ -16,7 +16,7 @@ SOURCES = os.path.join(ROOT, "src")
 SHELL = ("core", "settings", "jobs", "tools", "events", "viewers", "files", "kpath", "menus", "console", "dialogs")
 FLOOR = ("state", "toolbox", "front")
 # Of what every program shares the shell reads these tables, which name no library.
-TABLES = ("common/search_settings.h", "common/setting_numbers.h")
+TABLES = ("common/search_settings.h", "common/setting_numbers.h", "common/index_settings.h")
 # What a folder may include of the others (folders, or single headers), besides itself and the standard library. A
 # folder within a folder is one of its own where it is named here.
 ALLOWED = {

@@ -14,6 +14,7 @@
 #include <zlib.h>
 
 #include "background/format_place.h"
+#include "common/field_files.h"
 #include "common/host_files.h"
 #include "common/path_forms.h"
 #include "common/places.h"
@@ -42,21 +43,9 @@ void remove_folder(const std::string &folder) {
     files::remove_all(folder, ignored);
 }
 
-bool write_file(const std::string &path, const std::string &text) {
-    const std::string fresh = path + "." + std::to_string(getpid());
-    std::FILE *const file = std::fopen(fresh.c_str(), "we");
-    if (!file)
-        return false;
-    const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
-    if (std::fclose(file) == 0 && written && std::rename(fresh.c_str(), path.c_str()) == 0)
-        return true;
-    unlink(fresh.c_str());
-    return false;
-}
-
 // True while the note in the folder of a copy, the path and the stamp of its original, is true.
 bool holds(const std::string &folder) {
-    const std::vector<std::string> note = toolhost::read_fields(folder + "/" + note_name);
+    const std::vector<std::string> note = common::read_fields(folder + "/" + note_name);
     return note.size() == 2 && toolhost::stamp_of(note[0]) == note[1];
 }
 
@@ -146,7 +135,7 @@ Unpacked make_copy(const std::string &original, const std::string &stamp, const 
     if (result == Unpacked::yes && !make_room(0))
         result = Unpacked::no;
     if (result == Unpacked::yes &&
-        (!write_file(part + "/" + note_name, toolhost::joined_fields({original, stamp})) ||
+        (!common::replace_file(part + "/" + note_name, common::joined_fields({original, stamp})) ||
          std::rename(part.c_str(), (folder + "/" + name).c_str()) != 0))
         result = Unpacked::ended_early;
     if (result != Unpacked::yes)
@@ -202,7 +191,7 @@ void copy_format(const toolhost::FormatSearch &search, const toolhost::Variables
     fields.insert(fields.end(), {"original", place.path, stamp});
     const bool copied = made == Unpacked::yes;
     fields.insert(fields.end(), {"copy", copied ? name : "", copied ? std::to_string(length) : "", "end"});
-    write_file(toolhost::search_file(search, environment), toolhost::joined_fields(fields));
+    common::replace_file(toolhost::search_file(search, environment), common::joined_fields(fields));
 }
 
 } // namespace background

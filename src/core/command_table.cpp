@@ -113,6 +113,7 @@ const Command command_table[] = {
     separator(menu_options, 15),
     unstored(menu_options, options_etex, "e-TeX Mode", 'E', toggle_etex, etex_is_on),
     unstored(menu_options, options_parse, "Parse First Line", 0, toggle_parse, parse_is_on),
+    on_off(menu_options, options_rerun, "Run Until Stable", 0, "RERUN"),
 
     idle(menu_edit, edit_undo, "Undo", 'Z'),
     separator(menu_edit, 2),

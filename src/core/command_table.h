@@ -58,6 +58,7 @@ enum : std::int16_t {
     options_mpformat = 14,
     options_etex = 16,
     options_parse = 17,
+    options_rerun = 18,
 
     edit_undo = 1,
     edit_cut = 3,

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "common/index_settings.h"
 #include "console/output.h"
 #include "dialogs/dialog.h"
 #include "files/choosers.h"
@@ -13,15 +14,9 @@ namespace quillon {
 
 namespace {
 
-struct Flag {
-    const char *key;
-    const char *option;
-    std::int16_t control;
-};
-constexpr Flag makeindex_flags[] = {
-    {"MICOMPRESS", " -c", 4}, {"MIGERMAN", " -g", 5}, {"MILETTER", " -l", 6}, {"MIRANGE", " -r", 7}};
-
+// The controls of the flags follow each other as the settings do.
 enum : std::int16_t {
+    index_first_flag = 4,
     index_page = 8,
     index_style = 9,
     index_output = 10,
@@ -67,11 +62,11 @@ void append_stored(BoundedBuffer &out, const char *option, const char *key) {
 
 void SetMakeIndexOptions(BoundedBuffer &out) {
     out.clear();
-    for (const Flag &flag : makeindex_flags)
+    for (const common::IndexSetting &flag : common::index_flags)
         if (is_on(flag.key))
-            out.append(flag.option);
-    append_stored(out, "-p", "MIPAGESTRING");
-    append_stored(out, "-s", "MISTYLE");
+            out.append_format(" %s", flag.option);
+    for (const common::IndexSetting &named : common::index_values)
+        append_stored(out, named.option, named.key);
 }
 
 int accept_makeindex(DialogRef) {
@@ -101,8 +96,9 @@ int GetMakeIndexOptions(BoundedBuffer &folder, BoundedBuffer &files, BoundedBuff
     file_list.clear();
     work_folder.clear();
     const DialogRef window = open_dialog(dialog_makeindex);
-    for (const Flag &flag : makeindex_flags)
-        SetControlValue(window, flag.control, is_on(flag.key));
+    std::int16_t control = index_first_flag;
+    for (const common::IndexSetting &flag : common::index_flags)
+        SetControlValue(window, control++, is_on(flag.key));
     show_setting(window, index_page, "MIPAGESTRING", "");
     show_setting(window, index_style, "MISTYLE", "");
     const int confirmed = run_dialog(window) && !file_list.empty();
@@ -113,11 +109,12 @@ int GetMakeIndexOptions(BoundedBuffer &folder, BoundedBuffer &files, BoundedBuff
         GetControlText(window, index_transcript, transcript);
         set_str_resource("MISTYLE", style.c_str());
         options.clear();
-        for (const Flag &flag : makeindex_flags) {
-            const int ticked = GetControlValue(window, flag.control);
+        control = index_first_flag;
+        for (const common::IndexSetting &flag : common::index_flags) {
+            const int ticked = GetControlValue(window, control++);
             set_str_resource(flag.key, ticked ? "1" : "0");
             if (ticked)
-                options.append(flag.option);
+                options.append_format(" %s", flag.option);
         }
         append_option(options, "-p", page.c_str());
         folder.copy(work_folder.view());

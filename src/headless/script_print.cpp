@@ -106,6 +106,7 @@ static const FlagState flag_states[] = {
     {"doView", doView},
     {"addSpecials", addSpecials},
     {"doRecord", doRecord},
+    {"runUntilStable", runUntilStable},
     {"parseFirstLine", parseFirstLine},
     {"doAlias", doAlias},
     {"tex_error", tex_error},

@@ -18,14 +18,6 @@ namespace {
 
 constexpr std::size_t largest_cnf = 1000000;
 
-bool lies_in(const std::string &path, const std::vector<std::string> &trees) {
-    for (const std::string &tree : trees)
-        if (!tree.empty() && path.starts_with(tree) &&
-            (path.size() == tree.size() || path[tree.size()] == '/'))
-            return true;
-    return false;
-}
-
 // Joins ELEMENTS (from own_elements) with what VARIABLE holds already. Where it holds nothing, the empty
 // element in ELEMENTS stands for the distribution's default.
 void put_search_path(Variables &variables, const std::string &variable, const std::string &elements) {
@@ -65,6 +57,14 @@ void put_options(Variables &variables, const common::Bundle &bundle) {
 }
 
 } // namespace
+
+bool lies_in(const std::string &path, const std::vector<std::string> &trees) {
+    for (const std::string &tree : trees)
+        if (!tree.empty() && path.starts_with(tree) &&
+            (path.size() == tree.size() || path[tree.size()] == '/'))
+            return true;
+    return false;
+}
 
 bool is_engine(const std::string &signature) {
     return signature == "*Xet" || signature == "eXet" || signature == "PXET" || signature == "PxET";

@@ -18,6 +18,8 @@ using Variables = std::map<std::string, std::string>;
 // True when SIGNATURE is that of a TeX engine's bundle.
 bool is_engine(const std::string &signature);
 
+// True when PATH is one of the folders TREES, or lies in one.
+bool lies_in(const std::string &path, const std::vector<std::string> &trees);
 // Returns the elements of a search-path setting that lie outside TREES (absolute POSIX folders), as the value
 // of an environment variable. An empty element in it stands for the distribution's default: at the head when
 // VALUE begins with one, else at the end. Returns an empty text when no element but the current folder is

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "common/background.h"
+#include "common/field_files.h"
 #include "common/host_files.h"
 #include "common/path_forms.h"
 #include "common/places.h"
@@ -17,7 +18,6 @@ namespace toolhost {
 
 namespace {
 
-constexpr std::size_t largest_file = 1 << 20;
 constexpr std::size_t first_line_limit = 4096;
 const char *const search_title = "quillon format search 1";
 
@@ -28,7 +28,7 @@ std::string hex(std::size_t number) {
 }
 
 std::string hash_of(const std::vector<std::string> &fields) {
-    return hex(std::hash<std::string>{}(joined_fields(fields)));
+    return hex(std::hash<std::string>{}(common::joined_fields(fields)));
 }
 
 std::string without_extension(std::string name) {
@@ -114,7 +114,7 @@ CopyState find_copy(const FormatSearch &search, const Variables &environment, co
     // Most search paths begin with the working folder.
     if (access((folder + "/" + leaf).c_str(), F_OK) == 0)
         return CopyState::none;
-    const std::vector<std::string> fields = read_fields(search_file(search, environment)),
+    const std::vector<std::string> fields = common::read_fields(search_file(search, environment)),
                                    head = search_head(search);
     if (fields.size() <= head.size() || fields.back() != "end" ||
         !std::equal(head.begin(), head.end(), fields.begin()))
@@ -204,23 +204,6 @@ std::string copy_name(const std::string &original, const std::string &stamp) {
 
 std::vector<std::string> search_head(const FormatSearch &search) {
     return {search_title, search.program, search.progname, search.name};
-}
-
-std::vector<std::string> read_fields(const std::string &path) {
-    const std::string text = common::read_file(path, largest_file);
-    std::vector<std::string> fields;
-    for (std::size_t start = 0, end; (end = text.find('\0', start)) != std::string::npos; start = end + 1)
-        fields.push_back(text.substr(start, end - start));
-    return fields;
-}
-
-std::string joined_fields(const std::vector<std::string> &fields) {
-    std::string text;
-    for (const std::string &field : fields) {
-        text += field;
-        text += '\0';
-    }
-    return text;
 }
 
 std::string variable_field(const Variables &environment, const std::string &name) {

@@ -60,14 +60,11 @@ std::string search_file(const FormatSearch &search, const Variables &environment
 std::string stamp_of(const std::string &path);
 // Returns the name of the folder of the copy of ORIGINAL in the state STAMP.
 std::string copy_name(const std::string &original, const std::string &stamp);
-// A file of the cache is a sequence of fields, each ended by a NUL. A search file holds a head (search_head),
-// then groups of three: "variable" NAME VALUE, an environment variable ("-" before the value of one that is
-// set, else nothing); "place" PATH STAMP, a file or folder that the search rests on; "original" PATH STAMP;
-// and "copy" NAME LENGTH, or "copy" and two empty fields when the original is to be used itself. It ends with
-// "end".
+// A search file (common/field_files.h) holds a head (search_head), then groups of three: "variable" NAME
+// VALUE, an environment variable ("-" before the value of one that is set, else nothing); "place" PATH STAMP,
+// a file or folder that the search rests on; "original" PATH STAMP; and "copy" NAME LENGTH, or "copy" and two
+// empty fields when the original is to be used itself. It ends with "end".
 std::vector<std::string> search_head(const FormatSearch &search);
-std::vector<std::string> read_fields(const std::string &path);
-std::string joined_fields(const std::vector<std::string> &fields);
 // The value of NAME in ENVIRONMENT as a search file holds it.
 std::string variable_field(const Variables &environment, const std::string &name);
 

@@ -91,16 +91,18 @@ bool watch(int channel, int children, pid_t program, int *status) {
     }
 }
 
-// Gives the output of the run before back unless the host says that it has seen to that itself. A host that
-// dies takes the program's terminal along, so the end of the program may be known before that of the host.
-void settle(int channel, const KeptOutput &kept) {
+// Gives the output of the run before back, and takes the recorder's list away, unless the host says that it
+// has seen to that itself. A host that dies takes the terminal of PROGRAM along, so the end of the program
+// may be known before that of the host.
+void settle(int channel, const Launch &launch, pid_t program) {
     int word = -1;
-    while (!kept.path.empty() && word != output_is_settled) {
+    while ((!launch.kept.path.empty() || !launch.list.path.empty()) && word != output_is_settled) {
         const ssize_t count = recv(channel, &word, sizeof word, 0);
         if (count < 0 && errno == EINTR)
             continue;
         if (count <= 0) {
-            give_back(kept);
+            give_back(launch.kept);
+            take_away(launch.list, program);
             return;
         }
     }
@@ -181,7 +183,7 @@ pid_t start_program(Launch &mine, int *error) {
     const pid_t program = start_program(mine, &error);
     if (error != 0) {
         send_packet(link, GuardNews::not_started, error);
-        settle(link, mine.kept);
+        settle(link, mine, 0);
         _exit(0);
     }
     send_packet(link, GuardNews::started, program);
@@ -190,7 +192,7 @@ pid_t start_program(Launch &mine, int *error) {
     kill_descendants(0, nullptr, nullptr);
     if (ended)
         send_packet(link, GuardNews::ended, status);
-    settle(link, mine.kept);
+    settle(link, mine, program);
     _exit(0);
 }
 

@@ -13,6 +13,7 @@
 
 #include "common/run_notes.h"
 #include "toolhost/kept_output.h"
+#include "toolhost/recorder.h"
 
 namespace toolhost {
 
@@ -25,6 +26,7 @@ struct Launch {
     int terminal = -1;                    // becomes the program's standard input, and its output and error
     int output = -1; // becomes its output and error in the terminal's place; -1: the terminal does
     KeptOutput kept; // given back when the host goes before the run ends
+    OwnList list;    // taken away then
     int record = -1; // becomes its descriptor edit_descriptor
 };
 
@@ -42,13 +44,13 @@ struct GuardPacket {
     int value;
 };
 
-// What the host sends once Launch::kept is given back or dropped.
+// What the host sends once Launch::kept is given back or dropped, and Launch::list taken away.
 constexpr int output_is_settled = 0;
 
 // Starts the guard and the program. Returns the guard's process id and puts the host's end of the packet
 // channel into CHANNEL, which the caller closes; -1 on failure. On the channel the host sends an int, the
 // number of a signal for the program's process group; SIGKILL kills every process of the run. After the end
-// the guard waits for output_is_settled; when the host dies before, the guard gives LAUNCH.kept back.
+// the guard waits for output_is_settled; when the host dies before, the guard sees to both itself.
 pid_t start_guard(const Launch &launch, int *channel);
 
 // Keeps the argument list of main. The guard writes a title of its own over it, so that a search for the host

@@ -8,6 +8,7 @@
 #include <sys/signalfd.h>
 #include <unistd.h>
 
+#include "common/clock.h"
 #include "common/session_bus.h"
 #include "toolbox/types.h"
 #include "toolhost/window/open_window.h"
@@ -62,6 +63,7 @@ Host::Host(const common::Bundle &bundle)
 
 Host::~Host() {
     run_.reset();
+    sd_event_source_disable_unref(step_);
     sd_bus_message_unref(command_);
     sd_event_source_disable_unref(window_timer_);
     sd_bus_slot_unref(shell_slot_);
@@ -160,7 +162,7 @@ std::int32_t Host::refusal(const common::Parameter *command, const common::Param
         return quillon::errAECoercionFail;
     if (!folder->bytes.starts_with('/'))
         return quillon::dirNFErr;
-    return run_ && !run_->ended() ? quillon::connectionInvalid : quillon::noErr;
+    return busy() ? quillon::connectionInvalid : quillon::noErr;
 }
 
 int Host::start_run(sd_bus_message *call, const common::Parameters &parameters) {
@@ -173,24 +175,34 @@ int Host::start_run(sd_bus_message *call, const common::Parameters &parameters) 
     watch_shell(sd_bus_message_get_sender(call));
     sd_bus_message_unref(command_);
     command_ = sd_bus_message_ref(call);
-    prepare_run();
+    prepare_command();
     run_->start(command->bytes, folder->bytes);
     watch_window();
     return 1;
 }
 
-void Host::prepare_run() {
+void Host::prepare_command() {
     window_text_.clear();
     held_output_.clear();
     asked_at_prompt_ = false;
     if (!shell_.empty())
         ask_shell();
-    run_ = std::make_unique<Run>(event_, bundle_, *this);
+    begun_ = common::now_microseconds();
+    step_says_.clear();
+    passes_.reset();
+    beside_ = {};
+    run_.reset();
+    transcript_ = std::make_unique<Transcript>();
+    run_ = std::make_unique<Run>(event_, bundle_, *this, *transcript_);
+}
+
+std::uint64_t Host::milliseconds() const {
+    return (common::now_microseconds() - begun_) / 1000;
 }
 
 // Shows the window of a run that lasts.
 void Host::watch_window() {
-    if (run_->ended())
+    if (!busy())
         return;
     window_timer_ = sd_event_source_disable_unref(window_timer_);
     if (desktop_)
@@ -240,11 +252,11 @@ int Host::take_documents(sd_bus_message *call, const common::Parameters &paramet
 }
 
 void Host::start_document() {
-    if (documents_.empty() || (run_ && !run_->ended()))
+    if (documents_.empty() || busy())
         return;
     const std::string path = documents_.front();
     documents_.pop_front();
-    prepare_run();
+    prepare_command();
     run_->start_document(path);
     watch_window();
 }
@@ -271,19 +283,26 @@ void Host::document_ended(const Outcome &outcome) {
 }
 
 int Host::quit() {
-    if (run_ && !run_->ended())
+    if (step_) {
+        step_ = sd_event_source_disable_unref(step_);
+        outcome_.cancelled = true;
+        report(outcome_);
+    } else if (busy()) {
         run_->cancel(false);
-    else
+    } else {
         leave();
+    }
     return 0;
 }
 
-common::Parameters Host::outcome_parameters(const Outcome &outcome) const {
+common::Parameters Host::outcome_parameters(const Outcome &outcome) {
     common::Parameters parameters = {common::number_parameter("----", outcome.exit_code)};
-    if (!outcome.transcript.empty())
-        parameters.push_back(common::path_parameter("logf", outcome.transcript));
-    if (!outcome.unkept.empty())
-        parameters.push_back(common::text_parameter("said", outcome.unkept));
+    // The shell says that a run was cancelled only when the report names a transcript, so a cancelled run has
+    // one.
+    if (const std::string path = transcript_->finish(outcome.cancelled); !path.empty())
+        parameters.push_back(common::path_parameter("logf", path));
+    if (const std::string unkept = transcript_->unkept(); !unkept.empty())
+        parameters.push_back(common::text_parameter("said", unkept));
     parameters.push_back(common::number_parameter("iden", common::code_number(bundle_.signature)));
     parameters.push_back(common::number_parameter("edit", outcome.edit ? 1 : 0));
     if (!outcome.message.empty())
@@ -292,6 +311,16 @@ common::Parameters Host::outcome_parameters(const Outcome &outcome) const {
 }
 
 void Host::run_ended(const Outcome &outcome) {
+    if (!passes_) {
+        report(outcome);
+    } else if (!goes_on(outcome)) {
+        report(outcome_);
+        keep_record();
+    }
+}
+
+// Reports the end of a command.
+void Host::report(const Outcome &outcome) {
     window_timer_ = sd_event_source_disable_unref(window_timer_);
     window_wanted_ = false;
     const common::Parameters parameters = outcome_parameters(outcome);
@@ -329,8 +358,11 @@ void Host::watch_shell(const char *sender) {
 
 // Ends the host when the shell has gone. The guard kills what runs as soon as this process ends.
 void Host::shell_gone() {
-    if (run_ && !run_->ended())
+    if (busy()) {
         run_->abandon();
+        if (const std::string path = transcript_->finish(); !path.empty())
+            unlink(path.c_str());
+    }
     leave();
 }
 
@@ -392,7 +424,7 @@ void Host::run_waits(bool waits) {
 }
 
 void Host::want_window() {
-    if (run_ && !run_->ended() && !run_->cancelled())
+    if (busy() && !run_->cancelled())
         window_wanted_ = true;
 }
 

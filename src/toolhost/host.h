@@ -13,6 +13,7 @@
 #include "common/bundle.h"
 #include "common/event_codec.h"
 #include "common/followers.h"
+#include "toolhost/passes.h"
 #include "toolhost/run.h"
 
 namespace toolhost {
@@ -44,6 +45,11 @@ class Host : public RunOwner {
     // quits.
     sd_event *events() { return event_; }
     Run *run() { return run_.get(); }
+    // True while a command goes on, which may be several runs. Its time since the start; what the run of now
+    // is for, empty for the first.
+    bool busy() const { return run_ && (!run_->ended() || step_); }
+    std::uint64_t milliseconds() const;
+    const std::string &step() const { return step_says_; }
     bool leaving() const { return leaving_; }
     // Returns what was printed since the last call. Of a flood only the end is kept (256 to 512 KiB).
     std::string take_window_text();
@@ -51,6 +57,7 @@ class Host : public RunOwner {
     // What the run reports: see RunOwner.
     void run_printed(std::string_view bytes) override;
     void run_waits(bool waits) override;
+    void engine_begins(const EngineRun &engine, const std::string &main) override;
     void run_ended(const Outcome &outcome) override;
 
   private:
@@ -60,10 +67,15 @@ class Host : public RunOwner {
     void start_document();
     void document_ended(const Outcome &outcome);
     bool is_shell(const char *sender);
-    void prepare_run();
+    void prepare_command();
+    bool goes_on(const Outcome &outcome);
+    void next_step();
+    void say(const std::string &line);
+    void report(const Outcome &outcome);
+    void keep_record();
     void watch_window();
     int quit();
-    common::Parameters outcome_parameters(const Outcome &outcome) const;
+    common::Parameters outcome_parameters(const Outcome &outcome);
     void watch_shell(const char *sender);
     void shell_gone();
     void ask_shell();
@@ -83,8 +95,19 @@ class Host : public RunOwner {
     sd_bus_slot *question_ = nullptr; // the open question to the shell who can answer the program
     std::unique_ptr<common::Followers> followers_; // those who can answer and are still on the bus
     sd_event_source *window_timer_ = nullptr;
+    std::unique_ptr<Transcript> transcript_; // of all runs of a command
     std::unique_ptr<Run> run_;
-    sd_bus_message *command_ = nullptr; // the call that the run will answer
+    std::unique_ptr<Passes> passes_; // null until an engine begins
+    common::Bundle beside_; // the bundle of the program beside the engine that runs between two passes
+    NextProgram next_;
+    Outcome outcome_; // of the engine
+    RecordedFiles files_;
+    std::string output_; // what the engine made
+    std::string engine_command_, engine_folder_;
+    std::string step_says_;
+    sd_event_source *step_ = nullptr;   // begins the next run of the command
+    sd_bus_message *command_ = nullptr; // the call that the last run will answer
+    std::uint64_t begun_ = 0;
     std::deque<std::string> documents_; // the paths of those that wait for the command of the bundle
     std::string shell_;                 // the unique bus name of whoever sent the last command
     std::string window_text_;

@@ -85,6 +85,11 @@ std::string expected_output(const EngineRun &run, bool dvi) {
     return common::absolute_path(output_folder(run), name + (writes_dvi ? ".dvi" : ".pdf"));
 }
 
+std::string output_stem(const EngineRun &run) {
+    const std::string name = job_name(run);
+    return common::absolute_path(output_folder(run), name.empty() ? "texput" : name);
+}
+
 std::string recorder_file(const EngineRun &run, const RunParser &parser) {
     std::string name = job_name(run);
     if (name.empty())

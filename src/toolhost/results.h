@@ -24,6 +24,8 @@ std::string engine_output(const EngineRun &run, const RunParser &parser);
 // Returns the absolute path of the output that the engine will write, judged by its words; empty when they do
 // not say it. DVI says that the engine writes DVI unless told otherwise.
 std::string expected_output(const EngineRun &run, bool dvi);
+// Returns the absolute path that the files of the engine have but for their extensions.
+std::string output_stem(const EngineRun &run);
 // Returns the absolute path of the list of files that the engine's recorder writes. The file need not exist.
 std::string recorder_file(const EngineRun &run, const RunParser &parser);
 // Sets `PDFTEXOUTPUT` to 0, as is done before an engine starts.

@@ -61,8 +61,8 @@ bool plain_bibtex_option(std::string_view word) {
 
 } // namespace
 
-Run::Run(sd_event *event, const common::Bundle &bundle, RunOwner &owner)
-    : event_(event), bundle_(bundle), owner_(owner) {}
+Run::Run(sd_event *event, const common::Bundle &bundle, RunOwner &owner, Transcript &transcript)
+    : event_(event), bundle_(bundle), owner_(owner), transcript_(transcript) {}
 
 Run::~Run() {
     close_down();
@@ -181,6 +181,8 @@ void Run::start_words(std::vector<std::string> given, const std::string &folder)
         if (option_value(words, "progname").empty())
             words.insert(words.begin() + 1, "-progname=" + words[0]);
     }
+    if (is_engine_)
+        owner_.engine_begins(engine_, main_);
     int slave = -1;
     if (!open_terminal(&slave)) {
         fail(std::strerror(errno));
@@ -244,8 +246,11 @@ bool Run::launch(const std::string &program, int slave) {
     if (is_engine_ && common::find_program(launch.words[0], search ? search : "", engine_.folder).empty())
         launch.words[0] = program;
     Variables environment = run_environment(bundle_, engine_.words, engine_.space, delimiter_);
-    if (is_engine_)
+    search_sources(environment);
+    if (is_engine_) {
         offer_formats(program, environment);
+        ask_for_list(launch);
+    }
     if (!note_.mark.empty())
         environment[common::run_variable] = note_.mark;
     for (const auto &[name, value] : environment)
@@ -265,6 +270,7 @@ bool Run::launch(const std::string &program, int slave) {
     if (guard_ < 0) {
         give_back(kept_);
         kept_ = {};
+        settle_list();
         return false;
     }
     watch(terminal_, terminal_source_, [](sd_event_source *, int, std::uint32_t, void *self) {
@@ -353,7 +359,6 @@ bool Run::has_unread() const {
 }
 
 void Run::take_output(std::string_view bytes) {
-    printed_ = true;
     may_wait_ = false;
     open_line_ = bytes.back() != '\n';
     set_waiting(false);
@@ -466,8 +471,6 @@ void Run::cancel(bool at_once) {
 
 void Run::abandon() {
     ended_ = true;
-    if (const std::string path = transcript_.finish(); !path.empty())
-        unlink(path.c_str());
     close_down();
 }
 
@@ -503,7 +506,8 @@ void Run::guard_news() {
     }
     switch (packet.news) {
     case GuardNews::started:
-        prompt_.start(packet.value, terminal_path_);
+        program_ = packet.value;
+        prompt_.start(program_, terminal_path_);
         watch_prompt(first_look);
         break;
     case GuardNews::not_started:

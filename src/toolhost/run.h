@@ -14,6 +14,8 @@
 #include "toolhost/format_copies.h"
 #include "toolhost/kept_output.h"
 #include "toolhost/prompt.h"
+#include "toolhost/recorded_files.h"
+#include "toolhost/recorder.h"
 #include "toolhost/results.h"
 #include "toolhost/run_parser.h"
 #include "toolhost/transcript.h"
@@ -23,8 +25,6 @@ namespace toolhost {
 // How a run ended.
 struct Outcome {
     std::int32_t exit_code = 0; // 128 and the signal's number for a program that a signal ended
-    std::string transcript;     // the absolute path of its file; empty when nothing was printed, or not kept
-    std::string unkept;         // then the end of what was printed, with the reason
     bool edit = false;          // the editor is wanted at the error
     std::string message;        // what the engine said about that error
     bool cancelled = false;
@@ -37,6 +37,8 @@ class RunOwner {
     virtual void run_printed(std::string_view bytes) = 0;
     // The program began (true) or ceased (false) to wait for an answer.
     virtual void run_waits(bool waits) = 0;
+    // The engine ENGINE is about to start on the document MAIN, an absolute path.
+    virtual void engine_begins(const EngineRun &engine, const std::string &main) = 0;
     // The run is over. It is called once, and nothing is reported after it.
     virtual void run_ended(const Outcome &outcome) = 0;
 
@@ -44,10 +46,12 @@ class RunOwner {
     ~RunOwner() = default;
 };
 
+struct Launch;
+
 class Run {
   public:
-    // All three must outlive the run.
-    Run(sd_event *event, const common::Bundle &bundle, RunOwner &owner);
+    // All must outlive the run. What the program prints is added to TRANSCRIPT, which the owner finishes.
+    Run(sd_event *event, const common::Bundle &bundle, RunOwner &owner, Transcript &transcript);
     ~Run();
     Run(const Run &) = delete;
     Run &operator=(const Run &) = delete;
@@ -66,8 +70,11 @@ class Run {
     // Stops the program: an interrupt, a second later SIGTERM, and another second later SIGKILL for every
     // process of the run. AT_ONCE begins with SIGKILL. The run still ends with its report.
     void cancel(bool at_once);
-    // Gives the run up without a report: the transcript is removed, and the guard kills what runs.
+    // Gives the run up without a report: the guard kills what runs.
     void abandon();
+    // Lets programs that make bibliographies and indexes look for their files in FOLDER too, an absolute
+    // path.
+    void search_too(const std::string &folder) { sources_ = folder; }
 
     // How the run stands: whether the program waits for an answer, whether the run was cancelled, whether it
     // has ended, and how many pages the engine has made (0 for other programs).
@@ -77,6 +84,9 @@ class Run {
     int pages() const { return parser_ ? parser_->pages() : 0; }
     // Returns the time since the start.
     std::uint64_t milliseconds() const;
+    // Return what the engine read and wrote, and the output that it made (empty for none), once it has ended.
+    const RecordedFiles &recorded() const { return recorded_; }
+    const std::string &output() const { return output_path_; }
     // Returns the command line as it was given.
     const std::string &command() const { return command_; }
 
@@ -107,6 +117,9 @@ class Run {
     void dismiss_guard();
     void next_stage();
     void settle_kept_output();
+    void ask_for_list(Launch &launch);
+    void settle_list();
+    void search_sources(Variables &environment) const;
     void close_down();
     void finish();
     ErrorPlace error_place(bool *edit) const;
@@ -120,8 +133,12 @@ class Run {
     std::string engine_path_; // of the engine that was started
     std::string program_name_;
     std::string delimiter_;
-    Transcript transcript_;
+    std::string sources_;     // a further folder for what programs beside an engine read
+    std::string output_path_; // what the engine made
+    Transcript &transcript_;
     KeptOutput kept_;
+    OwnList list_;
+    RecordedFiles recorded_;
     std::vector<FormatCopy> copies_;          // that the engine was offered
     std::vector<FormatSearch> copies_to_ask_; // for searches of which nothing is known
     std::unique_ptr<RunParser> parser_;
@@ -142,10 +159,10 @@ class Run {
     int record_ = -1;
     common::RunNote note_;
     pid_t guard_ = 0;
+    pid_t program_ = 0;
     int status_ = 0;
     int stage_ = 0; // how many of the stopping signals were sent
     bool is_engine_ = false;
-    bool printed_ = false;
     bool open_line_ = false;
     bool answered_ = false;
     bool may_wait_ = false; // what the last look for a prompt found

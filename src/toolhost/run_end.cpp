@@ -12,6 +12,12 @@
 
 namespace toolhost {
 
+namespace {
+
+constexpr std::size_t largest_list = std::size_t{32} << 20;
+
+} // namespace
+
 // Names the format that the engine has read as what it is in the recorder's list, and asks for copies where
 // there were none: of what was looked for, and of a format that was made.
 void Run::settle_formats() {
@@ -47,6 +53,43 @@ void Run::settle_kept_output() {
     kept_ = {};
 }
 
+// Asks the engine to write down which files it reads and writes, where nobody else has. An engine that cannot
+// make the list does not start, so there is none in a folder that takes no files.
+void Run::ask_for_list(Launch &launch) {
+    const std::string path = recorder_file(engine_, *parser_);
+    if (has_option(engine_.words, "recorder") || has_option(engine_.words, "ini") ||
+        access(common::folder_above(path).c_str(), W_OK | X_OK) != 0)
+        return;
+    launch.words.insert(launch.words.begin() + 1, "-recorder");
+    std::vector<std::string> names = {launch.words[0], option_value(engine_.words, "progname")};
+    for (const FormatSearch &search : format_searches(launch.program, engine_.words, main_))
+        names.insert(names.end(), {search.progname, search.name});
+    list_ = begin_own_list(path, names);
+    launch.list = list_;
+}
+
+// Reads the list of the engine's files, and takes it away where the person has not asked for it.
+void Run::settle_list() {
+    if (list_.path.empty() && !has_option(engine_.words, "recorder"))
+        return;
+    const std::string path = recorder_file(engine_, *parser_);
+    recorded_ = read_recorder_list(common::read_file(path, largest_list));
+    // The job's name may be known only now.
+    if (!list_.path.empty() && list_.older.path.empty())
+        list_.path = path;
+    take_away(list_, program_);
+    list_ = {};
+}
+
+// Lets a program beside an engine find what it reads where the document is, when it runs where the engine
+// writes.
+void Run::search_sources(Variables &environment) const {
+    if (sources_.empty() || sources_.find_first_of(":$") != std::string::npos)
+        return;
+    for (const char *name : {"BIBINPUTS", "BSTINPUTS", "INDEXSTYLE"})
+        environment[name] = sources_ + ":" + environment[name];
+}
+
 // Lets the guard end, which would give the output back if this process died.
 void Run::dismiss_guard() {
     if (guard_ <= 0)
@@ -72,6 +115,8 @@ void Run::finish() {
     outcome.exit_code = WIFEXITED(status_) ? WEXITSTATUS(status_) : 128 + WTERMSIG(status_);
     if (parser_)
         settle_kept_output();
+    if (is_engine_ && parser_)
+        settle_list();
     dismiss_guard();
     common::remove_note(note_);
     const ErrorPlace place = error_place(&outcome.edit);
@@ -80,8 +125,8 @@ void Run::finish() {
     if (parser_) {
         const bool wrote = outcome.exit_code != 127 || parser_->output_name().size() > 0;
         const bool whole = !cancelled_ && outcome.exit_code == 0;
-        write_results(engine_, is_engine_,
-                      is_engine_ && wrote ? engine_output(engine_, *parser_) : std::string(), whole, place);
+        output_path_ = is_engine_ && wrote ? engine_output(engine_, *parser_) : std::string();
+        write_results(engine_, is_engine_, output_path_, whole, place);
         if (is_engine_ && WIFSIGNALED(status_))
             mend_auxiliary_file(engine_);
         if (is_engine_ && has_option(engine_.words, "ini"))
@@ -89,10 +134,6 @@ void Run::finish() {
         if (is_engine_)
             settle_formats();
     }
-    // The shell says that a run was cancelled only when the report names a transcript, so a cancelled run has
-    // one.
-    outcome.transcript = printed_ || cancelled_ ? transcript_.finish(cancelled_) : std::string();
-    outcome.unkept = transcript_.unkept();
     close_down();
     owner_.run_ended(outcome);
     ask_for_copies(bundle_.path, copies_to_ask_);

@@ -9,6 +9,7 @@
 
 #include "background/format_place.h"
 #include "background/unpack.h"
+#include "common/field_files.h"
 #include "support/temporary_home.h"
 
 namespace background {
@@ -209,7 +210,7 @@ TEST_F(Unpacking, TheCopiesThatWereNotUsedForLongestMakeRoom) {
         const std::string big = home_.file(folder + "/big.fmt", "x");
         const std::string its_original = home_.file(std::string("tree/") + name);
         home_.file(folder + "/original",
-                   toolhost::joined_fields({its_original, toolhost::stamp_of(its_original)}));
+                   common::joined_fields({its_original, toolhost::stamp_of(its_original)}));
         ASSERT_EQ(::truncate(big.c_str(), 110'000'000), 0);
     }
     struct timespec times[2] = {{1000, 0}, {1000, 0}};

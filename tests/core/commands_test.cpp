@@ -53,7 +53,7 @@ class Commands : public ::testing::Test {
                           "\nTEXCONFIG=" + home_.path("work") + "\n");
         setpaths(1u << slot_texconfig);
         for (std::uint8_t *const flag : {&usePdfTeX, &useETeX, &doDebug, &use8bit, &useFullPaths, &doView,
-                                         &addSpecials, &doRecord, &parseFirstLine, &doQuit})
+                                         &addSpecials, &doRecord, &runUntilStable, &parseFirstLine, &doQuit})
             *flag = 0;
         space_char = 31;
         mp_format_type = 1;
@@ -179,6 +179,7 @@ class Commands : public ::testing::Test {
             {"doView", std::to_string(doView)},
             {"addSpecials", std::to_string(addSpecials)},
             {"doRecord", std::to_string(doRecord)},
+            {"runUntilStable", std::to_string(runUntilStable)},
             {"doQuit", std::to_string(doQuit)},
             {"parseFirstLine", std::to_string(parseFirstLine)},
             {"aeQuit", std::to_string(aeQuit)},
@@ -312,6 +313,8 @@ class EveryCommand : public Commands, public ::testing::WithParamInterface<Choic
             return switched("addSpecials", "ADDSPECIALS", "131 3");
         case 4:
             return switched("doRecord", "DORECORD", "131 4");
+        case 18:
+            return switched("runUntilStable", "RERUN", "131 18");
         case 7:
             return switched("doView", "AUTOVIEW", "131 7");
         case 8:

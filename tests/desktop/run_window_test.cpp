@@ -14,7 +14,7 @@ using toolhost::RunWindow;
 namespace {
 
 struct FakeHost {
-    ToolWindowState state = {1, 0, 0, 0, 0};
+    ToolWindowState state = {1, 0, 0, 0, 0, ""};
     std::string text, answers;
     int cancels = 0;
 };
@@ -123,7 +123,7 @@ TEST_F(RunWindowTest, OnlyLongLinesAreCutBeforeABlankWhereThereIsOne) {
 
 TEST_F(RunWindowTest, PagesAndTimeAreSaid) {
     RunWindow window(host_);
-    fake_.state = {1, 0, 0, 1, 61500};
+    fake_.state = {1, 0, 0, 1, 61500, ""};
     window.refresh();
     EXPECT_TRUE(says(window, "Running") && says(window, "1 page") && says(window, "1:01"));
     fake_.state.pages = 12;

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "common/field_files.h"
 #include "support/temporary_home.h"
 #include "toolhost/format_copies.h"
 
@@ -72,7 +73,7 @@ class FindCopy : public ::testing::Test {
                                      cnf_, stamp_of(cnf_), "place", home_.path("tree/none"), "-", "original",
                                      original_, stamp_, "copy", copy[0], copy[1], end});
         const std::string path = search_file(search_, environment_);
-        std::ofstream(path, std::ios::binary) << joined_fields(fields);
+        std::ofstream(path, std::ios::binary) << common::joined_fields(fields);
     }
     CopyState state() {
         found_ = {};

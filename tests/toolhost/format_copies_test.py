@@ -1,5 +1,6 @@
 """Uncompressed copies of formats: real engines, the program in the background, and what can go wrong between them."""
 
+import glob
 import gzip
 import os
 import random
@@ -53,6 +54,17 @@ class FormatCopies(HostTest):
             first = file.read().splitlines()[-1].split(":")[0]
         return first if first.startswith(self.copies) else None
 
+    def found_now(self):
+        """What the cache says of searches, and what of it does not hold: for the message of a test that fails."""
+        told = [os.listdir(self.copies) if os.path.isdir(self.copies) else "no folder"]
+        for path in glob.glob(os.path.join(self.copies, "*.search")):
+            with open(path, encoding="utf-8") as file:
+                fields = file.read().split("\0")
+            told.append([tuple(fields[i:i + 3]) for i in range(4, len(fields) - 3, 3) if fields[i] != "place"])
+            for name in (fields[i + 1] for i in range(4, len(fields) - 3, 3) if fields[i] == "place"):
+                told.append((name, os.stat(name) if os.path.exists(name) else None))
+        return "\n".join(map(str, told))
+
     def run_to_end(self, command, folder=None, status=0):
         """Runs a command, and waits for the work in the background that it starts; what the engine said."""
         tool = self.launch(self.tool)
@@ -94,7 +106,7 @@ class FormatCopies(HostTest):
         self.assertIsNone(self.run_it("pdftex -progname=pdflatex x.tex"))
         first = self.log
         os.unlink(os.path.join(self.work, "x.aux"))
-        self.assertTrue(self.run_it("pdftex -progname=pdflatex x.tex"))
+        self.assertTrue(self.run_it("pdftex -progname=pdflatex x.tex"), self.found_now())
         self.assertEqual(self.log, first)
 
     def test_the_engine_reads_what_it_is_offered(self):
@@ -108,7 +120,7 @@ class FormatCopies(HostTest):
     def test_a_changed_format_is_used_at_once(self):
         self.run_it()
         old = self.run_it()
-        self.assertTrue(old)
+        self.assertTrue(old, self.found_now())
         # The same format, made a moment later.
         path = self.my_format()
         os.utime(path, (2000000000, 2000000000))

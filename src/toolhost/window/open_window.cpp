@@ -32,7 +32,7 @@ void state(void *context, ToolWindowState *state) {
     Host &host = host_of(context);
     const Run *const run = host.run();
     const bool ended =
-        !run || run->ended() || host.leaving() || sd_event_get_state(host.events()) == SD_EVENT_FINISHED;
+        !host.busy() || host.leaving() || sd_event_get_state(host.events()) == SD_EVENT_FINISHED;
     *state = {};
     state->running = ended ? 0 : 1;
     if (ended)
@@ -40,7 +40,8 @@ void state(void *context, ToolWindowState *state) {
     state->waiting = run->waiting() ? 1 : 0;
     state->cancelling = run->cancelled() ? 1 : 0;
     state->pages = run->pages();
-    state->milliseconds = run->milliseconds();
+    state->milliseconds = host.milliseconds();
+    state->step = host.step().c_str();
 }
 
 std::size_t take_text(void *context, char *text, std::size_t room) {

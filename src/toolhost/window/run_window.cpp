@@ -287,6 +287,7 @@ void RunWindow::show_state(const ToolWindowState &state) {
     const auto seconds = static_cast<int>(state.milliseconds / 1000);
     says_->setText(state.cancelling ? tr("Stopping…")
                    : state.waiting  ? tr("Waits for an answer")
+                   : *state.step    ? QString::fromUtf8(state.step)
                                     : tr("Running"));
     pages_->setText(state.pages == 0   ? QString()
                     : state.pages == 1 ? tr("1 page")

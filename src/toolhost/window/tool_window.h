@@ -15,6 +15,7 @@ struct ToolWindowState {
     int cancelling;             // 1 once the run was cancelled
     int pages;                  // that an engine has made
     std::uint64_t milliseconds; // since the start
+    const char *step;           // what the run of now is for, empty for the first; valid until the next call
 };
 
 struct ToolWindowHost {
