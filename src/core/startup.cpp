@@ -48,10 +48,11 @@ static void name_tools() {
         BoundedBuffer &path;
         const char *format;
     } tools[] = {
-        {texexe, "%s/tex.app"},         {etexexe, "%s/etex.app"},       {pdfexe, "%s/pdftex.app"},
-        {pdfeexe, "%s/pdfetex.app"},    {dvipreview, "%s/dviview.app"}, {dvipsexe, "%s/dvips.app"},
-        {bibexe, "%s/bibtex.app"},      {mkexe, "%s/makeindex.app"},    {mpostexe, "%s/mpost.app"},
-        {dvipdfmexe, "%s/dvipdfm.app"},
+        {texexe, "%s/tex.app"},         {etexexe, "%s/etex.app"},         {pdfexe, "%s/pdftex.app"},
+        {pdfeexe, "%s/pdfetex.app"},    {dvipreview, "%s/dviview.app"},   {dvipsexe, "%s/dvips.app"},
+        {bibexe, "%s/bibtex.app"},      {mkexe, "%s/makeindex.app"},      {mpostexe, "%s/mpost.app"},
+        {dvipdfmexe, "%s/dvipdfm.app"}, {lualatexexe, "%s/lualatex.app"}, {xelatexexe, "%s/xelatex.app"},
+        {biberexe, "%s/biber.app"},
     };
     for (const auto &tool : tools)
         tool.path.format(tool.format, home ? home : "");

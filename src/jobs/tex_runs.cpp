@@ -6,6 +6,7 @@
 #include "files/choosers.h"
 #include "files/paths.h"
 #include "jobs/after_run.h"
+#include "jobs/magic_comments.h"
 #include "menus/current_files.h"
 #include "settings/settings.h"
 #include "state/job_scope.h"
@@ -19,6 +20,34 @@ namespace quillon {
 
 enum JobKind { tex_job, pdftex_job };
 
+// What a run is for: the engine of the settings, or one that a document asks for.
+struct Engine {
+    const char *name; // null for that of the settings
+    JobKind kind;
+    const char *format;          // empty for the engine's own
+    const BoundedBuffer *bundle; // null for the engines of the settings
+};
+
+static const Engine lualatex = {"lualatex", pdftex_job, "", &lualatexexe},
+                    xelatex = {"xelatex", pdftex_job, "", &xelatexexe};
+static const Engine asked_engines[] = {
+    {"pdflatex", pdftex_job, "pdflatex", nullptr},
+    {"pdftex", pdftex_job, "", nullptr},
+    {"latex", tex_job, "latex", nullptr},
+    lualatex,
+    xelatex,
+};
+
+static Engine engine_of_settings(JobKind kind) {
+    return {nullptr, kind, format_name.c_str(), nullptr};
+}
+
+static const char *tool_of(const Engine &engine) {
+    if (engine.bundle)
+        return engine.bundle->c_str();
+    return useETeX == 1 ? pdfeexe.c_str() : pdfexe.c_str();
+}
+
 // Names a path that its buffer cannot hold.
 static void say_too_long(const char *path) {
     ml_printf("The path \"%s\" is too long for Quillon.\n", path);
@@ -26,20 +55,23 @@ static void say_too_long(const char *path) {
 
 // Composes the command line of a job, with one blank after each word. With NAMED the file name is appended
 // even when it is empty. Returns 0 when the line does not fit.
-static int compose(JobKind kind, int named, BoundedBuffer &command) {
+static int compose(const Engine &engine, int named, BoundedBuffer &command) {
     BoundedString<300> format;
-    format.format("-fmt=%s", format_name.c_str());
+    format.format("-fmt=%s", engine.format);
+    const int dvi = engine.kind == tex_job, pdftex = !engine.bundle;
     const struct {
         int wanted;
         const char *word;
     } words[] = {
-        {1, useETeX ? "pdfetex" : "pdftex"},
-        {kind == tex_job, "-output-format=dvi"},
-        {addSpecials, kind == tex_job ? "-src-specials" : "-synctex=1"},
-        {parseFirstLine, "-parse-first-line"},
-        {use8bit, "-8bit"},
+        {1, engine.bundle ? engine.name
+            : useETeX     ? "pdfetex"
+                          : "pdftex"},
+        {dvi, "-output-format=dvi"},
+        {addSpecials, dvi ? "-src-specials" : "-synctex=1"},
+        {parseFirstLine && pdftex, "-parse-first-line"},
+        {use8bit && pdftex, "-8bit"},
         {doRecord, "-recorder"},
-        {!format_name.empty(), format.c_str()},
+        {*engine.format != 0, format.c_str()},
         {named || !fname.empty(), fname.c_str()},
     };
     command.clear();
@@ -47,10 +79,6 @@ static int compose(JobKind kind, int named, BoundedBuffer &command) {
         if (entry.wanted && !command.append_format("%s ", entry.word))
             return 0;
     return 1;
-}
-
-static void quit_engine() {
-    KillApp(useETeX == 1 ? pdfeexe.c_str() : pdfexe.c_str());
 }
 
 static int keep_last(const char *command, const char *folder) {
@@ -67,9 +95,10 @@ static void empty_output_keys(JobKind kind) {
         set_str_resource("PDFFILE", "");
 }
 
-static int run(JobKind kind, const char *command, const char *folder) {
-    const char *const tool = useETeX == 1 ? pdfeexe.c_str() : pdfexe.c_str();
-    quit_engine();
+static int run(const Engine &engine, const char *command, const char *folder) {
+    const char *const tool = tool_of(engine);
+    const JobKind kind = engine.kind;
+    KillApp(tool);
     if (!keep_last(command, folder))
         return 0;
     if (kind == tex_job)
@@ -85,28 +114,29 @@ static int run(JobKind kind, const char *command, const char *folder) {
         // error when the engine wrote one.
         tex_error = 0;
     }
-    quit_engine();
+    KillApp(tool);
     return result;
 }
 
 int RunTeX(const char *command, const char *folder) {
     const JobScope scope;
-    return run(tex_job, command, folder);
+    return run(engine_of_settings(tex_job), command, folder);
 }
 
 int RunPdfTeX(const char *command, const char *folder) {
     const JobScope scope;
-    return run(pdftex_job, command, folder);
+    return run(engine_of_settings(pdftex_job), command, folder);
 }
 
-static void run_kind(JobKind kind, const char *command, const char *folder) {
-    if (kind == tex_job) {
-        RunTeX(command, folder);
-        doAfterTeX();
-    } else {
-        RunPdfTeX(command, folder);
-        doAfterPdfTeX();
+static void run_engine(const Engine &engine, const char *command, const char *folder) {
+    {
+        const JobScope scope;
+        run(engine, command, folder);
     }
+    if (engine.kind == tex_job)
+        doAfterTeX();
+    else
+        doAfterPdfTeX();
 }
 
 // Asks the person for a TeX file and sets fname and curr_dir. Returns 0 when the person cancels.
@@ -145,6 +175,29 @@ static int can_be_named() {
     return 0;
 }
 
+// Follows the magic comments of the file fname in curr_dir to the file and the engine that they ask for.
+// Returns 0 when nothing is typeset, which is said.
+static int follow_comments(Engine *engine) {
+    BoundedString<256> program;
+    if (!magicComments)
+        return 1;
+    int found = follow_magic_comments(curr_dir, fname, program);
+    if (found && !program.empty()) {
+        found = 0;
+        for (const Engine &asked : asked_engines)
+            if (program == asked.name) {
+                *engine = asked;
+                found = 1;
+            }
+        if (!found)
+            ml_printf("\"%s\" asks for the program \"%s\", which Quillon does not know.\n", fname.c_str(),
+                      program.c_str());
+    }
+    if (!found)
+        exit_status = 1;
+    return found && can_be_named();
+}
+
 static OSType creator_of(const char *path) {
     FSSpec spec;
     FInfo info;
@@ -159,30 +212,32 @@ static void typeset_chosen(JobKind kind, const char *path) {
     fname.clear();
     if (path ? !take_path(path) : !ask_for_file())
         return;
-    if (!can_be_named())
+    Engine engine = engine_of_settings(kind);
+    if (!can_be_named() || !follow_comments(&engine))
         return;
     whole.format("%s/%s", curr_dir.c_str(), fname.c_str());
     if (kind == tex_job)
         access(whole.c_str(), 4); // prints diagnostic lines; the result is not used
     default_creator = creator_of(whole.c_str());
-    if (!compose(kind, 0, command)) {
+    if (!compose(engine, 0, command)) {
         say_too_long(whole.c_str());
         return;
     }
-    run_kind(kind, command.c_str(), curr_dir.c_str());
+    run_engine(engine, command.c_str(), curr_dir.c_str());
 }
 
 static void typeset_known(JobKind kind, const char *path) {
     const JobScope scope;
     static BoundedString<1024> command;
-    if (!take_path(path) || !can_be_named())
+    Engine engine = engine_of_settings(kind);
+    if (!take_path(path) || !can_be_named() || !follow_comments(&engine))
         return;
     default_creator = creator_of(dotexfile.c_str());
-    if (!compose(kind, 1, command)) {
+    if (!compose(engine, 1, command)) {
         say_too_long(path);
         return;
     }
-    run_kind(kind, command.c_str(), curr_dir.c_str());
+    run_engine(engine, command.c_str(), curr_dir.c_str());
 }
 
 static void repeat_last() {
@@ -223,16 +278,26 @@ void DoRecentPdfTeX(const char *path) {
     typeset_known(pdftex_job, path);
 }
 
-void DoTeXAppleScript() {
+static void run_script(const Engine &engine) {
     const JobScope scope;
     exit_status = 0;
-    run_kind(tex_job, mycommand.c_str(), curr_dir.c_str());
+    run_engine(engine, mycommand.c_str(), curr_dir.c_str());
+}
+
+void DoTeXAppleScript() {
+    run_script(engine_of_settings(tex_job));
 }
 
 void DoPdfTeXAppleScript() {
-    const JobScope scope;
-    exit_status = 0;
-    run_kind(pdftex_job, mycommand.c_str(), curr_dir.c_str());
+    run_script(engine_of_settings(pdftex_job));
+}
+
+static void run_lualatex_script() {
+    run_script(lualatex);
+}
+
+static void run_xelatex_script() {
+    run_script(xelatex);
 }
 
 // Copies the first word of TEXT into WORD, as many bytes as fit.
@@ -247,17 +312,19 @@ CommandProcedure procedure_of_command(const char *command) {
     static const struct {
         const char *word;
         CommandProcedure procedure;
+        int ours = 0; // known only while magic comments are
     } scripts[] = {
-        {"dvips", DoDvipsAppleScript},     {"bibtex", DoBibtexAppleScript},
-        {"mpost", DoMpostAppleScript},     {"makeindex", DoMakeindexAppleScript},
-        {"dvipdfm", DoDvipdfmAppleScript}, {"etex", DoTeXAppleScript},
-        {"elatex", DoTeXAppleScript},
+        {"dvips", DoDvipsAppleScript},      {"bibtex", DoBibtexAppleScript},
+        {"mpost", DoMpostAppleScript},      {"makeindex", DoMakeindexAppleScript},
+        {"dvipdfm", DoDvipdfmAppleScript},  {"etex", DoTeXAppleScript},
+        {"elatex", DoTeXAppleScript},       {"lualatex", run_lualatex_script, 1},
+        {"xelatex", run_xelatex_script, 1}, {"biber", DoBiberAppleScript, 1},
     };
     first_word(command, word);
     if (word.view().substr(0, 3) == "pdf")
         return DoPdfTeXAppleScript;
     for (const auto &script : scripts)
-        if (word == script.word)
+        if (word == script.word && (!script.ours || magicComments))
             return script.procedure;
     return nullptr;
 }

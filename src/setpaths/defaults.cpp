@@ -162,7 +162,7 @@ Proposal propose(const std::string &home, const std::string &programs) {
     proposal.space = space;
     if (!exists)
         proposal.values.emplace_back("SPACECHAR", common::fresh_space);
-    for (const char *key : {"USEPDFTEX", "AUTOVIEW", "DATABASE", "CONSOLESELECT", "RERUN"})
+    for (const char *key : {"USEPDFTEX", "AUTOVIEW", "DATABASE", "CONSOLESELECT", "RERUN", "MAGICCOMMENTS"})
         proposal.values.emplace_back(key, "1");
     proposal.values.emplace_back("DEBUG", "0");
     const Distribution found = find_distribution(programs);

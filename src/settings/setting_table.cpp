@@ -83,6 +83,8 @@ constexpr Setting own_settings[] = {
     flag(late, "AUTOVIEW", "0", &doView, "The output is viewed after a clean run."),
     flag(late, "ADDSPECIALS", "0", &addSpecials, "Runs write source positions for the viewer."),
     flag(late, "DORECORD", "0", &doRecord, "Runs record the files that they read and write."),
+    flag(late, "MAGICCOMMENTS", "0", &magicComments,
+         "The first lines of a document choose its root and its engine."),
     flag(late, "RERUN", "0", &runUntilStable, "A document is typeset again until nothing changes any more."),
 
     text("PDFTEXFORMAT", "The format chosen for pdfTeX."),

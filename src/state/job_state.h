@@ -20,8 +20,8 @@ extern BoundedString<1024> contentsFolder;
 extern BoundedString<256> shortroot, prefsFolder, supportFolder, curr_dir, SYSTEMFONTPATH;
 
 // The bundles of the tools, and setpaths.
-extern BoundedString<1024> texexe, etexexe, pdfexe, pdfeexe, dvipreview, dvipsexe, bibexe, mkexe, mpostexe,
-    dvipdfmexe, setup;
+extern BoundedString<1024> texexe, etexexe, pdfexe, pdfeexe, lualatexexe, xelatexexe, biberexe, dvipreview,
+    dvipsexe, bibexe, mkexe, mpostexe, dvipdfmexe, setup;
 
 // The applications that the person chose: 256-byte blocks from GetApp, or null; and creator signatures.
 extern const char *viewpsexe, *ps2pdfexe, *editor, *pdfview;
@@ -36,7 +36,7 @@ extern std::uint8_t tex_error, calleditor;
 
 // Options, most of them filled from the settings.
 extern std::uint8_t usePdfTeX, useETeX, doDebug, use8bit, useFullPaths, doView, addSpecials, doRecord,
-    runUntilStable, parseFirstLine, doAlias;
+    runUntilStable, magicComments, parseFirstLine, doAlias;
 extern std::int32_t dataBaseSearch, mp_format_type, space_char;
 
 // The system, and the state of this run of the shell.

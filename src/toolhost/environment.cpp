@@ -67,7 +67,8 @@ bool lies_in(const std::string &path, const std::vector<std::string> &trees) {
 }
 
 bool is_engine(const std::string &signature) {
-    return signature == "*Xet" || signature == "eXet" || signature == "PXET" || signature == "PxET";
+    return signature == "*Xet" || signature == "eXet" || signature == "PXET" || signature == "PxET" ||
+           signature == "LUAX" || signature == "XELX";
 }
 
 std::string own_elements(std::string_view value, const std::vector<std::string> &trees,

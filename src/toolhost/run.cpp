@@ -290,6 +290,9 @@ bool Run::launch(const std::string &program, int slave) {
 
 // Offers the engine the uncompressed copy of every format that it may look for.
 void Run::offer_formats(const std::string &program, Variables &environment) {
+    // The formats of the other engines are not of the kind that is unpacked.
+    if (bundle_.signature == "LUAX" || bundle_.signature == "XELX")
+        return;
     for (const FormatSearch &search : format_searches(program, engine_.words, main_)) {
         FormatCopy copy;
         const CopyState state = find_copy(search, environment, engine_.folder, &copy);

@@ -16,7 +16,8 @@ namespace quillon {
 
 unsigned char AppDone = 0;
 
-static const OSType tex_engines[] = {four("*Xet"), four("eXet"), four("PXET"), four("PxET")};
+static const OSType tex_engines[] = {four("*Xet"), four("eXet"), four("PXET"),
+                                     four("PxET"), four("LUAX"), four("XELX")};
 
 static int is_tex_engine(OSType signature) {
     for (const OSType engine : tex_engines)

@@ -30,7 +30,7 @@ struct Tool {
     const char *name;
 };
 const Tool dvips = {dvipsexe, "dvips"}, bibtex = {bibexe, "bibtex"}, makeindex = {mkexe, "makeindex"},
-           mpost = {mpostexe, "mpost"}, dvipdfm = {dvipdfmexe, "dvipdfm"};
+           mpost = {mpostexe, "mpost"}, dvipdfm = {dvipdfmexe, "dvipdfm"}, biber = {biberexe, "biber"};
 
 int is_there(const Tool &tool) {
     if (IsApp(tool.path.c_str()))
@@ -261,6 +261,10 @@ void DoMpostAppleScript() {
 
 void DoDvipdfmAppleScript() {
     run_script(dvipdfm);
+}
+
+void DoBiberAppleScript() {
+    run_script(biber);
 }
 
 } // namespace quillon

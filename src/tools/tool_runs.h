@@ -34,6 +34,7 @@ void DoBibtexAppleScript();
 void DoMakeindexAppleScript();
 void DoMpostAppleScript();
 void DoDvipdfmAppleScript();
+void DoBiberAppleScript();
 
 } // namespace quillon
 
