@@ -151,6 +151,15 @@ class Tokens(TokensTest):
             self.assertNotIn(text, said)
         self.keys("-k", "Escape")
 
+    def test_the_set_up_gets_the_keyboard_by_its_token(self):
+        self.message("no_focus [title=\"Set Up Quillon\"]")
+        self.start_desktop()
+        # Set Up Paths... is the seventh item from below.
+        self.keys("-M", "alt", "o", "-m", "alt", *["-k", "Up"] * 7, "-k", "Return")
+        self.window("the set-up", name="Set Up Quillon", focused=True)
+        self.keys("-k", "Escape")
+        wait_until(lambda: "Set Up Quillon" not in [one["name"] for one in self.windows()], "the end of the set-up")
+
     def test_an_old_token_is_handed_to_nobody(self):
         old = [self.activation_token(), self.activation_token()]
         self.environment.update(zip(NAMES, (old[0], old[0])))
