@@ -75,7 +75,7 @@ int open_files(sd_bus *bus, const std::vector<std::string> &files) {
             status = 1;
         }
     }
-    common::send_activate(bus, shell_name, shell_path);
+    common::send_activate(bus, shell_name, shell_path, common::own_token());
     return status;
 }
 

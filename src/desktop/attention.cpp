@@ -101,6 +101,8 @@ void bring_to_front(const char *token) {
     window->show();
     window->raise();
     window->activateWindow();
+    // A toolkit that found no use for it would hand it on to what the shell starts.
+    qunsetenv("XDG_ACTIVATION_TOKEN");
 }
 
 void watch_activation() {

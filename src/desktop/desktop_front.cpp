@@ -7,6 +7,7 @@
 
 #include <algorithm>
 
+#include "desktop/activation.h"
 #include "desktop/attention.h"
 #include "desktop/choosers.h"
 #include "desktop/console_access.h"
@@ -270,6 +271,7 @@ constexpr Front desktop_front = {
     .font_family = font_family,
     .text_selectable = text_selectable,
     .find_text = find_text,
+    .activation_token = activation_token,
 };
 
 void sync_menus() {

@@ -8,6 +8,7 @@
 #include <systemd/sd-event.h>
 #include <unistd.h>
 
+#include "common/activation.h"
 #include "common/application_object.h"
 #include "common/bundle.h"
 #include "common/event_codec.h"
@@ -49,6 +50,8 @@ std::int32_t show_documents(const common::Parameters &parameters, const char *se
             return quillon::errAECoercionFail;
         if (!helpers::show_dvi(item.bytes, false, problem))
             report(sender, problem);
+        // The token of this process's start was for the first document.
+        common::forget_own_token();
     }
     return quillon::noErr;
 }

@@ -101,6 +101,10 @@ struct Front {
     void (*text_selectable)(int on) = nullptr;
     // Shows the bar that finds text in the console.
     void (*find_text)() = nullptr;
+    // Asks the desktop for a fresh activation token, with which the program that the shell starts or raises
+    // next may bring its window to the front. APP_ID is that program's name for the desktop; null when it is
+    // not known. 1 with the token, or 0 with an empty text when the desktop gives none.
+    int (*activation_token)(const char *app_id, BoundedBuffer &token) = nullptr;
 };
 
 // The front in use, which the program sets before the shell starts.

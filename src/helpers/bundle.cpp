@@ -174,7 +174,7 @@ bool open_bundle(const std::string &path, const std::string &document, std::stri
     const std::string name = bus ? running(bus, bundle) : "";
     const bool sent = !name.empty() && (document.empty() || send_document(bus, name, document));
     if (sent)
-        common::send_activate(bus, name, common::application_path);
+        common::send_activate(bus, name, common::application_path, common::own_token());
     sd_bus_flush_close_unref(bus);
     if (sent)
         return true;
@@ -220,7 +220,7 @@ bool open_on_bus(const common::DesktopEntry &entry, const std::string &document)
     std::replace(object.begin(), object.end(), '-', '_');
     bool sent = false;
     if (known && document.empty()) {
-        sent = common::send_activate(bus, entry.id, object) >= 0;
+        sent = common::send_activate(bus, entry.id, object, common::own_token()) >= 0;
     } else if (known) {
         sd_bus_message *message = nullptr;
         int result = sd_bus_message_new_method_call(bus, &message, entry.id.c_str(), object.c_str(),
@@ -228,7 +228,7 @@ bool open_on_bus(const common::DesktopEntry &entry, const std::string &document)
         if (result >= 0)
             result = sd_bus_message_append(message, "as", 1, common::file_uri(document).c_str());
         if (result >= 0)
-            result = common::append_platform_data(message);
+            result = common::append_platform_data(message, common::own_token());
         sent = common::send_without_reply(bus, message, result) >= 0;
     }
     sd_bus_flush_close_unref(bus);

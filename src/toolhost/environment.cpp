@@ -4,6 +4,7 @@
 #include <cctype>
 #include <unistd.h>
 
+#include "common/activation.h"
 #include "common/host_files.h"
 #include "common/path_forms.h"
 #include "common/places.h"
@@ -135,7 +136,9 @@ Variables run_environment(const common::Bundle &bundle, const std::vector<std::s
     for (char **variable = environ; *variable; variable++) {
         const std::string_view text = *variable;
         const std::size_t equals = text.find('=');
-        if (equals != std::string_view::npos && !text.starts_with("QUILLON_"))
+        // The activation token is for the window of the run.
+        if (equals != std::string_view::npos && !text.starts_with("QUILLON_") &&
+            !common::is_token_variable(text.substr(0, equals)))
             variables[std::string(text.substr(0, equals))] = text.substr(equals + 1);
     }
     if (const std::string place = common::expand_setting_path(common::setting("TEXBIN"), bundle.home, space);

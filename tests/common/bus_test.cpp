@@ -111,25 +111,44 @@ int depth_of(const Parameter &parameter) {
 TEST_F(Activation, TheTokenOfTheDesktopComesFirst) {
     setenv("XDG_ACTIVATION_TOKEN", "new", 1);
     setenv("DESKTOP_STARTUP_ID", "old", 1);
-    ASSERT_GE(append_platform_data(fresh()), 0);
+    ASSERT_GE(append_platform_data(fresh(), own_token()), 0);
     EXPECT_EQ(read_platform_data(sealed()), "new");
     unsetenv("XDG_ACTIVATION_TOKEN");
-    ASSERT_GE(append_platform_data(fresh()), 0);
+    ASSERT_GE(append_platform_data(fresh(), own_token()), 0);
     EXPECT_EQ(read_platform_data(sealed()), "old");
     unsetenv("DESKTOP_STARTUP_ID");
-    ASSERT_GE(append_platform_data(fresh()), 0);
+    ASSERT_GE(append_platform_data(fresh(), own_token()), 0);
     EXPECT_EQ(read_platform_data(sealed()), "");
 }
 
 TEST_F(Activation, TheTokenGoesUnderBothNames) {
     setenv("XDG_ACTIVATION_TOKEN", "t", 1);
-    ASSERT_GE(append_platform_data(fresh()), 0);
+    ASSERT_GE(append_platform_data(fresh(), own_token()), 0);
     const char *keys[2] = {}, *values[2] = {};
     ASSERT_GE(sd_bus_message_read(sealed(), "a{sv}", 2, &keys[0], "s", &values[0], &keys[1], "s", &values[1]),
               0);
     EXPECT_STREQ(keys[0], "activation-token");
     EXPECT_STREQ(keys[1], "desktop-startup-id");
     EXPECT_STREQ(values[1], "t");
+}
+
+TEST_F(Activation, AFreshTokenTakesThePlaceOfAnOldOne) {
+    std::vector<std::string> variables = {"A=1", "XDG_ACTIVATION_TOKEN=old", "DESKTOP_STARTUP_ID=older",
+                                          "B="};
+    const std::vector<std::string> before = variables;
+    put_token(variables, "");
+    EXPECT_EQ(variables, before);
+    put_token(variables, "new");
+    EXPECT_EQ(variables,
+              (std::vector<std::string>{"A=1", "B=", "XDG_ACTIVATION_TOKEN=new", "DESKTOP_STARTUP_ID=new"}));
+}
+
+TEST_F(Activation, ATokenThatIsForgottenIsHandedToNobody) {
+    setenv("XDG_ACTIVATION_TOKEN", "new", 1);
+    setenv("DESKTOP_STARTUP_ID", "old", 1);
+    forget_own_token();
+    EXPECT_EQ(own_token(), "");
+    EXPECT_EQ(std::getenv("DESKTOP_STARTUP_ID"), nullptr);
 }
 
 TEST_F(Activation, OtherDataIsPassedOver) {

@@ -173,6 +173,83 @@ class Dialogs(ShellReader):
         self.walk(self.frame())
 
 
+class SeldomDialogs(ShellReader):
+    """The windows that come before the menus, at the end of memory, or only for a moment."""
+
+    # The keyboard goes down the window from where it begins, and then to what is above that.
+    TOOLS = [("dvips...", "Run dvips", ["Options of dvips", "Output file", "Cancel", "OK", "Choose the DVI file"]),
+             ("MakeIndex...", "Run MakeIndex",
+              ["Add an index file", "Compress blanks", "German word ordering", "Letter ordering",
+               "No implicit page ranges", "Starting page", "Style file", "Output file", "Transcript file", "Cancel",
+               "OK"])]
+
+    def message(self, title, name=None):
+        """The dialog TITLE of the program that shows the seldom window NAME, when it has the keyboard."""
+        if name:
+            self.start_program(self.program("window-shower"), name)
+        return wait_until(lambda: [one for one in matching_windows(self.shell(), title)
+                                   if one.get_role() == ROLE.DIALOG and has(one, STATE.ACTIVE)], title)[0]
+
+    def said(self, window):
+        return [node.get_name() for node in everything(window) if node.get_role() == ROLE.LABEL]
+
+    def shows_one_button(self, window, heading, button):
+        """A message is a heading, a sentence, and the button that has the keyboard."""
+        self.walk(window)
+        self.assertEqual(self.said(window)[0], heading)
+        self.assertTrue(self.said(window)[1].endswith("."), self.said(window))
+        buttons = [node for node in everything(window) if node.get_role() in CONTROLS]
+        self.assertEqual([node.get_name() for node in buttons], [button])
+        self.keys("Return")
+        wait_until(self.ended, "the end of the program")
+
+    def tab_order(self, window):
+        """The names of the controls in the order in which Tab goes through them, from where the keyboard begins."""
+        names = []
+        while True:
+            focused = wait_until(lambda: [node for node in everything(window) if has(node, STATE.FOCUSED)
+                                          and node.get_role() in CONTROLS], "the keyboard in a control")[0]
+            if focused.get_name() in names:
+                return names
+            names.append(focused.get_name())
+            self.keys("Tab")
+            wait_until(lambda node=focused: not has(node, STATE.FOCUSED), "the next control")
+
+    def test_a_shell_that_is_not_set_up(self):
+        os.unlink(self.preferences_path)
+        self.start_program(self.shell_program())
+        self.shows_one_button(self.message("Quillon"), "Quillon has not been set up", "Quit")
+
+    def test_a_name_that_is_too_long(self):
+        self.shows_one_button(self.message("Quillon", "LongName"), "The name is too long", "OK")
+
+    def test_the_end_of_memory(self):
+        self.shows_one_button(self.message("Quillon", "alert 900"), "Out of memory", "Quit")
+
+    def test_the_window_for_a_command_key(self):
+        window = self.message("Command Key", "cmdkey")
+        self.walk(window)
+        self.assertEqual(self.tab_order(window), ["Command key", "Cancel", "OK"])
+
+    def test_the_sheet_of_a_script(self):
+        self.start_program(self.program("window-shower"), "wait")
+        sheet = wait_until(lambda: [one for one in matching_windows(self.shell(), "Quillon")
+                                    if one.get_role() == ROLE.DIALOG], "the sheet")[0]
+        self.assertEqual(self.said(sheet), ["A script is running..."])
+        wait_until(lambda: has(self.console_text(), STATE.FOCUSED), "the keyboard in the console")
+        self.assertFalse(has(sheet, STATE.ACTIVE))
+
+    def test_the_windows_of_tools(self):
+        self.start_desktop()
+        for item, title, order in self.TOOLS:
+            with self.subTest(title):
+                self.choose("Tools", item)
+                window = self.message(title)
+                self.walk(window)
+                self.assertEqual(self.tab_order(window), order)
+                self.close_dialog(title)
+
+
 class RunWindow(ShellReader):
     def test_the_window_of_a_run_is_read_and_answered(self):
         self.begin(ASKS)

@@ -41,6 +41,7 @@ class WaylandTest(ServiceTest):
         compositor = subprocess.Popen(["sway", "-c", os.path.join(folder, "config")], env=environment, user=user,
                                       group=user and pwd.getpwnam("nobody").pw_gid, extra_groups=[] if user else None,
                                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        cls.compositor = compositor
         cls.addClassCleanup(stop, compositor)
         ready = os.path.join(folder, "ready")
         wait_until(lambda: os.path.exists(ready) and os.path.getsize(ready) > 0, "the compositor")

@@ -9,34 +9,26 @@ import signal
 import subprocess
 import sys
 import unittest
-from collections import namedtuple
 
 import dbus
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
+from carets import EMACS, GEANY, GVIM, MOUSEPAD, NANO, CaretTest  # noqa: E402
 from harness import BUILD, TOOL, DesktopTest, stop, wait_until  # noqa: E402
 
-# What the name of its executable begins with, and the keys before what is typed and those that save it.
-Editor = namedtuple("Editor", "executable before save")
-GVIM = Editor("vim", ["i"], ["Escape", "colon", "w", "Return"])
-GEANY = Editor("geany", [], ["ctrl+s"])
-MOUSEPAD = Editor("mousepad", [], ["ctrl+s"])
-EMACS = Editor("emacs-", [], ["ctrl+x", "ctrl+s"])
-NANO = Editor("nano", [], ["ctrl+s"])
 EXECUTABLES = [editor.executable for editor in (GVIM, GEANY, MOUSEPAD, EMACS, NANO)] + ["xterm"]
 ENTRIES = "/usr/share/applications"
 NASTY = ["a'$(touch o)`c`.tex", "a b é.tex"]
 QUILLON = os.path.join(BUILD, "bin", "quillon")
 
 
-class RealEditors(DesktopTest):
+class RealEditors(CaretTest, DesktopTest):
     def setUp(self):
         super().setUp()
         self.environment.update(GSETTINGS_BACKEND="memory", NO_AT_BRIDGE="1", TERMINAL="xterm", LC_ALL="C.UTF-8")
         # Emacs compiles nothing beside its work, and nano leaves a file beside the one that it has opened.
         self.file("early-init.el", "(setq native-comp-deferred-compilation nil)\n", self.home + "/.emacs.d")
         self.file(".nanorc", "set locking\n", self.home)
-        self.marks = 0
         self.addCleanup(self.end_editors)
 
     def editors(self):
@@ -51,11 +43,6 @@ class RealEditors(DesktopTest):
         self.editor = editor
         self.preferences(USEPDFTEX="1", Editor=application)
         self.start_shell("--service")
-
-    def wrong(self, name, line):
-        """A file of sixty lines with an error in LINE; its path."""
-        lines = ["\\wrong" if number == line else f"% {number}" for number in range(1, 60)] + ["\\bye", ""]
-        return self.file(name, "\n".join(lines))
 
     def run_tex(self, path, **options):
         """Runs the engine on a file; the line of the first error."""
@@ -84,21 +71,11 @@ class RealEditors(DesktopTest):
     def assert_caret(self, path, line, before=()):
         """Waits for the file in the editor, types, saves, and looks where it came in the file."""
         wait_until(lambda: self.shows(path, before), f"{path} in the editor")
-        self.marks += 1
-        mark = f"mark{self.marks}".encode()
-        self.keys(*self.editor.before)
-        self.xdotool("type", mark.decode())
-        self.keys(*self.editor.save)
-
-        def lines():
-            with open(path, "rb") as file:
-                return file.read().split(b"\n")
-
-        wait_until(lambda: mark in b"".join(lines()), f"what was typed, in {path}")
-        self.assertEqual([number for number, text in enumerate(lines(), 1) if mark in text], [line])
-        self.assertTrue(lines()[line - 1].startswith(mark), lines()[line - 1])
-        self.assertEqual(len(lines()), 61)
+        self.assert_typed(path, line)
         self.keys("ctrl+Home")
+
+    def type_text(self, text):
+        self.xdotool("type", text)
 
     def ask(self, name, line, before=()):
         """A run that fails in LINE of a file that is not in front, and what it leads to."""

@@ -7,21 +7,25 @@
 #include <string>
 #include <vector>
 
+#include "common/activation.h"
 #include "common/application.h"
 #include "common/bundle.h"
 #include "common/spawn.h"
 #include "front/front.h"
 #include "linux/events/peers.h"
 #include "linux/events/plain_programs.h"
+#include "linux/events/tokens.h"
 #include "toolbox/processes.h"
 
 namespace quillon {
 
-// The environment of a tool: the shell's own, with the front and the process id of the shell added.
-static std::vector<std::string> tool_environment() {
+// The environment of the tool whose bundle has the POSIX path PATH: the shell's own, with the front, the
+// process id of the shell and an activation token added.
+static std::vector<std::string> tool_environment(const std::string &path) {
     std::vector<std::string> variables = common::own_environment();
     variables.push_back("QUILLON_FRONT=" + std::string(front->name));
     variables.push_back("QUILLON_SHELL_PID=" + std::to_string(getpid()));
+    common::put_token(variables, fresh_token(path));
     return variables;
 }
 
@@ -32,8 +36,8 @@ static OSErr launch_bundle(const std::string &path, ProcessSerialNumber *psn) {
     // The headless front prints the console's text on standard output, so the output of a program goes to
     // standard error.
     const std::string executable = common::program_of_bundle(path);
-    const int failure =
-        common::spawn({executable, {executable}, tool_environment(), common::Place::own_group}, &program.pid);
+    const int failure = common::spawn(
+        {executable, {executable}, tool_environment(path), common::Place::own_group}, &program.pid);
     if (failure == ENOMEM || failure == EAGAIN)
         return memFullErr;
     if (failure != 0)

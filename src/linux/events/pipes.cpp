@@ -6,8 +6,11 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <vector>
 
+#include "common/activation.h"
 #include "common/places.h"
+#include "linux/events/tokens.h"
 #include "toolbox/processes.h"
 
 namespace quillon {
@@ -42,6 +45,10 @@ std::FILE *open_pipe(const char *command, const char *mode) {
             "; export QUILLON_FOLLOWS\n";
     if (open_hints.after_run)
         line += "QUILLON_AFTER_RUN=1; export QUILLON_AFTER_RUN\n";
+    std::vector<std::string> variables;
+    common::put_token(variables, fresh_token(""));
+    for (const std::string &variable : variables)
+        line += "export " + single_quoted(variable) + "\n";
     return ::popen((line + command).c_str(), mode);
 }
 

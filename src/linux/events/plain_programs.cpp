@@ -4,9 +4,11 @@
 
 #include <cerrno>
 
+#include "common/activation.h"
 #include "common/places.h"
 #include "common/spawn.h"
 #include "linux/events/peers.h"
+#include "linux/events/tokens.h"
 #include "toolbox/processes.h"
 
 namespace quillon {
@@ -53,6 +55,7 @@ OSErr open_in_application(const std::string &application, const char *document) 
     command.environment.emplace_back("QUILLON_FOLLOWS=nothing");
     if (open_hints.after_run)
         command.environment.emplace_back("QUILLON_AFTER_RUN=1");
+    common::put_token(command.environment, fresh_token(application));
     pid_t pid = 0;
     if (common::spawn(command, &pid) != 0)
         return permErr;

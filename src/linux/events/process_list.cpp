@@ -19,6 +19,7 @@
 #include "linux/events/peers.h"
 #include "linux/events/plain_programs.h"
 #include "linux/events/process_table.h"
+#include "linux/events/tokens.h"
 #include "toolbox/processes.h"
 
 namespace quillon {
@@ -180,7 +181,7 @@ OSErr SetFrontProcess(const ProcessSerialNumber *psn) {
     sd_bus *const bus = HostBus();
     if (owner.empty() || !bus)
         return noErr; // a tool that has no window yet has nothing to show
-    common::send_activate(bus, owner, common::application_path);
+    common::send_activate(bus, owner, common::application_path, fresh_token(""));
     return noErr;
 }
 

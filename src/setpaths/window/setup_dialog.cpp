@@ -5,6 +5,7 @@
 #include <QFileDialog>
 #include <QHeaderView>
 #include <QIcon>
+#include <QPixmap>
 #include <QPushButton>
 #include <QStyle>
 #include <QStyledItemDelegate>
@@ -172,12 +173,15 @@ void SetupDialog::add_program(const char *key, QComboBox *box) {
     const std::size_t number = programs_.size();
     programs_.push_back({key, box, QFile::decodeName(path.c_str()), {}});
     programs_.back().chosen = programs_.back().before;
-    box->addItem(tr("None"), QString());
-    box->setIconSize({widgets::application_icon_size, widgets::application_icon_size});
+    // An empty icon keeps the boxes equally high, and their names in one column.
+    QPixmap empty(widgets::application_icon_size, widgets::application_icon_size);
+    empty.fill(Qt::transparent);
+    box->setIconSize(empty.size());
+    box->addItem(empty, tr("None"), QString());
     for (const common::DesktopEntry &entry : common::applications_for(use_of(key), installed_))
         box->addItem(widgets::application_icon(entry.icon), QString::fromStdString(entry.name),
                      QFile::decodeName(entry.path.c_str()));
-    box->addItem(tr("Other..."));
+    box->addItem(empty, tr("Other..."));
     show_program(programs_.back());
     connect(box, &QComboBox::activated, this, [this, number] { choose_program(number); });
 }

@@ -6,6 +6,7 @@
 #include "setpaths/window/setup_dialog.h"
 #include "widgets/application.h"
 #include "widgets/icon.h"
+#include "widgets/start_focus.h"
 
 namespace setpaths {
 
@@ -21,6 +22,7 @@ extern "C" __attribute__((visibility("default"))) bool quillon_setup_window(cons
             dialog.raise();
             dialog.activateWindow();
         });
+    widgets::use_start_token(&dialog);
     dialog.exec();
     *status = dialog.written() ? 0 : 1;
     return true;

@@ -2,6 +2,7 @@
 
 #include <QGuiApplication>
 #include <QWidget>
+#include <QWindow>
 #include <cstdlib>
 #include <cstring>
 #include <unistd.h>
@@ -73,8 +74,10 @@ int take_focus(QWidget *window) {
     const auto *const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
     // Other platforms may answer with an interface that has no connection.
     if (!x11 || !x11->connection()) {
-        // A Wayland compositor decides by the activation token that this process was started with, if any.
-        window->activateWindow();
+        // A Wayland compositor decides by the activation token that this process was started with, if any. It
+        // counts once, and only for a window that is on the screen.
+        if (window->windowHandle() && window->windowHandle()->isExposed())
+            window->activateWindow();
         return 1;
     }
     xcb_connection_t *const connection = x11->connection();
