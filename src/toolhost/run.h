@@ -11,11 +11,13 @@
 
 #include "common/bundle.h"
 #include "common/run_notes.h"
+#include "toolhost/companion_reader.h"
 #include "toolhost/format_copies.h"
 #include "toolhost/kept_output.h"
 #include "toolhost/prompt.h"
 #include "toolhost/results.h"
 #include "toolhost/run_parser.h"
+#include "toolhost/run_report.h"
 #include "toolhost/transcript.h"
 
 namespace toolhost {
@@ -28,6 +30,7 @@ struct Outcome {
     bool edit = false;          // the editor is wanted at the error
     std::string message;        // what the engine said about that error
     bool cancelled = false;
+    RunReport report;
 };
 
 // What a run tells the host that owns it.
@@ -109,6 +112,7 @@ class Run {
     void settle_kept_output();
     void close_down();
     void finish();
+    RunReport report() const;
     ErrorPlace error_place(bool *edit) const;
 
     sd_event *event_;
@@ -125,6 +129,7 @@ class Run {
     std::vector<FormatCopy> copies_;          // that the engine was offered
     std::vector<FormatSearch> copies_to_ask_; // for searches of which nothing is known
     std::unique_ptr<RunParser> parser_;
+    std::unique_ptr<CompanionReader> companion_; // for BibTeX and MakeIndex
     PromptWatch prompt_;
     sd_event_source *terminal_source_ = nullptr;
     sd_event_source *output_source_ = nullptr;
