@@ -101,6 +101,12 @@ struct Front {
     void (*text_selectable)(int on) = nullptr;
     // Shows the bar that finds text in the console.
     void (*find_text)() = nullptr;
+    // Shows the window with the problems of the last run.
+    void (*show_problems)() = nullptr;
+    // Called when there are the problems of another run.
+    void (*problems_changed)() = nullptr;
+    // Called when the editor is asked to open the problem number INDEX.
+    void (*problem_opened)(int index) = nullptr;
 };
 
 // The front in use, which the program sets before the shell starts.
