@@ -20,7 +20,8 @@ class Problems(Applications, Desk):
         self.recorder("kate")
 
     def run_bad(self, text=BAD):
-        self.preferences(USEPDFTEX="1", AUTOVIEW="0", TEXWINDOW="100 200 400 800", Editor=os.path.join(self.programs, "kate"))
+        self.preferences(USEPDFTEX="1", AUTOVIEW="0", TEXWINDOW="100 200 400 800",
+                         Editor=os.path.join(self.programs, "kate"))
         self.file("my part.tex", "a\n\\undefd\n")
         self.file("bad.tex", text)
         self.start_desktop()
@@ -84,8 +85,10 @@ class Problems(Applications, Desk):
         self.keys("shift+Tab", "shift+Tab", "space")
 
     def test_a_hundred_thousand_rows_are_quick(self):
-        self.run_bad("\\tracinglostchars2\\documentclass{article}\\begin{document}\n\\newcount\\n\\setbox0\\vbox{\\loop\\ifnum\\n<100002 "
-                     "\\setbox1\\hbox to1pt{\\kern2pt}\\advance\\n1 \\repeat}\\undefd\n\\end{document}\n")
+        self.run_bad("\\tracinglostchars2\\documentclass{article}\\begin{document}\n\\newcount\\n"
+                     "\\setbox0\\vbox{\\loop\\ifnum\\n<100002 \\setbox1\\hbox to1pt{\\kern2pt}\\advance\\n1 \\repeat}"
+                     "\\undefd\n"
+                     "\\end{document}\n")
         self.assertEqual(len(self.object.Problems(timeout=60)), 100000)
         self.window_of_problems()
         self.keys("End", "Return")

@@ -32,7 +32,8 @@ class Problems(Service):
         return self.shell_object().Exec(line, self.work, timeout=90)
 
     def problems(self):
-        return [(str(file), int(line), str(kind), str(text)) for file, line, kind, text in self.shell_object().Problems()]
+        return [(str(file), int(line), str(kind), str(text))
+                for file, line, kind, text in self.shell_object().Problems()]
 
     def places(self):
         return [problem[:3] for problem in self.problems()]
@@ -68,8 +69,8 @@ class Problems(Service):
     def test_busctl_reads_them(self):
         self.start_shell()
         self.exec(LATEX + "bad.tex")
-        done = self.run_program("busctl", "--user", "call", "org.quillon.Shell", "/org/quillon/Shell", "org.quillon.Shell1",
-                                "Problems")
+        done = self.run_program("busctl", "--user", "call", "org.quillon.Shell", "/org/quillon/Shell",
+                                "org.quillon.Shell1", "Problems")
         self.assertEqual((done.returncode, done.stdout.split()[:2]), (0, ["a(suss)", "3"]))
 
     def test_the_command_prints_a_line_each(self):
@@ -100,7 +101,8 @@ class Problems(Service):
     def test_a_cancelled_run_keeps_what_it_found(self):
         self.file("long.tex", "\\wrong\n\\immediate\\openout1=begun.txt \\loop\\iftrue\\repeat\n")
         self.start_shell()
-        thread = self.in_background(lambda: self.error_of(lambda: self.exec("pdftex -interaction=nonstopmode long.tex")))
+        command = "pdftex -interaction=nonstopmode long.tex"
+        thread = self.in_background(lambda: self.error_of(lambda: self.exec(command)))
         wait_until(lambda: os.path.exists(os.path.join(self.work, "begun.txt")), "the engine behind its error")
         self.shell_object().Cancel()
         thread.join(60)

@@ -83,7 +83,8 @@ class Problems(HostTest):
         self.file("x.tex", article("One.\n\nTwo\nis here \\hbox to 20cm{wide (}\nand ends.\n\n\\sloppy \\hsize 2cm "
                                    "pneumonoultramicroscopicsilico\nvolcano"))
         found = self.problems(LATEX + "x.tex")
-        self.assertEqual([(line, kind, text[:13]) for _, line, kind, text in found], [(6, "box", "Underfull \\hb"), (5, "box", "Overfull \\hbo"), (9, "box", "Overfull \\hbo")])
+        self.assertEqual([(line, kind, text[:13]) for _, line, kind, text in found],
+                         [(6, "box", "Underfull \\hb"), (5, "box", "Overfull \\hbo"), (9, "box", "Overfull \\hbo")])
 
     def test_a_box_while_a_page_is_made(self):
         self.file("x.tex", "\\output={\\setbox0\\vbox to 10in{x}\\shipout\\box255}text\\vfill\\eject\n(\\wrong\\end\n")
@@ -104,16 +105,16 @@ class Problems(HostTest):
     def test_latex_warning_of_several_lines(self):
         self.file("x.tex", "\\NeedsTeXFormat{LaTeX2e}[2099/01/01]\n" + article("x"))
         self.check(LATEX + "x.tex", ("x.tex", 0, "warning",
-                                     "LaTeX Warning: You have requested release `2099/01/01' of LaTeX, but only release "
-                                     "`2022-11-01' is available."))
+                                     "LaTeX Warning: You have requested release `2099/01/01' of LaTeX, but only "
+                                     "release `2022-11-01' is available."))
 
     def test_font_warnings(self):
         self.file("x.tex", article("\\fontfamily{none}\\selectfont x\n\n\\fontfamily{cmr}\\fontsize{123}{123}"
                                    "\\selectfont x"))
         font = "LaTeX Font Warning: "
         self.check(LATEX + "x.tex",
-                   ("x.tex", 3, "warning", font + "Font shape `OT1/none/m/n' undefined using `OT1/cmr/m/n' instead on input "
-                                                  "line 3."),
+                   ("x.tex", 3, "warning", font + "Font shape `OT1/none/m/n' undefined using `OT1/cmr/m/n' instead on "
+                                                  "input line 3."),
                    ("x.tex", 5, "warning", font + "Font shape `OT1/cmr/m/n' in size <123> not available size <24.88> "
                                                   "substituted on input line 5."),
                    ("x.tex", 0, "warning", font + "Size substitutions with differences up to 98.12pt have occurred."),
@@ -183,8 +184,8 @@ class Problems(HostTest):
         self.file("x.tex", "\\pdfoutput1 a\\pdfdest name {aa} fit\n\\pdfdest name {aa} fit (\n"
                            "\\leavevmode\\pdfstartlink goto name {foo}b\\pdfendlink\\vfill\\eject\n\\wrong\\end\n")
         self.check(PLAIN + "x.tex",
-                   ("x.tex", 3, "warning", "pdfTeX warning (ext4): destination with the same identifier (name{aa}) has been "
-                                           "already used, duplicate ignored"),
+                   ("x.tex", 3, "warning", "pdfTeX warning (ext4): destination with the same identifier (name{aa}) has "
+                                           "been already used, duplicate ignored"),
                    ("x.tex", 4, "error", "Undefined control sequence."),
                    ("x.tex", 0, "reference", "pdfTeX warning (dest): name{foo} has been referenced but does not exist, "
                                              "replaced by a fixed one"))
@@ -194,8 +195,8 @@ class Problems(HostTest):
         self.problems(PLAIN + "x.tex")
         self.file("y.tex", "\\pdfoutput1 \\pdfminorversion=4 \\pdfximage{x.pdf}\\pdfrefximage\\pdflastximage\\end\n")
         found = self.problems(PLAIN + "y.tex")
-        self.assertIn(("y.tex", 0, "warning", "pdfTeX warning: pdftex (file ./x.pdf): PDF inclusion: found PDF version <1.7>, "
-                                              "but at most version <1.4> allowed"), found)
+        self.assertIn(("y.tex", 0, "warning", "pdfTeX warning: pdftex (file ./x.pdf): PDF inclusion: found PDF version "
+                                              "<1.7>, but at most version <1.4> allowed"), found)
 
     # Where it is wrong.
 
@@ -265,7 +266,8 @@ class Problems(HostTest):
 
     def test_long_lines(self):
         self.parts("\\message{%s (x (} \\wrong\n" % ("a " * 3000), "part")
-        self.file("x.tex", article("\\PackageWarning{foo}{%s}\n\\input{part}\n\\typeout{%s}\\wrong" % ("long (" * 300, "b (" * 9000)))
+        self.file("x.tex", article("\\PackageWarning{foo}{%s}\n\\input{part}\n\\typeout{%s}\\wrong" %
+                                   ("long (" * 300, "b (" * 9000)))
         found = self.problems(LATEX + "x.tex")
         self.assertEqual([(name, line) for name, line, _, _ in found], [("x.tex", 3), ("part.tex", 1), ("x.tex", 5)])
         self.assertEqual(found[0][3], ("Package foo Warning: " + "long (" * 300)[:1000])
@@ -287,11 +289,13 @@ class Problems(HostTest):
         self.file("x.tex", article("\\citet{gone}\n\\autoref{none} \\hyperref[gone]{x}\\hyperlink{no}{x}",
                                    "\\usepackage{natbib}\\usepackage{hyperref}"))
         self.check(LATEX + "x.tex",
-                   ("x.tex", 3, "reference", "Package natbib Warning: Citation `gone' on page 1 undefined on input line 3."),
+                   ("x.tex", 3, "reference", "Package natbib Warning: Citation `gone' on page 1 undefined on input "
+                                             "line 3."),
                    ("x.tex", 4, "reference", "LaTeX Warning: Reference `none' on page 1 undefined on input line 4."),
-                   ("x.tex", 4, "reference", "LaTeX Warning: Hyper reference `gone' on page 1 undefined on input line 4."),
-                   ("x.tex", 0, "warning", "Package rerunfilecheck Warning: File `x.out' has changed. Rerun to get outlines "
-                                           "right or use package `bookmark'."),
+                   ("x.tex", 4, "reference", "LaTeX Warning: Hyper reference `gone' on page 1 undefined on input "
+                                             "line 4."),
+                   ("x.tex", 0, "warning", "Package rerunfilecheck Warning: File `x.out' has changed. Rerun to get "
+                                           "outlines right or use package `bookmark'."),
                    ("x.tex", 0, "reference", "pdfTeX warning (dest): name{no} has been referenced but does not exist, "
                                              "replaced by a fixed one"))
 
@@ -316,7 +320,8 @@ class Problems(HostTest):
 
     def test_latex_with_dvi_output(self):
         self.file("x.tex", article("\\wrong"))
-        self.check("-progname=latex -interaction=nonstopmode x.tex", ("x.tex", 3, "error", "Undefined control sequence."),
+        self.check("-progname=latex -interaction=nonstopmode x.tex",
+                   ("x.tex", 3, "error", "Undefined control sequence."),
                    tool="tex")
 
     def test_metapost(self):
