@@ -29,7 +29,9 @@ struct Session {
     int status = status_unavailable;
     LiveOutput output;
     std::string first_error; // a line for the standard error
-    std::string tool;        // the unique bus name of the tool that runs
+    std::string summary;     // a line that sums the run up
+    bool sums_up = false;
+    std::string tool; // the unique bus name of the tool that runs
     bool tool_waits = false;
     bool input_ended = false;
 };
@@ -91,8 +93,9 @@ int on_waiting(sd_bus_message *message, void *data, sd_bus_error *) {
     return 0;
 }
 
-// Sets TEXT to "file:line: message" of the first error that the reply tells; leaves it when there is none.
-void read_first_error(sd_bus_message *reply, std::string &text) {
+// Sets the line "file:line: message" of the first error that the reply tells, and the line that sums the run
+// up. Leaves what it does not tell.
+void read_result(sd_bus_message *reply, Session &session) {
     std::string file;
     const char *message = "";
     int line = 0;
@@ -112,13 +115,17 @@ void read_first_error(sd_bus_message *reply, std::string &text) {
             sd_bus_message_read(reply, "v", "i", &line);
         } else if (key == "message") {
             sd_bus_message_read(reply, "v", "s", &message);
+        } else if (key == "summary") {
+            const char *summary = "";
+            sd_bus_message_read(reply, "v", "s", &summary);
+            session.summary = std::string(summary) + "\n";
         } else {
             sd_bus_message_skip(reply, "v");
         }
         sd_bus_message_exit_container(reply);
     }
     if (!file.empty())
-        text = file + ":" + std::to_string(line) + ": " + message + "\n";
+        session.first_error = file + ":" + std::to_string(line) + ": " + message + "\n";
 }
 
 int on_done(sd_bus_message *reply, void *data, sd_bus_error *) {
@@ -131,7 +138,7 @@ int on_done(sd_bus_message *reply, void *data, sd_bus_error *) {
         session.status = status & 255;
         if (status != 0 && session.status == 0)
             session.status = 1;
-        read_first_error(reply, session.first_error);
+        read_result(reply, session);
         return 0;
     }
     const std::string_view name = error->name;
@@ -182,9 +189,9 @@ int send_exec(Session &session, const ExecRequest &request) {
         if (result >= 0)
             result = sd_bus_message_append_array(call, 'y', part->data(), part->size());
     if (result >= 0)
-        result =
-            sd_bus_message_append(call, "a{sv}", 4, "follow", "b", 1, "view", "b", request.view ? 1 : 0,
-                                  "edit", "b", request.edit ? 1 : 0, "answer", "b", request.follow ? 1 : 0);
+        result = sd_bus_message_append(call, "a{sv}", session.sums_up ? 5 : 4, "follow", "b", 1, "view", "b",
+                                       request.view ? 1 : 0, "edit", "b", request.edit ? 1 : 0, "answer", "b",
+                                       request.follow ? 1 : 0, "summary", "b", 1);
     if (result >= 0)
         result = sd_bus_call_async(session.bus, nullptr, call, on_done, &session, UINT64_MAX);
     sd_bus_message_unref(call);
@@ -253,6 +260,8 @@ int exec_command(sd_bus *bus, const ExecRequest &request) {
     session.bus = bus;
     session.shell = shell.name.c_str();
     session.follow = request.follow;
+    // Whoever takes the output up does not want one line more on the standard error.
+    session.sums_up = request.follow || isatty(STDOUT_FILENO);
     sigprocmask(SIG_BLOCK, &handled, nullptr);
     const int signals = signalfd(-1, &handled, SFD_NONBLOCK | SFD_CLOEXEC);
     listen(session);
@@ -264,6 +273,7 @@ int exec_command(sd_bus *bus, const ExecRequest &request) {
     leave_shell(shell);
     close(signals);
     std::fputs(session.first_error.c_str(), stderr);
+    std::fputs(session.summary.c_str(), stderr);
     return session.status;
 }
 

@@ -30,6 +30,7 @@ constexpr const char *usage =
     "quillon find NAME                    print the path of a TeX input file and open it\n"
     "quillon locate NAME                  print the path of a TeX input file\n"
     "quillon formats                      list the formats\n"
+    "quillon problems                     list the problems of the last run, FILE:LINE: KIND: TEXT\n"
     "quillon edit +LINE FILE              open the chosen editor at that line\n"
     "quillon quit                         quit the shell\n"
     "quillon --headless [--script FILE]   a shell without a display; FILE may be - for the standard input\n"
@@ -123,6 +124,15 @@ int ask_shell(const Words &words) {
     return status;
 }
 
+int problems(const Words &words) {
+    if (words.size() != 1)
+        return say_usage("problems takes nothing more");
+    sd_bus *const bus = common::open_session_bus();
+    const int status = bus && client::shell_runs(bus) ? client::list_problems(bus) : client::no_shell();
+    sd_bus_flush_close_unref(bus);
+    return status;
+}
+
 int quit(const Words &words) {
     if (words.size() != 1)
         return say_usage("quit takes nothing more");
@@ -151,6 +161,8 @@ int main(int count, char **values) {
         return exec(words);
     if (first == "find" || first == "locate" || first == "formats")
         return ask_shell(words);
+    if (first == "problems")
+        return problems(words);
     if (first == "quit")
         return quit(words);
     if (first == "edit")

@@ -136,6 +136,23 @@ int list_formats(const Shell &shell) {
     return status;
 }
 
+int list_problems(sd_bus *bus) {
+    sd_bus_error error = SD_BUS_ERROR_NULL;
+    sd_bus_message *reply = nullptr;
+    const int result =
+        sd_bus_call_method(bus, shell_name, shell_path, shell_interface, "Problems", &error, &reply, "");
+    const int status = result < 0 ? say_error(error) : 0;
+    const char *file = nullptr, *kind = nullptr, *text = nullptr;
+    std::uint32_t line = 0;
+    if (result >= 0)
+        sd_bus_message_enter_container(reply, 'a', "(suss)");
+    while (result >= 0 && sd_bus_message_read(reply, "(suss)", &file, &line, &kind, &text) > 0)
+        std::printf("%s:%u: %s: %s\n", file, line, kind, text);
+    sd_bus_error_free(&error);
+    sd_bus_message_unref(reply);
+    return status;
+}
+
 namespace {
 
 // The shell that was told to quit.

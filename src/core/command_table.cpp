@@ -4,6 +4,7 @@
 
 #include "core/commands.h"
 #include "jobs/builds.h"
+#include "jobs/problem_steps.h"
 #include "menus/formats.h"
 #include "menus/tools.h"
 #include "menus/transfer.h"
@@ -131,6 +132,9 @@ const Command command_table[] = {
     separator(menu_edit, 14),
     submenu(menu_edit, edit_config, "Configuration Files", menu_config),
     action(menu_edit, edit_find, "Find in Console...", 'F', command_find_text),
+    action(menu_edit, edit_problems, "Problems", 'L', command_problems),
+    action(menu_edit, edit_next_problem, "Next Problem", 'N', command_next_problem, has_problems),
+    action(menu_edit, edit_previous_problem, "Previous Problem", 'U', command_previous_problem, has_problems),
 
     action(menu_build, build_pdftex, "pdfTeX Format...", 0, DoPDFBuildItem),
     action(menu_build, build_pdflatex, "pdfLaTeX Format...", 0, DoPDFBuildItem),
@@ -202,6 +206,7 @@ const char *why_grey(const Command &row) {
         {has_bib_file, "There is no .aux file beside the current document."},
         {has_dvi_file, "There is no DVI file beside the current document."},
         {has_ps_file, "There is no PostScript file beside the current document."},
+        {has_problems, "The last run has no problems, or none of the kinds that are shown."},
         {has_pdf_file, "There is no PDF file beside the current document."},
     };
     if (forceQuit)

@@ -71,6 +71,9 @@ enum : std::int16_t {
     edit_info = 13,
     edit_config = 15,
     edit_find = 16,
+    edit_problems = 17,
+    edit_next_problem = 18,
+    edit_previous_problem = 19,
 
     build_pdftex = 1,
     build_pdflatex = 2,

@@ -14,6 +14,7 @@
 #include "files/signatures.h"
 #include "files/streams.h"
 #include "front/front.h"
+#include "jobs/problem_steps.h"
 #include "jobs/tex_runs.h"
 #include "menus/formats.h"
 #include "menus/menus.h"
@@ -91,6 +92,19 @@ void command_font_size(std::int16_t) {
 void command_find_text(std::int16_t) {
     if (front->find_text)
         front->find_text();
+}
+
+void command_problems(std::int16_t) {
+    if (front->show_problems)
+        front->show_problems();
+}
+
+void command_next_problem(std::int16_t) {
+    OpenNextProblem();
+}
+
+void command_previous_problem(std::int16_t) {
+    OpenPreviousProblem();
 }
 
 void command_view_dvi(std::int16_t) {

@@ -29,6 +29,10 @@ void command_applications(std::int16_t item);
 void command_font_size(std::int16_t item);
 // Shows the bar that finds text in the console, where there is a window.
 void command_find_text(std::int16_t item);
+// Show the window with the problems of the last run, and open the next or the previous one in the editor.
+void command_problems(std::int16_t item);
+void command_next_problem(std::int16_t item);
+void command_previous_problem(std::int16_t item);
 // Open the current DVI, PostScript or PDF file in its viewer.
 void command_view_dvi(std::int16_t item);
 void command_view_ps(std::int16_t item);

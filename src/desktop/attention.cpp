@@ -12,6 +12,7 @@
 #include "desktop/event_pump.h"
 #include "desktop/main_window.h"
 #include "state/job_state.h"
+#include "tools/problems.h"
 
 namespace quillon::desktop {
 
@@ -57,6 +58,13 @@ void show_notification(const QString &text) {
     });
 }
 
+// The line that sums the run up, below what else is said; empty when its tool reported nothing.
+QString summary_below() {
+    BoundedString<256> line;
+    command_summary(line);
+    return line.empty() ? QString() : u'\n' + QString::fromUtf8(line.c_str());
+}
+
 void ask_for_attention(const QString &text) {
     wanted = true;
     if (main_window())
@@ -85,8 +93,9 @@ void run_ends() {
         return;
     QTimer::singleShot(moment, qApp, [] {
         if (QGuiApplication::applicationState() != Qt::ApplicationActive && !wanted)
-            ask_for_attention(exit_status == 0 ? QObject::tr("The run is done.")
-                                               : QObject::tr("The run has ended with an error."));
+            ask_for_attention((exit_status == 0 ? QObject::tr("The run is done.")
+                                                : QObject::tr("The run has ended with an error.")) +
+                              summary_below());
     });
 }
 

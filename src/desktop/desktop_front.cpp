@@ -14,6 +14,7 @@
 #include "desktop/dialogs.h"
 #include "desktop/event_pump.h"
 #include "desktop/main_window.h"
+#include "desktop/problems_window.h"
 #include "front/front.h"
 #include "linux/events/loop.h"
 #include "widgets/colours.h"
@@ -272,6 +273,9 @@ constexpr Front desktop_front = {
     .text_selectable = text_selectable,
     .find_text = find_text,
     .activation_token = activation_token,
+    .show_problems = show_problems,
+    .problems_changed = problems_changed,
+    .problem_opened = problem_opened,
 };
 
 void sync_menus() {

@@ -7,6 +7,8 @@
 #include <QSocketNotifier>
 #include <QTimerEvent>
 
+#include "linux/events/ae_data.h"
+#include "linux/events/ae_receive.h"
 #include "linux/events/loop.h"
 
 namespace quillon::desktop {
@@ -91,6 +93,14 @@ std::uint16_t event_modifiers(Qt::KeyboardModifiers modifiers) {
 
 void post_event(std::uint16_t what, std::uint32_t message, std::uint16_t modifiers, Point where) {
     PostEvent(what, message, modifiers, where);
+    something_happened = true;
+}
+
+void post_number_event(OSType event_class, OSType id, std::int32_t number) {
+    AppleEvent event;
+    ae_make_record(&event, event_class, id);
+    AEPutParamPtr(&event, keyDirectObject, typeLongInteger, &number, sizeof number);
+    queue_received_event(event, nullptr, [](sd_bus_message *, OSErr, const AppleEvent *) {});
     something_happened = true;
 }
 

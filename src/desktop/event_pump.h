@@ -19,6 +19,8 @@ void set_before_wait(void (*procedure)());
 std::uint16_t event_modifiers(Qt::KeyboardModifiers modifiers);
 // Appends an event to the shell's queue, as PostEvent does, and ends the wait.
 void post_event(std::uint16_t what, std::uint32_t message, std::uint16_t modifiers, Point where = {0, 0});
+// Sends the shell an event of this class and id with NUMBER as its direct parameter, and ends the wait.
+void post_number_event(OSType event_class, OSType id, std::int32_t number);
 // Asks the shell to end, closes a modal window that is open, and ends the wait.
 void post_leave();
 

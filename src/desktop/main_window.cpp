@@ -17,6 +17,7 @@ namespace quillon::desktop {
 namespace {
 
 constexpr int smallest_width = 160, smallest_height = 80;
+constexpr int summary_edge = 6;
 constexpr int busy_moment = 400; // milliseconds; a shorter run is not marked
 
 MainWindow *the_window = nullptr;
@@ -70,6 +71,20 @@ void MainWindow::set_busy(bool busy) {
     }
     busy_delay_.stop();
     busy_->hide();
+}
+
+void MainWindow::set_summary(const QString &line) {
+    if (!summary_) {
+        summary_ = new QLabel(content_);
+        summary_->setForegroundRole(QPalette::PlaceholderText);
+        summary_->setContentsMargins(summary_edge, 1, summary_edge, 1);
+        // The line never makes the window wider.
+        summary_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+        static_cast<QVBoxLayout *>(content_->layout())->insertWidget(1, summary_);
+    }
+    summary_->setText(line);
+    summary_->setToolTip(line);
+    summary_->setAccessibleName(tr("Last run: %1").arg(line));
 }
 
 // The keys that size the text are the window's own, so they work while no command can be chosen too.

@@ -1,4 +1,5 @@
-// The shell's one window: the menu bar over the console, and under that the bar that finds text in it.
+// The shell's one window: the menu bar over the console, and under that a line that sums the last run up and
+// the bar that finds text in the console.
 #ifndef QUILLON_DESKTOP_MAIN_WINDOW_H
 #define QUILLON_DESKTOP_MAIN_WINDOW_H
 
@@ -33,6 +34,8 @@ class MainWindow : public QMainWindow {
 
     // Says (true) that a run is going on, or no longer.
     void set_busy(bool busy);
+    // Shows LINE, which sums the last run up, below the console.
+    void set_summary(const QString &line);
 
   protected:
     void closeEvent(QCloseEvent *event) override;
@@ -45,6 +48,7 @@ class MainWindow : public QMainWindow {
     ConsoleView *const console_;
     FindBar *find_bar_ = nullptr; // made when text is first looked for
     QLabel *busy_ = nullptr;      // made when the first run begins
+    QLabel *summary_ = nullptr;   // made when the first run has ended
     QTimer busy_delay_;
     MenuMirror menus_;
     Rect placed_{};

@@ -8,11 +8,13 @@
 #include "core/startup.h"
 #include "files/paths.h"
 #include "files/search.h"
+#include "jobs/problem_steps.h"
 #include "jobs/tex_runs.h"
 #include "menus/menus.h"
 #include "menus/recent_files.h"
 #include "state/job_scope.h"
 #include "state/job_state.h"
+#include "tools/problems.h"
 #include "tools/tool_call.h"
 #include "tools/tool_runs.h"
 #include "viewers/quoting.h"
@@ -181,8 +183,12 @@ static std::uint8_t wish(const AppleEvent *event, OSType keyword, std::uint8_t o
 // error.
 static void put_result(AppleEvent *reply) {
     BoundedString<1024> posix_path;
+    BoundedString<256> summary;
     if (!expects_reply(reply))
         return;
+    command_summary(summary);
+    if (!summary.empty())
+        put_text(reply, four("summ"), summary.c_str());
     const std::int32_t code = exit_status == 0 || job_exit_code == 0 ? exit_status : job_exit_code;
     AEPutParamPtr(reply, four("code"), typeLongInteger, &code, sizeof code);
     if (job_error_file.empty())
@@ -268,6 +274,23 @@ OSErr HandleFormats(const AppleEvent *event, AppleEvent *reply, std::int32_t) {
     return noErr;
 }
 
+// Gives the problems of the last run, as the records that its tool wrote.
+static OSErr HandleProblems(const AppleEvent *, AppleEvent *reply, std::int32_t) {
+    const std::string_view records = problem_records();
+    if (expects_reply(reply) && !records.empty())
+        AEPutParamPtr(reply, keyDirectObject, typeChar, records.data(), records.size());
+    return noErr;
+}
+
+// Opens the problem whose number the event names in the editor. The event waits until no job runs.
+static OSErr HandleGoToProblem(const AppleEvent *event, AppleEvent *, std::int32_t) {
+    std::int32_t index = 0;
+    const OSErr error = AEGetParamPtr(event, keyDirectObject, typeLongInteger, &index, sizeof index, nullptr);
+    if (error == noErr)
+        OpenProblem(index);
+    return error;
+}
+
 // The set-up has changed the settings. The event waits until no job runs.
 static OSErr HandleSettings(const AppleEvent *, AppleEvent *, std::int32_t) {
     if (at_exit)
@@ -293,6 +316,7 @@ void DoAEInstallation() {
         {four("QUIL"), four("frmt"), HandleFormats},     {four("QUIL"), four("loca"), HandleLocate},
         {four("aevt"), four("ansr"), HandleReply},       {four("QUIL"), four("exit"), HandleExit},
         {four("QUIL"), four("gone"), HandleBusGone},     {four("QUIL"), four("sett"), HandleSettings},
+        {four("QUIL"), four("prob"), HandleProblems},    {four("QUIL"), four("gopr"), HandleGoToProblem},
     };
     for (const auto &entry : table)
         AEInstallEventHandler(entry.event_class, entry.id, entry.handler, 0);

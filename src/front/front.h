@@ -105,6 +105,12 @@ struct Front {
     // next may bring its window to the front. APP_ID is that program's name for the desktop; null when it is
     // not known. 1 with the token, or 0 with an empty text when the desktop gives none.
     int (*activation_token)(const char *app_id, BoundedBuffer &token) = nullptr;
+    // Shows the window with the problems of the last run.
+    void (*show_problems)() = nullptr;
+    // Called when there are the problems of another run.
+    void (*problems_changed)() = nullptr;
+    // Called when the editor is asked to open the problem number INDEX.
+    void (*problem_opened)(int index) = nullptr;
 };
 
 // The front in use, which the program sets before the shell starts.

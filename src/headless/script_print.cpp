@@ -15,6 +15,7 @@
 #include "state/job_state.h"
 #include "toolbox/codes.h"
 #include "toolbox/menus.h"
+#include "tools/problems.h"
 #include "tools/processes.h"
 #include "tools/tool_call.h"
 
@@ -218,6 +219,14 @@ static void print_setting(const std::string &key) {
     std::free(value);
 }
 
+static void print_problems() {
+    for (int i = 0; i < problem_count(); i++) {
+        const ProblemRecord &problem = problem_at(i);
+        std::printf("%s:%d: %s: %s\n", problem.file.data(), problem.line, problem_kind_word(problem.kind),
+                    problem.text.data());
+    }
+}
+
 void PrintForScript(const std::string &line) {
     std::string rest = line;
     const std::string what = TakeWord(&rest);
@@ -227,8 +236,10 @@ void PrintForScript(const std::string &line) {
         print_state(rest);
     else if (what == "setting")
         print_setting(rest);
+    else if (what == "problems")
+        print_problems();
     else
-        std::fprintf(stderr, "quillon: script: print takes menu, state or setting\n");
+        std::fprintf(stderr, "quillon: script: print takes menu, state, setting or problems\n");
     std::fflush(stdout);
 }
 

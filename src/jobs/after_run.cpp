@@ -89,8 +89,11 @@ void CallTheEditor() {
         return;
     const int fits = take_error_place();
     calleditor = 0;
-    if (!fits)
-        return;
+    if (fits)
+        OpenEditorAtPlace();
+}
+
+void OpenEditorAtPlace() {
     if (!IsApp(editor)) {
         if (!find_application(&editor, "Editor", "Find the text editor")) {
             say_where();

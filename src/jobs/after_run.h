@@ -19,6 +19,9 @@ void AutoViewPDFFile();
 // When calleditor is 1: clears it and opens the file of the settings FILENAME and LINENUMBER in the editor at
 // that line. Without an editor the console says where the error is.
 void CallTheEditor();
+// Opens editfile (a Unix path) in the editor at editlinenumber; the person chooses an editor when none is
+// set. Without one the console says where the place is.
+void OpenEditorAtPlace();
 // Follow a run of TeX or pdfTeX: show the arrow, store curr_dir as TEXDIR, view the output of a clean run
 // when doView and job_views are 1, and call the editor unless job_edits is 0.
 void doAfterTeX();

@@ -27,7 +27,7 @@ static int admits(const EventRecord &event) {
     const OSType id = static_cast<OSType>(static_cast<std::uint16_t>(event.where.v)) << 16 |
                       static_cast<std::uint16_t>(event.where.h);
     return !(event.message == four("QUIL") &&
-             (id == four("exec") || id == four("find") || id == four("sett"))) &&
+             (id == four("exec") || id == four("find") || id == four("sett") || id == four("gopr"))) &&
            !(event.message == four("aevt") && id == four("odoc"));
 }
 

@@ -1,4 +1,6 @@
 // A command may be several runs: the engine until the document is stable, and the programs beside it.
+#include <unistd.h>
+
 #include "common/preferences.h"
 #include "toolhost/environment.h"
 #include "toolhost/host.h"
@@ -28,6 +30,8 @@ bool Host::goes_on(const Outcome &outcome) {
         outcome_ = outcome;
         files_ = run_->recorded();
         output_ = run_->output();
+    } else {
+        unlink(outcome.report.problems.c_str());
     }
     outcome_.cancelled = outcome.cancelled;
     if (outcome.cancelled || (is_engine && (outcome.exit_code != 0 || outcome.edit)))
@@ -41,6 +45,11 @@ bool Host::goes_on(const Outcome &outcome) {
             say("Still not stable after " + std::to_string(Passes::most) + " passes: " + passes_->unstable() +
                 " changes each time.");
         return false;
+    }
+    // Only the problems of the last pass are reported.
+    if (next_.tool.empty()) {
+        unlink(outcome_.report.problems.c_str());
+        outcome_.report.problems.clear();
     }
     // The run that has just ended is still at work.
     sd_event_add_defer(
@@ -56,12 +65,12 @@ bool Host::goes_on(const Outcome &outcome) {
 // Begins the next run of the command.
 void Host::next_step() {
     step_ = sd_event_source_disable_unref(step_);
-    const std::string command = run_->command();
     beside_ = {};
     if (next_.tool.empty()) {
         step_says_ = "Pass " + std::to_string(passes_->pass()) + ": " + next_.reason + " changed";
         say(step_says_);
         run_ = std::make_unique<Run>(event_, bundle_, *this, *transcript_);
+        run_->count_from(begun_);
         run_->start(engine_command_, engine_folder_);
         return;
     }

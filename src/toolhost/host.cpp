@@ -307,6 +307,10 @@ common::Parameters Host::outcome_parameters(const Outcome &outcome) {
     parameters.push_back(common::number_parameter("edit", outcome.edit ? 1 : 0));
     if (!outcome.message.empty())
         parameters.push_back(common::text_parameter("mesg", outcome.message));
+    if (!outcome.report.numbers.empty())
+        parameters.push_back(common::text_parameter("nums", outcome.report.numbers));
+    if (!outcome.report.problems.empty())
+        parameters.push_back(common::path_parameter("prbs", outcome.report.problems));
     return parameters;
 }
 

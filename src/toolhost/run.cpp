@@ -72,7 +72,7 @@ Run::~Run() {
 }
 
 std::uint64_t Run::milliseconds() const {
-    return (common::now_microseconds() - begun_) / millisecond;
+    return (common::now_microseconds() - (counted_from_ ? counted_from_ : begun_)) / millisecond;
 }
 
 void Run::close_down() {
@@ -142,6 +142,8 @@ bool Run::prepare(std::vector<std::string> words, const std::string &folder) {
     }
     if (is_engine_ || bundle_.signature == "MPST")
         parser_ = std::make_unique<RunParser>(folder, main_);
+    else if (bundle_.signature == "BIBT" || bundle_.signature == "MKIX")
+        companion_ = std::make_unique<CompanionReader>(folder);
     if (is_engine_)
         clear_output_setting();
     return true;
@@ -368,6 +370,8 @@ void Run::take_output(std::string_view bytes) {
     transcript_.write(bytes);
     if (parser_)
         parser_->feed(bytes);
+    else if (companion_)
+        companion_->feed(bytes);
     owner_.run_printed(bytes);
 }
 

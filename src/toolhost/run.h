@@ -11,6 +11,7 @@
 
 #include "common/bundle.h"
 #include "common/run_notes.h"
+#include "toolhost/companion_reader.h"
 #include "toolhost/format_copies.h"
 #include "toolhost/kept_output.h"
 #include "toolhost/prompt.h"
@@ -18,6 +19,7 @@
 #include "toolhost/recorder.h"
 #include "toolhost/results.h"
 #include "toolhost/run_parser.h"
+#include "toolhost/run_report.h"
 #include "toolhost/transcript.h"
 
 namespace toolhost {
@@ -28,6 +30,7 @@ struct Outcome {
     bool edit = false;          // the editor is wanted at the error
     std::string message;        // what the engine said about that error
     bool cancelled = false;
+    RunReport report;
 };
 
 // What a run tells the host that owns it.
@@ -82,6 +85,9 @@ class Run {
     bool cancelled() const { return cancelled_; }
     bool ended() const { return ended_; }
     int pages() const { return parser_ ? parser_->pages() : 0; }
+    // Counts the time from the start of an earlier run, MICROSECONDS of the clock, of which this one is a
+    // part.
+    void count_from(std::uint64_t microseconds) { counted_from_ = microseconds; }
     // Returns the time since the start.
     std::uint64_t milliseconds() const;
     // Return what the engine read and wrote, and the output that it made (empty for none), once it has ended.
@@ -122,6 +128,7 @@ class Run {
     void search_sources(Variables &environment) const;
     void close_down();
     void finish();
+    RunReport report() const;
     ErrorPlace error_place(bool *edit) const;
 
     sd_event *event_;
@@ -142,6 +149,7 @@ class Run {
     std::vector<FormatCopy> copies_;          // that the engine was offered
     std::vector<FormatSearch> copies_to_ask_; // for searches of which nothing is known
     std::unique_ptr<RunParser> parser_;
+    std::unique_ptr<CompanionReader> companion_; // for BibTeX and MakeIndex
     PromptWatch prompt_;
     sd_event_source *terminal_source_ = nullptr;
     sd_event_source *output_source_ = nullptr;
@@ -149,6 +157,7 @@ class Run {
     sd_event_source *prompt_timer_ = nullptr;
     sd_event_source *cancel_timer_ = nullptr;
     std::uint64_t begun_ = 0;
+    std::uint64_t counted_from_ = 0; // 0: from begun_
     std::uint64_t prompt_pause_ = 0;
     std::string unsent_; // what was typed and the terminal has not taken yet
     std::string terminal_path_;

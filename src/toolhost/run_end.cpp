@@ -99,6 +99,14 @@ void Run::dismiss_guard() {
     guard_ = 0;
 }
 
+// Reports what the program complained about, where its messages are understood.
+RunReport Run::report() const {
+    const std::uint64_t time = milliseconds();
+    if (parser_)
+        return report_run(is_engine_ ? parser_->pages() : 0, parser_->problems(), time);
+    return companion_ ? report_run(0, companion_->problems(), time) : RunReport();
+}
+
 void Run::finish() {
     if (ended_)
         return;
@@ -110,6 +118,8 @@ void Run::finish() {
     waiting_ = false;
     if (parser_)
         parser_->finish();
+    else if (companion_)
+        companion_->finish();
     Outcome outcome;
     outcome.cancelled = cancelled_;
     outcome.exit_code = WIFEXITED(status_) ? WEXITSTATUS(status_) : 128 + WTERMSIG(status_);
@@ -134,6 +144,7 @@ void Run::finish() {
         if (is_engine_)
             settle_formats();
     }
+    outcome.report = report();
     close_down();
     owner_.run_ended(outcome);
     ask_for_copies(bundle_.path, copies_to_ask_);

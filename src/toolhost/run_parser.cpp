@@ -11,6 +11,7 @@ constexpr std::size_t longest_line = std::size_t{1} << 20;
 constexpr int most_looks = 50000;
 constexpr std::size_t longest_message = 1000;
 constexpr std::size_t deepest = 2000;
+constexpr const char *in_text = "("; // stands among the files for a parenthesis of a text
 
 bool digit(char c) {
     return c >= '0' && c <= '9';
@@ -40,7 +41,7 @@ std::string unquoted(std::string_view name) {
 } // namespace
 
 RunParser::RunParser(std::string folder, std::string main)
-    : folder_(std::move(folder)), main_(std::move(main)) {}
+    : folder_(std::move(folder)), main_(std::move(main)), messages_(main_) {}
 
 void RunParser::feed(std::string_view bytes) {
     while (!bytes.empty()) {
@@ -75,6 +76,7 @@ void RunParser::finish() {
     open_pages_ = 0;
     if (!whole.empty())
         line(whole);
+    messages_.finish();
 }
 
 // Returns the file that the engine reads now, as an absolute path.
@@ -88,18 +90,48 @@ std::string RunParser::current_file() const {
 void RunParser::line(std::string_view text) {
     if (text.ends_with('\r'))
         text.remove_suffix(1);
-    if (report(text) || error_line(text) || file_line_error(text))
+    if (messages_.continues(text) || report(text) || error_line(text) || file_line_error(text))
         return;
     if (passed_over_ > 0) {
         passed_over_--;
         return;
     }
-    if (in_error_)
+    if (in_error_ ? error_without_place(text) : message(text))
         return;
-    if (text.starts_with("Overfull \\") || text.starts_with("Underfull \\"))
-        passed_over_ = 1;
-    else
+    if (!in_error_)
         scan_files(text);
+}
+
+// Takes a line that begins a warning or tells of a bad box, and scans what the engine printed behind it. The
+// line below one of a horizontal box quotes the document, and so does that below the heading of a runaway.
+bool RunParser::message(std::string_view text) {
+    if (text.starts_with("Runaway ") && text.ends_with('?')) {
+        passed_over_ = 1;
+        return true;
+    }
+    const std::size_t taken = MessageReader::may_begin(text) ? messages_.begin(text, current_file()) : 0;
+    if (taken == 0)
+        return false;
+    constexpr std::string_view boxes[] = {"Overfull \\hbox", "Underfull \\hbox", "Loose \\hbox",
+                                          "Tight \\hbox"};
+    for (const std::string_view box : boxes)
+        if (text.starts_with(box))
+            passed_over_ = 1;
+    scan_files(text.substr(taken));
+    return true;
+}
+
+// Takes a line that ends an error for which no line number comes: one outside of any file, whose text goes on
+// below, or one about a file that is missing, after which the engine may read another.
+bool RunParser::error_without_place(std::string_view text) {
+    if (text.starts_with("<*> ")) {
+        messages_.error_has_no_place();
+        in_error_ = false;
+        passed_over_ = 1;
+        return true;
+    }
+    in_error_ = !text.starts_with("Enter file name: ");
+    return in_error_;
 }
 
 // Reads a line that reports the output or a dumped format. False for any other line.
@@ -129,6 +161,8 @@ bool RunParser::error_line(std::string_view text) {
     if (text.starts_with("! ")) {
         in_error_ = !text.starts_with("!  ==> ");
         error_text_ = text.substr(2, longest_message);
+        if (in_error_)
+            messages_.begin_error(text.substr(2), current_file(), 0);
         return true;
     }
     if (!in_error_ || !text.starts_with("l."))
@@ -138,6 +172,7 @@ bool RunParser::error_line(std::string_view text) {
     if (number == 0)
         return false;
     note_error(current_file(), number, error_text_);
+    messages_.place_error(current_file(), number);
     in_error_ = false;
     passed_over_ = 1;
     return true;
@@ -155,8 +190,11 @@ bool RunParser::file_line_error(std::string_view text) {
         const std::string file = common::absolute_path(folder_, unquoted(text.substr(0, colon)));
         if (!common::is_regular_file(file))
             continue;
-        note_error(file, number, after.substr(2, longest_message));
+        error_text_ = after.substr(2, longest_message);
+        note_error(file, number, error_text_);
         in_error_ = !after.starts_with(":  ==> ");
+        if (in_error_)
+            messages_.begin_error(after.substr(2), file, number);
         return true;
     }
     return false;
@@ -168,16 +206,22 @@ void RunParser::note_error(const std::string &file, long number, std::string_vie
         first_error_ = last_error_;
 }
 
-// Follows the files that "(NAME" opens and ")" closes, and counts the pages, "[NUMBER".
+// Follows the files that "(NAME" opens and ")" closes, and counts the pages, "[NUMBER". A parenthesis that
+// opens nothing like a file belongs to a text, and is closed in the same line or not at all.
 void RunParser::scan_files(std::string_view text) {
+    bool texts = false;
     for (std::size_t i = 0; i < text.size(); i++) {
-        if (text[i] == '(')
+        if (text[i] == '(') {
             i += open_file(text.substr(i + 1));
-        else if (text[i] == ')' && !files_.empty())
+            texts = texts || (!files_.empty() && files_.back() == in_text);
+        } else if (text[i] == ')' && !files_.empty()) {
             files_.pop_back();
-        else if (text[i] == '[' && i + 1 < text.size() && digit(text[i + 1]))
+        } else if (text[i] == '[' && i + 1 < text.size() && digit(text[i + 1])) {
             pages_++;
+        }
     }
+    if (texts)
+        std::erase(files_, in_text);
 }
 
 // Opens the file that TEXT, what follows a "(", begins with. Returns the length of its name, 0 when there is
@@ -215,6 +259,9 @@ std::size_t RunParser::open_file(std::string_view text) {
         if (text[0] == '/' || end == text.size() || text[end] != ' ')
             break;
     }
+    if (found.empty() &&
+        text.substr(0, text.find_first_of(ends)).find_first_of("./") == std::string_view::npos)
+        found = in_text;
     if (files_.size() < deepest)
         files_.push_back(found);
     return taken;

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "toolhost/message_reader.h"
+
 namespace toolhost {
 
 struct ErrorPlace {
@@ -37,6 +39,8 @@ class RunParser {
     // The first and the last error that has a place; not known() when there is none.
     const ErrorPlace &first_error() const { return first_error_; }
     const ErrorPlace &last_error() const { return last_error_; }
+    // What the engine complained about; whole once nothing is fed any more.
+    const ProblemList &problems() const { return messages_.problems(); }
     // The number of pages that were shipped out so far.
     int pages() const { return pages_ + open_pages_; }
 
@@ -45,6 +49,8 @@ class RunParser {
     void line(std::string_view text);
     void count_open_pages();
     bool report(std::string_view text);
+    bool message(std::string_view text);
+    bool error_without_place(std::string_view text);
     bool error_line(std::string_view text);
     bool file_line_error(std::string_view text);
     void note_error(const std::string &file, long number, std::string_view message);
@@ -53,6 +59,7 @@ class RunParser {
 
     std::string folder_;
     std::string main_;
+    MessageReader messages_;
     std::string line_;
     std::vector<std::string> files_; // an empty entry for a parenthesis that names no file
     std::string output_name_;

@@ -6,7 +6,6 @@
 #include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
-#include <vector>
 
 #include "common/places.h"
 
@@ -33,6 +32,20 @@ void LineEnds::convert(std::string_view bytes, std::string &out) {
     out.append(bytes.substr(start));
 }
 
+int make_transcript_file(std::string_view mark, std::string *path) {
+    const std::string folder = common::transcripts_folder();
+    if (!common::make_private_folder(folder)) {
+        errno = 0;
+        return -1;
+    }
+    std::string name = folder + "/transcript-" + std::to_string(getpid()) + "-";
+    name.append(mark).append("XXXXXX");
+    const int file = mkostemp(name.data(), O_CLOEXEC);
+    if (file >= 0)
+        *path = name;
+    return file;
+}
+
 Transcript::~Transcript() {
     if (file_ >= 0)
         close(file_);
@@ -43,19 +56,11 @@ bool Transcript::open_file() {
         return true;
     if (failed_)
         return false;
-    const std::string folder = common::transcripts_folder();
-    const bool is_ours = common::make_private_folder(folder);
-    if (is_ours) {
-        const std::string pattern = folder + "/transcript-" + std::to_string(getpid()) + "-XXXXXX";
-        std::vector<char> name(pattern.begin(), pattern.end());
-        name.push_back('\0');
-        file_ = mkostemp(name.data(), O_CLOEXEC);
-        if (file_ >= 0)
-            path_ = name.data();
-    }
+    errno = 0;
+    file_ = make_transcript_file("", &path_);
     if (file_ < 0) {
         failed_ = true;
-        reason_ = !is_ours ? "no transcripts folder" : std::strerror(errno);
+        reason_ = errno == 0 ? "no transcripts folder" : std::strerror(errno);
     }
     return file_ >= 0;
 }

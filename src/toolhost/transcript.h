@@ -18,6 +18,11 @@ class LineEnds {
     bool after_return_ = false;
 };
 
+// Makes a file of this process in the transcripts folder. MARK stands in its name. Returns the descriptor,
+// and sets PATH to its absolute path; -1 with errno, which is 0 where there is no such folder. The next
+// host's shell removes what a host that has gone left behind.
+int make_transcript_file(std::string_view mark, std::string *path);
+
 // The file of one run. It is made in the transcripts folder when there is something to write.
 class Transcript {
   public:

@@ -10,6 +10,7 @@
 #include "settings/settings.h"
 #include "state/job_scope.h"
 #include "state/job_state.h"
+#include "tools/problems.h"
 #include "tools/processes.h"
 
 namespace quillon {
@@ -44,6 +45,7 @@ static int make_command_event(const ProcessSerialNumber *psn, const char *comman
 int CallTool(const char *tool, const char *command_line, const char *folder) {
     ProcessSerialNumber psn;
     job_outcome = job_not_run;
+    forget_run_summary();
     if (!get_sig(tool, &toolSig)) {
         // Kept on purpose: this message spells "foldeer".
         ml_printf("I can't find %s. It should be in the binaries foldeer.\n", tool);
@@ -86,8 +88,7 @@ static void take_exit_code(const AppleEvent *event) {
     exit_status = job_exit_code == 0 ? 0 : 1;
 }
 
-// Tells whether a log file lies in the folder of the tools' transcripts. No other file is shown and deleted.
-static int is_transcript(const FSSpec *spec) {
+int is_transcript(const FSSpec *spec) {
     std::int16_t volume = 0;
     std::int32_t directory = 0;
     return FindFolder(four("trns"), 0, &volume, &directory) == noErr && spec->vRefNum == volume &&
@@ -151,6 +152,7 @@ static void take_first_error(const AppleEvent *reply) {
 void ProcessReply(const AppleEvent *reply) {
     take_exit_code(reply);
     show_log(reply);
+    take_problems(reply);
     take_identity(reply);
     take_first_error(reply);
     if (asks_for_editor(reply))
@@ -173,6 +175,7 @@ OSErr HandleReply(const AppleEvent *event, AppleEvent *, std::int32_t) {
     AppDone = 1;
     take_exit_code(event);
     show_log(event);
+    take_problems(event);
     take_identity(event);
     say_error_place(event);
     return noErr;
@@ -185,6 +188,7 @@ OSErr HandleExit(const AppleEvent *event, AppleEvent *, std::int32_t) {
     take_exit_code(event);
     if (show_log(event))
         ml_printf("\nProcessing cancelled by user.\n\n");
+    take_problems(event);
     say_error_place(event);
     return noErr;
 }

@@ -35,7 +35,7 @@ class Completion(ServiceTest):
 
     def test_the_first_word_is_a_verb_an_option_or_a_file(self):
         self.assertEqual(self.offered(""), ["a b.tex", "edit", "exec", "find", "folder", "formats", "locate",
-                                            "paper.tex", "quit"])
+                                            "paper.tex", "problems", "quit"])
         self.assertEqual(self.offered("f"), ["find", "folder", "formats"])
         self.assertEqual(self.offered("-"), ["--headless", "--help", "--version"])
 
@@ -87,6 +87,7 @@ class Completion(ServiceTest):
         self.assertEqual(self.offered("--headless", "-"), ["--script"])
         self.assertEqual(self.offered("--headless", "--script", "p"), ["paper.tex"])
         self.assertEqual(self.offered("quit", ""), [])
+        self.assertEqual(self.offered("problems", ""), [])
 
 
 if __name__ == "__main__":

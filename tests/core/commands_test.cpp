@@ -30,7 +30,7 @@ namespace {
 
 using Effects = std::map<std::string, std::string>;
 
-int copies = 0, finds = 0;
+int copies = 0, finds = 0, problem_windows = 0;
 std::string piped;
 
 std::FILE *keep_command(const char *command, const char *) {
@@ -77,8 +77,9 @@ class Commands : public ::testing::Test {
         changed = *front;
         changed.copy_text = [] { copies++; };
         changed.find_text = [] { finds++; };
+        changed.show_problems = [] { problem_windows++; };
         front = &changed;
-        copies = finds = 0;
+        copies = finds = problem_windows = 0;
         piped.clear();
         BSDpopenFunc = keep_command;
         EventRecord left;
@@ -188,6 +189,7 @@ class Commands : public ::testing::Test {
             {"format_name", format_name.c_str()},
             {"copies", std::to_string(copies)},
             {"finds", std::to_string(finds)},
+            {"problem windows", std::to_string(problem_windows)},
             {"transfer", items(transferMenu)},
             {"commands", piped},
             {"events", queued()},
@@ -376,6 +378,9 @@ class EveryCommand : public Commands, public ::testing::WithParamInterface<Choic
                                                        {'K', "Edit > Clear Console"},
                                                        {'8', "Edit > 8-bit Output"},
                                                        {'F', "Edit > Find in Console..."},
+                                                       {'L', "Edit > Problems"},
+                                                       {'N', "Edit > Next Problem"},
+                                                       {'U', "Edit > Previous Problem"},
                                                        {'B', "Tools > BibTeX..."},
                                                        {'I', "Tools > MakeIndex..."},
                                                        {'M', "Tools > MetaPost..."}})
@@ -441,6 +446,8 @@ class EveryCommand : public Commands, public ::testing::WithParamInterface<Choic
                    : item == 9  ? Effects{{"windows", "font size\n"}}
                    : item == 11 ? switched("use8bit", "USE8BIT", "133 11")
                    : item == 16 ? Effects{{"finds", "1"}}
+                   : item == 17 ? Effects{{"problem windows", "1"}} // There is no problem to go to.
+                   : item >= 18 ? Effects{}
                                 : Effects{{"not expected", ""}};
         case menu_build:
             return item == 3 ? Effects{{"windows", "command line\n"}}

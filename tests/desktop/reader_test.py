@@ -105,6 +105,28 @@ class Menus(ShellReader):
         self.assertFalse(has(line, STATE.ENABLED))
 
 
+class Problems(ShellReader):
+    def test_the_list_and_its_filters_say_their_names(self):
+        self.preferences(USEPDFTEX="1", AUTOVIEW="0", TEXWINDOW="100 200 400 800", Editor="/usr/bin/false")
+        self.file("bad.tex", "Hello \\wrong\n\\hbox to 1pt{wide}\n\\bye\n")
+        self.start_desktop()
+        self.shell_object().Exec("pdftex -interaction=nonstopmode bad.tex", self.work, timeout=60)
+        self.choose("Edit", "Problems")
+        window = self.dialog("Problems")
+        self.walk(window)
+        for name in ("Errors (1)", "Warnings (0)", "Undefined references (0)", "Bad boxes (1)"):
+            box = wait_for(window, name, role=ROLE.CHECK_BOX, name=name)
+            self.assertTrue(has(box, STATE.CHECKED), name)
+        wait_for(window, "the list", name="Problems of the last run")
+        for name in ("Error", "bad.tex:1", "Undefined control sequence.", "Box", "bad.tex:2"):
+            wait_for(window, name, name=name)
+        line = wait_until(lambda: [node for node in everything(self.frame())
+                                   if quietly(node.get_name).startswith("Last run: 1 page, 1 error, 1 bad box, ")])
+        self.assertEqual(len(line), 1)
+        self.keys("Escape")
+        wait_until(lambda: not has(window, STATE.SHOWING), "the end of the window")
+
+
 class Console(ShellReader):
     def test_the_console_is_read_as_text_with_its_insertion_point(self):
         self.start_desktop()

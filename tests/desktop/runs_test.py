@@ -142,7 +142,7 @@ class Runs(Desk):
         self.other_application()
         wait_until(lambda: os.path.exists(record) and os.path.getsize(record) > 0)
         with open(record, encoding="utf-8") as file:
-            self.assertEqual(file.read(), "Quillon: The run is done.\n")
+            self.assertRegex(file.read(), r"^Quillon: The run is done\.\n[0-9.]+ s\n$")
         self.activate(self.window)
 
         def closed():

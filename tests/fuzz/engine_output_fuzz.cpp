@@ -47,6 +47,7 @@ const std::vector<std::string> fuzz_words = {"\n",
                                              " ",
                                              "<{",
                                              std::string(1, '\0'),
+                                             "\n<*> main.tex\n   \n",
                                              "? "};
 const int fuzz_runs = 2500;
 
@@ -104,13 +105,21 @@ class PlainReader {
             return;
         if (passed_over > 0)
             passed_over--;
-        else if (!in_error && (text.rfind("Overfull \\", 0) == 0 || text.rfind("Underfull \\", 0) == 0))
-            passed_over = 1;
-        else if (!in_error)
+        else if (in_error)
+            leave_error(text);
+        else if (text.rfind("Overfull \\", 0) == 0 || text.rfind("Underfull \\", 0) == 0)
+            passed_over = text.find("full \\hbox") != std::string::npos ? 1 : 0;
+        else
             follow(text);
     }
 
   private:
+    void leave_error(const std::string &text) {
+        if (text.rfind("<*> ", 0) == 0)
+            passed_over = 1;
+        in_error = text.rfind("<*> ", 0) != 0;
+    }
+
     bool is_report(const std::string &text) {
         if (text.rfind("Output written on ", 0) == 0) {
             const std::size_t end = text.rfind(" (");
@@ -160,7 +169,8 @@ class PlainReader {
             const std::string file = existing(without_quotes(text.substr(0, colon)));
             if (file.empty())
                 continue;
-            note(file, number(text, colon + 1, end), text.substr(end + 2, 1000));
+            message = text.substr(end + 2, 1000);
+            note(file, number(text, colon + 1, end), message);
             in_error = text.compare(end, 7, ":  ==> ") != 0;
             return true;
         }
@@ -183,6 +193,7 @@ class PlainReader {
                      std::isdigit(static_cast<unsigned char>(text[at + 1])))
                 pages++;
         }
+        std::erase(open, "text");
     }
 
     std::size_t enter(const std::string &text) {
@@ -211,6 +222,11 @@ class PlainReader {
                     break;
             }
         }
+        // A parenthesis before a word that could be no file is one of a text, and closed in its line or
+        // never.
+        const std::string word = text.substr(0, text.find_first_of(" )([{<"));
+        if (file.empty() && word.find_first_of("./") == std::string::npos)
+            file = "text";
         if (open.size() < 2000)
             open.push_back(file);
         return length;

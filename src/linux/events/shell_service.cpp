@@ -15,6 +15,7 @@
 #include "linux/events/event_sources.h"
 #include "linux/events/loop.h"
 #include "toolbox/files.h"
+#include "toolbox/problem_records.h"
 
 namespace quillon {
 
@@ -100,8 +101,9 @@ static int append_bytes_entry(sd_bus_message *message, const char *name, const s
     return result < 0 ? result : sd_bus_message_close_container(message);
 }
 
-// Answers with the exit code of the tool, and with the file, line and message of its first error.
-static void answer_run(sd_bus_message *call, OSErr result, const AppleEvent *reply) {
+// Answers with the exit code of the tool, and with the file, line and message of its first error. SUMMED_UP:
+// also with the line that sums the run up.
+static void answer_with_result(sd_bus_message *call, OSErr result, const AppleEvent *reply, int summed_up) {
     std::int32_t status = 0, line = 0;
     sd_bus_message *answer = nullptr;
     if (answer_failure(call, result, reply, &status) || sd_bus_message_new_method_return(call, &answer) < 0)
@@ -116,6 +118,43 @@ static void answer_run(sd_bus_message *call, OSErr result, const AppleEvent *rep
         append_bytes_entry(answer, "file", file);
         sd_bus_message_append(answer, "{sv}", "line", "i", line);
         sd_bus_message_append(answer, "{sv}", "message", "s", message.c_str());
+    }
+    const std::string summary =
+        summed_up ? common::valid_utf8(reply_text(reply, four("summ"))) : std::string();
+    if (!summary.empty())
+        sd_bus_message_append(answer, "{sv}", "summary", "s", summary.c_str());
+    sd_bus_message_close_container(answer);
+    sd_bus_send(sd_bus_message_get_bus(call), answer, nullptr);
+    sd_bus_message_unref(answer);
+}
+
+static void answer_run(sd_bus_message *call, OSErr result, const AppleEvent *reply) {
+    answer_with_result(call, result, reply, 0);
+}
+
+static void answer_run_with_summary(sd_bus_message *call, OSErr result, const AppleEvent *reply) {
+    answer_with_result(call, result, reply, 1);
+}
+
+// Answers with the problems that the records of the reply tell of. What is too much for one message of the
+// bus is left out.
+static void answer_problems(sd_bus_message *call, OSErr, const AppleEvent *reply) {
+    constexpr std::size_t most_bytes = std::size_t{60} << 20, overhead = 64;
+    sd_bus_message *answer = nullptr;
+    if (sd_bus_message_new_method_return(call, &answer) < 0)
+        return;
+    const std::string records = reply_text(reply, keyDirectObject);
+    std::string_view rest = records;
+    ProblemRecord problem;
+    std::size_t size = 0;
+    sd_bus_message_open_container(answer, 'a', "(suss)");
+    while (next_problem_record(&rest, &problem)) {
+        const std::string file = common::valid_utf8(std::string(problem.file));
+        const std::string text = common::valid_utf8(std::string(problem.text));
+        if ((size += file.size() + text.size() + overhead) > most_bytes)
+            break;
+        sd_bus_message_append(answer, "(suss)", file.c_str(), static_cast<std::uint32_t>(problem.line),
+                              problem_kind_word(problem.kind), text.c_str());
     }
     sd_bus_message_close_container(answer);
     sd_bus_send(sd_bus_message_get_bus(call), answer, nullptr);
@@ -163,7 +202,7 @@ static int queue_event(AppleEvent event, sd_bus_message *call, AnswerProcedure a
 
 // The options of the method Run.
 struct RunOptions {
-    int view = 0, edit = 0, answer = 0, follow = 0;
+    int view = 0, edit = 0, answer = 0, follow = 0, summary = 0;
 };
 
 // Queues the event that runs COMMAND in FOLDER (a POSIX path, may be empty). OPTIONS is null for a command
@@ -189,7 +228,10 @@ static int queue_exec(const std::string &command, const std::string &folder, con
         }
         AEPutParamPtr(&event, four("dest"), typeFSS, &spec, sizeof spec);
     }
-    return queue_event(event, call, options ? answer_run : answer_exec, error);
+    const AnswerProcedure answer = !options           ? answer_exec
+                                   : options->summary ? answer_run_with_summary
+                                                      : answer_run;
+    return queue_event(event, call, answer, error);
 }
 
 static int method_exec(sd_bus_message *call, void *, sd_bus_error *error) {
@@ -223,11 +265,12 @@ static int method_run(sd_bus_message *call, void *, sd_bus_error *error) {
         const char *name = nullptr;
         sd_bus_message_read(call, "s", &name);
         const std::string_view option = name;
-        int *const value = option == "view"     ? &options.view
-                           : option == "edit"   ? &options.edit
-                           : option == "answer" ? &options.answer
-                           : option == "follow" ? &options.follow
-                                                : nullptr;
+        int *const value = option == "view"      ? &options.view
+                           : option == "edit"    ? &options.edit
+                           : option == "answer"  ? &options.answer
+                           : option == "follow"  ? &options.follow
+                           : option == "summary" ? &options.summary
+                                                 : nullptr;
         if (!value)
             return sd_bus_error_setf(error, SD_BUS_ERROR_INVALID_ARGS, "there is no option %s", name);
         if ((result = sd_bus_message_read(call, "v", "b", value)) < 0)
@@ -268,6 +311,12 @@ static int method_formats(sd_bus_message *call, void *, sd_bus_error *error) {
     AppleEvent event;
     ae_make_record(&event, four("QUIL"), four("frmt"));
     return queue_event(event, call, answer_formats, error);
+}
+
+static int method_problems(sd_bus_message *call, void *, sd_bus_error *error) {
+    AppleEvent event;
+    ae_make_record(&event, four("QUIL"), four("prob"));
+    return queue_event(event, call, answer_problems, error);
 }
 
 static int queue_open(const std::string &path, sd_bus_message *call, AnswerProcedure answer,
@@ -354,6 +403,7 @@ static const sd_bus_vtable shell_table[] = {
     SD_BUS_METHOD("Locate", "s", "s", method_locate, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD("Find", "s", "s", method_find, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD("Formats", "", "s", method_formats, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("Problems", "", "a(suss)", method_problems, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD("Open", "s", "", method_open, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD("OpenRaw", "ay", "", method_open_raw, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD("Cancel", "", "", method_cancel, SD_BUS_VTABLE_UNPRIVILEGED),
