@@ -21,7 +21,11 @@ using common::tool_interface;
 
 namespace {
 
-constexpr std::size_t window_text_limit = 262144;
+// The window lays out every byte that it shows, which takes longer than printing it; more than this at once
+// is read by nobody.
+constexpr std::size_t window_text_limit = 32768;
+// Stands in the window where text was left out.
+constexpr const char *left_out = "\n…";
 constexpr std::uint64_t window_delay = 500000; // microseconds
 // A program that reads on after so many ends of its input is ended.
 constexpr int most_ends_of_input = 100;
@@ -397,8 +401,10 @@ void Host::run_printed(std::string_view bytes) {
     if (!desktop_ || window_failed_)
         return;
     window_text_ += bytes;
-    if (window_text_.size() > 2 * window_text_limit)
-        window_text_.erase(0, window_text_.size() - window_text_limit);
+    if (window_text_.size() <= 2 * window_text_limit)
+        return;
+    const std::size_t cut = window_text_.size() - window_text_limit, line = window_text_.find('\n', cut);
+    window_text_.replace(0, line == std::string::npos ? cut : line, left_out);
 }
 
 std::string Host::take_window_text() {

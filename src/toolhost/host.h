@@ -51,7 +51,8 @@ class Host : public RunOwner {
     std::uint64_t milliseconds() const;
     const std::string &step() const { return step_says_; }
     bool leaving() const { return leaving_; }
-    // Returns what was printed since the last call. Of a flood only the end is kept (256 to 512 KiB).
+    // Returns what was printed since the last call. Of a flood only the end is
+    // kept (32 to 64 KiB), below a line that stands for the rest.
     std::string take_window_text();
 
     // What the run reports: see RunOwner.
