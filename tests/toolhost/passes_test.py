@@ -167,7 +167,8 @@ class Passes(HostTest):
 
     def test_a_document_that_never_becomes_stable(self):
         source = (r"\documentclass{article}\begin{document}\makeatletter\ifx\n\undefined\gdef\n{0}\fi"
-                  r"\count0=\n\advance\count0 by 1 \immediate\write\@auxout{\gdef\string\n{\the\count0}}x\end{document}")
+                  r"\count0=\n\advance\count0 by 1 \immediate\write\@auxout{\gdef\string\n{\the\count0}}x"
+                  r"\end{document}")
         self.assertEqual(self.steps(source), [f"Pass {number}: labels changed" for number in range(2, 6)] +
                          ["Still not stable after 5 passes: x.aux changes each time."])
         self.assertEqual(self.passes(), 5)
