@@ -136,7 +136,15 @@ def format_():
     files = sources("src/**/*.cpp", "src/**/*.h", "tests/**/*.cpp", "tests/**/*.h", "benchmarks/**/*.cpp")
     done = subprocess.run(["clang-format", "--dry-run", "-Werror", *files], capture_output=True, text=True,
                           check=False, cwd=ROOT)
-    return [line for line in done.stderr.split("\n") if "error:" in line]
+    return [line for line in done.stderr.split("\n") if "error:" in line] + marks_of_merges()
+
+
+def marks_of_merges():
+    """Lines that git writes between two sides of a conflict, in files that no compiler reads."""
+    return [f"{os.path.relpath(path, ROOT)}:{number}: {line.strip()}"
+            for path in sources("*.md", "scripts/*", "resources/**/*.*", "tests/**/*.py", "benchmarks/*.py")
+            if os.path.isfile(path) and "/__pycache__/" not in path and not path.endswith(".png")
+            for number, line in lines(path) if re.match(r"(<{7}|>{7})( |$)", line)]
 
 
 def sizes():
