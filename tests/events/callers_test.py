@@ -18,7 +18,7 @@ METHODS = {
     "org.quillon.Shell1": {
         "Exec": ("ss", "i"), "ExecRaw": ("ayay", "i"), "Run": ("ayaya{sv}", "ia{sv}"), "Answerers": ("", "bas"),
         "Locate": ("s", "s"), "Find": ("s", "s"), "Formats": ("", "s"), "Open": ("s", ""), "OpenRaw": ("ay", ""),
-        "Cancel": ("", ""), "Quit": ("", ""), "Follow": ("b", "")},
+        "Problems": ("", "a(suss)"), "Cancel": ("", ""), "Quit": ("", ""), "Follow": ("b", "")},
     "org.freedesktop.Application": {
         "Activate": ("a{sv}", ""), "Open": ("asa{sv}", ""), "ActivateAction": ("sava{sv}", "")},
     "org.quillon.App1": {"Event": ("ssa{s(sv)}", "ia{s(sv)}")},
@@ -162,6 +162,14 @@ class Caller(Service):
         (said,) = self.shell_call("Formats")
         self.assertEqual(len(said.split(" ")), 2)
         self.assertLess(set(said.split(" ")), {"one", "two", "three", "four"})
+
+    def test_problems(self):
+        self.file("y.tex", "Hello.\n\\nothing\n\\bye\n")
+        self.start_shell()
+        self.assertEqual(self.shell_call("Problems"), [[]])
+        self.shell_call("Exec", "pdftex -interaction=nonstopmode y.tex", self.work)
+        ((problem,),) = self.shell_call("Problems")
+        self.assertEqual(list(problem), [os.path.join(self.work, "y.tex"), 2, "error", "Undefined control sequence."])
 
     def test_open_and_open_raw(self):
         path = os.path.join(self.folder_of_bytes(), b"y.tex")

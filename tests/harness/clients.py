@@ -64,7 +64,7 @@ class Clients(Starts, Applications, ServiceTest):
     def engines(self):
         """The engines that run, and not what starts them."""
         found = []
-        for process in self.processes_of("pdftex\0endless"):
+        for process in self.processes_of("pdftex\0-recorder\0endless"):
             try:
                 if os.path.basename(os.readlink(f"/proc/{process}/exe")) == "pdftex":
                     found.append(process)
