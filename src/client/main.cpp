@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "client/clean_command.h"
 #include "client/exec_command.h"
 #include "client/exec_words.h"
 #include "client/shell.h"
@@ -12,6 +13,7 @@
 #include "client/start.h"
 #include "common/path_forms.h"
 #include "common/places.h"
+#include "common/preferences.h"
 #include "common/session_bus.h"
 
 namespace {
@@ -31,6 +33,8 @@ constexpr const char *usage =
     "quillon locate NAME                  print the path of a TeX input file\n"
     "quillon formats                      list the formats\n"
     "quillon problems                     list the problems of the last run, FILE:LINE: KIND: TEXT\n"
+    "quillon clean [--yes] [FILE]         list what the runs of a document wrote beside its output, and "
+    "remove it\n"
     "quillon edit +LINE FILE              open the chosen editor at that line\n"
     "quillon quit                         quit the shell\n"
     "quillon --headless [--script FILE]   a shell without a display; FILE may be - for the standard input\n"
@@ -133,6 +137,20 @@ int problems(const Words &words) {
     return status;
 }
 
+// Removes what the runs of a document wrote; without a name, of the current one.
+int clean(const Words &words) {
+    const bool yes = words.size() > 1 && words[1] == "--yes";
+    const std::size_t name = yes ? 2 : 1;
+    if (words.size() > name + 1 || (words.size() > name && words[name].starts_with('-')))
+        return say_usage("clean takes --yes and one file");
+    const std::string file = words.size() > name ? common::from_working_folder(words[name])
+                                                 : common::expand_setting_path(common::setting("TEXFILE"), "",
+                                                                               common::space_byte());
+    if (file.empty())
+        return say_usage("there is no current document; name one");
+    return client::clean(file, yes);
+}
+
 int quit(const Words &words) {
     if (words.size() != 1)
         return say_usage("quit takes nothing more");
@@ -163,6 +181,8 @@ int main(int count, char **values) {
         return ask_shell(words);
     if (first == "problems")
         return problems(words);
+    if (first == "clean")
+        return clean(words);
     if (first == "quit")
         return quit(words);
     if (first == "edit")

@@ -350,7 +350,12 @@ void Passes::keep_record(const RecordedFiles &files, const std::string &output) 
     for (const std::string &path : files.read)
         if (!lies_in(path, trees))
             record_.read.push_back(path);
-    record_.written = files.written;
+    // What earlier runs wrote and this one did not is still theirs.
+    std::vector<std::string> written = files.written;
+    for (const std::string &path : record_.written)
+        if (!files.wrote(path) && !record_.made.contains(path) && common::is_regular_file(path))
+            written.push_back(path);
+    record_.written = std::move(written);
     record_.carried = files.carried;
     for (const auto &[path, state] : record_.made)
         record_.written.push_back(path);

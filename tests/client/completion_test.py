@@ -88,6 +88,8 @@ class Completion(ServiceTest):
         self.assertEqual(self.offered("--headless", "--script", "p"), ["paper.tex"])
         self.assertEqual(self.offered("quit", ""), [])
         self.assertEqual(self.offered("problems", ""), [])
+        self.assertEqual(self.offered("clean", "-"), ["--yes"])
+        self.assertEqual(self.offered("clean", "p"), ["paper.tex"])
 
 
 if __name__ == "__main__":
