@@ -34,7 +34,7 @@ class Completion(ServiceTest):
         return sorted(done.stdout.splitlines())
 
     def test_the_first_word_is_a_verb_an_option_or_a_file(self):
-        self.assertEqual(self.offered(""), ["a b.tex", "edit", "exec", "find", "folder", "formats", "locate",
+        self.assertEqual(self.offered(""), ["a b.tex", "clean", "edit", "exec", "find", "folder", "formats", "locate",
                                             "paper.tex", "problems", "quit"])
         self.assertEqual(self.offered("f"), ["find", "folder", "formats"])
         self.assertEqual(self.offered("-"), ["--headless", "--help", "--version"])
