@@ -82,6 +82,15 @@ int open_or_start(const Words &files) {
     return client::become(client::shell_program(), words, own_bus);
 }
 
+// What the session bus starts for a call while no shell runs: one with a window, or none that nobody would
+// see.
+int activated() {
+    if (std::getenv("DISPLAY") || std::getenv("WAYLAND_DISPLAY"))
+        return open_or_start({});
+    std::fputs("quillon: without a display no call starts a shell\n", stderr);
+    return client::status_unavailable;
+}
+
 int exec(const Words &words) {
     client::ExecRequest request;
     request.folder = common::from_working_folder(".");
@@ -175,6 +184,8 @@ int main(int count, char **values) {
     }
     if (first == "--headless")
         return headless(words);
+    if (first == "--activated" && words.size() == 1)
+        return activated();
     if (first == "exec")
         return exec(words);
     if (first == "find" || first == "locate" || first == "formats")

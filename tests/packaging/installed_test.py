@@ -72,23 +72,42 @@ class Menu(Installed):
         self.window = wait_until(lambda: self.windows("^Set Up Quillon$"), "the window")[0]
         self.assertIn('"org.quillon.SetUp"', self.property("WM_CLASS"))
 
-    def test_no_call_starts_a_shell_that_nobody_sees(self):
-        # The bus of a session reads the services of the folders that hold the desktop entries.
-        other = os.path.join(self.home, "share")
-        self.file("org.quillon.Other.service", "[D-BUS Service]\nName=org.quillon.Other\nExec=/bin/false\n",
-                  os.path.join(other, "dbus-1", "services"))
-        self.environment["XDG_DATA_DIRS"] = os.path.join(PREFIX, "share") + ":" + other
+    def session_bus(self):
+        """A bus as a session has it, which reads the services of the folders that hold the desktop entries."""
+        self.environment["XDG_DATA_DIRS"] = os.path.join(PREFIX, "share")
         bus = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--print-address"], stdout=subprocess.PIPE,
                                stderr=subprocess.DEVNULL, env=self.environment)
         self.addCleanup(lambda: (bus.kill(), bus.wait(), bus.stdout.close()))
         self.address = bus.stdout.readline().decode().strip()
-        known = self.bus().call_blocking("org.freedesktop.DBus", "/", "org.freedesktop.DBus", "ListActivatableNames", "", ())
-        self.assertIn("org.quillon.Other", known)
-        self.assertNotIn("org.quillon.Shell", known)
+        self.environment["DBUS_SESSION_BUS_ADDRESS"] = self.address
+
+    def call_shell(self):
+        return self.bus().call_blocking("org.quillon.Shell", "/org/quillon/Shell", "org.quillon.Shell1", "Formats", "", ())
+
+    def test_without_a_display_no_call_starts_a_shell_that_nobody_sees(self):
+        self.run_program("setpaths", "--defaults")
+        del self.environment["DISPLAY"]
+        self.session_bus()
         with self.assertRaises(dbus.DBusException) as refused:
-            self.bus().call_blocking("org.quillon.Shell", "/org/quillon/Shell", "org.quillon.Shell1", "Formats", "", ())
-        self.assertEqual(refused.exception.get_dbus_name(), "org.freedesktop.DBus.Error.ServiceUnknown")
+            self.call_shell()
+        self.assertEqual(refused.exception.get_dbus_name(), "org.freedesktop.DBus.Error.Spawn.ChildExited")
         self.assertEqual(self.running_as("quillon-shell"), [])
+
+    def test_a_call_starts_a_shell_with_a_window(self):
+        self.run_program("setpaths", "--defaults")
+        self.session_bus()
+        self.assertIn("pdflatex", self.call_shell().split())
+        wait_until(lambda: self.windows("^Quillon$"), "the window")
+        self.assertEqual(len(self.running_as("quillon-shell")), 1)
+
+    def test_a_command_that_needs_no_shell_starts_no_window(self):
+        self.run_program("setpaths", "--defaults")
+        self.session_bus()
+        self.assertEqual(self.run_program("quillon", "quit").returncode, 69)
+        self.assertEqual(self.run_program("quillon", "problems").returncode, 69)
+        self.assertEqual(self.run_program("quillon", "locate", "article.cls").returncode, 0)
+        self.assertEqual(self.windows("^Quillon$"), [])
+        wait_until(lambda: not self.running_as("quillon-shell"), "the end of the private shell")
 
     def test_the_menu_opens_a_window_beside_a_shell_without_one(self):
         self.run_program("setpaths", "--defaults")
