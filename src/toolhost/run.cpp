@@ -420,6 +420,9 @@ void Run::stop_at_prompt() {
     if (parser_ && !told_to_stop_) {
         told_to_stop_ = true;
         type("x\n");
+        // It has as long for that as it had to ask.
+        if (cancel_timer_ && stage_ <= 2)
+            sd_event_source_set_time_relative(cancel_timer_, stage_limit * millisecond);
         watch_prompt(first_look);
     } else if (stage_ == 1) {
         next_stage();

@@ -35,7 +35,8 @@ class Session(HomeTest):
         self.formats = os.path.join(self.support, "formats")
         os.makedirs(self.formats)
         self.run_program(os.path.join(self.binaries, "setpaths.app", "Contents", "Linux", "setpaths"), "--defaults")
-        self.change(USEPDFTEX="0", PDFTEXFORMAT="pdflatex", AUTOVIEW="0")
+        # The companions are started by hand here, and not between the passes of a run.
+        self.change(USEPDFTEX="0", PDFTEXFORMAT="pdflatex", AUTOVIEW="0", RERUN="0")
 
     def change(self, **settings):
         """Gives settings other values."""
