@@ -49,8 +49,13 @@ class WaylandEditors(CaretTest, WaylandTest):
         # It takes what wtype types, but no command key of its keyboard, whose map changes with every word.
         wait_until(lambda: any(one["focused"] and one["name"].startswith("*") for one in self.windows()), "the change")
         window = self.bus().get_object("org.xfce.mousepad", "/org/xfce/mousepad/window/1")
-        window.Activate("file.save", dbus.Array(signature="v"), dbus.Dictionary(signature="sv"),
-                        dbus_interface="org.gtk.Actions")
+
+        def saved():
+            window.Activate("file.save", dbus.Array(signature="v"), dbus.Dictionary(signature="sv"),
+                            dbus_interface="org.gtk.Actions")
+            return not any(one["name"].startswith("*") for one in self.windows())
+
+        wait_until(saved, "the end of the change")
 
     def shows(self, path):
         """Whether the window that has the keyboard shows the file."""
