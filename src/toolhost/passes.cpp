@@ -71,11 +71,14 @@ bool has_no_effect(std::string_view aux) {
 std::vector<std::string> words_of(const std::string &list) {
     std::vector<std::string> words;
     std::string word;
-    for (const char c : list + ",")
-        if (c != ',')
+    for (const char c : list + ",") {
+        if (c != ',') {
             word += c;
-        else if (!word.empty())
-            words.push_back(std::move(word)), word.clear();
+        } else if (!word.empty()) {
+            words.push_back(word);
+            word.clear();
+        }
+    }
     return words;
 }
 
@@ -197,7 +200,7 @@ void Passes::note_contents() {
 
 // True when the file at PATH, which the last pass or a program after it wrote, holds something else than the
 // last pass found, and the next pass reads it.
-bool Passes::has_changed(const std::string &path, const RecordedFiles &files) const {
+bool Passes::has_changed(const std::string &path) const {
     if (ends_with_one(path, not_read) || ends_with_one(path, for_others))
         return false;
     const auto known = before_.find(path);
@@ -205,7 +208,9 @@ bool Passes::has_changed(const std::string &path, const RecordedFiles &files) co
     // The recorder does not tell of a file that was looked for in vain. A new one of the document's own name
     // is taken for one that the next pass will find.
     const bool is_new = before == Content() && (path.starts_with(stem_ + ".") || path.ends_with(".aux"));
-    return (files.carries(path) || is_new) && content_of(path) != before;
+    // What another program made the engine reads, or has looked for in vain.
+    const bool is_made = std::find(made_.begin(), made_.end(), path) != made_.end();
+    return (files_.carries(path) || is_made || is_new) && content_of(path) != before;
 }
 
 void Passes::engine_ended(const RecordedFiles &files) {
@@ -317,14 +322,10 @@ bool Passes::next(NextProgram *next) {
         *next = products_.front().program;
         return true;
     }
-    RecordedFiles files = files_;
-    // What another program made the engine reads, or has looked for in vain.
-    for (const std::string &path : made_)
-        files.carried.push_back(path);
     std::string changed;
     for (const std::vector<std::string> *paths : {&made_, &files_.written})
         for (const std::string &path : *paths)
-            if (changed.empty() && has_changed(path, files))
+            if (changed.empty() && has_changed(path))
                 changed = path;
     if (changed.empty())
         return false;

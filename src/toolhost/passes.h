@@ -63,7 +63,7 @@ class Passes {
 
     static Content content_of(const std::string &path);
     void note_contents();
-    bool has_changed(const std::string &path, const RecordedFiles &files) const;
+    bool has_changed(const std::string &path) const;
     void plan_programs();
     void plan_bibliography(const std::string &aux);
     void plan_biber(const std::string &control);
