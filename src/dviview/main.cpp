@@ -21,13 +21,36 @@ namespace {
 constexpr std::uint64_t second = 1000000;
 // How long it waits for its first document, and for another one.
 constexpr std::uint64_t first_wait = 30 * second, next_wait = 2 * second;
+// How long it still takes documents once its name is given back: the shell may have sent one that crosses the
+// news of that.
+constexpr std::uint64_t last_wait = second / 10;
 
 struct Previewer {
     sd_bus *bus = nullptr;
     sd_event *loop = nullptr;
     sd_event_source *end = nullptr;
+    bool leaves = false; // its name is given back
 };
 Previewer previewer;
+
+std::string own_name() {
+    return common::application_bus_name(getpid());
+}
+
+void leave() {
+    if (!previewer.leaves)
+        sd_bus_release_name_async(previewer.bus, nullptr, own_name().c_str(), nullptr, nullptr);
+    previewer.leaves = true;
+    sd_event_source_set_time_relative(previewer.end, last_wait);
+    sd_event_source_set_enabled(previewer.end, SD_EVENT_ONESHOT);
+}
+
+int wait_is_over(sd_event_source *, std::uint64_t, void *) {
+    if (previewer.leaves)
+        return sd_event_exit(previewer.loop, 0);
+    leave();
+    return 0;
+}
 
 // Tells whoever sent the document why it is not shown. The shell prints that.
 void report(const char *sender, const std::string &problem) {
@@ -65,13 +88,14 @@ int take_event(sd_bus_message *call) {
     std::int32_t error = quillon::noErr;
     if (name == "aevt/odoc") {
         error = show_documents(event.parameters, sd_bus_message_get_sender(call));
-        sd_event_source_set_time_relative(previewer.end, next_wait);
+        if (!previewer.leaves)
+            sd_event_source_set_time_relative(previewer.end, next_wait);
     } else if (name != "aevt/quit" && name != "aevt/oapp") {
         error = quillon::errAEEventNotHandled;
     }
     result = common::answer_event(call, error, {});
     if (name == "aevt/quit")
-        sd_event_exit(previewer.loop, 0);
+        leave();
     return result < 0 ? result : 1;
 }
 
@@ -86,16 +110,13 @@ int main(int, char **words) {
     common::ApplicationObject object = {
         bundle.signature, bundle.tool, bundle.path,
         [](sd_bus_message *call, sd_bus_error *) { return take_event(call); }};
-    const auto give_up = [](sd_event_source *, std::uint64_t, void *) {
-        return sd_event_exit(previewer.loop, 0);
-    };
     if (sd_event_new(&previewer.loop) < 0 ||
-        sd_event_add_time_relative(previewer.loop, &previewer.end, CLOCK_MONOTONIC, first_wait, 0, give_up,
-                                   nullptr) < 0 ||
+        sd_event_add_time_relative(previewer.loop, &previewer.end, CLOCK_MONOTONIC, first_wait, 0,
+                                   wait_is_over, nullptr) < 0 ||
         !(previewer.bus = common::open_session_bus()) ||
         common::serve_application(previewer.bus, &object) < 0 ||
         sd_bus_attach_event(previewer.bus, previewer.loop, SD_EVENT_PRIORITY_NORMAL) < 0 ||
-        sd_bus_request_name(previewer.bus, common::application_bus_name(getpid()).c_str(), 0) < 0) {
+        sd_bus_request_name(previewer.bus, own_name().c_str(), 0) < 0) {
         std::fprintf(stderr, "dviview: there is no session bus\n");
         return 1;
     }

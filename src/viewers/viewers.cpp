@@ -83,16 +83,22 @@ int LaunchAndSendODOC(const char *app, const char *document, int bring_to_front)
         ml_printf("Can't make filespec.\n");
         return 0;
     }
-    if (!DoMyLaunch(app, &psn, bring_to_front)) {
-        ml_printf("didlaunch = 0\n");
-        return 0;
+    OSErr error = procNotFound;
+    // One that was running may have been about to leave. Then it is started anew, once.
+    for (int launched = 0, times = 0; error == procNotFound && launched < 2 && times < 2; times++) {
+        launched = DoMyLaunch(app, &psn, bring_to_front);
+        if (!launched) {
+            ml_printf("didlaunch = 0\n");
+            return 0;
+        }
+        if (!make_document_event(&psn, &spec, &event))
+            return 0;
+        error = AESend(&event, &reply, kAENoReply, kAEHighPriority, 600, myIdleProcSend);
+        AEDisposeDesc(&event);
+        AEDisposeDesc(&reply);
     }
-    if (!make_document_event(&psn, &spec, &event))
-        return 0;
-    if (AESend(&event, &reply, kAENoReply, kAEHighPriority, 600, myIdleProcSend) == permErr)
+    if (error == permErr)
         ml_printf("The application <%s> could not be started.\n", app);
-    AEDisposeDesc(&event);
-    AEDisposeDesc(&reply);
     return 1;
 }
 

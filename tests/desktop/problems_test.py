@@ -2,7 +2,6 @@
 
 import os
 import sys
-import time
 import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
@@ -39,20 +38,8 @@ class Problems(Applications, Desk):
         for path in self.records("kate"):
             os.unlink(path)
 
-    def press(self, key):
-        """Presses a key that opens the editor. One that is pressed while the shell is still busy is lost."""
-        def opened():
-            self.keys(key)
-            end = time.monotonic() + 15
-            wait_until(lambda: self.starts("kate") or time.monotonic() > end)
-            return self.starts("kate")
-
-        wait_until(opened, "the editor")
-
     def window_of_problems(self):
-        self.activate(self.window)
-        self.keys("ctrl+l")
-        wait_until(lambda: self.windows("^Problems$"), "the window")
+        self.press("ctrl+l", lambda: self.windows("^Problems$"), "the window")
         (window,) = self.windows("^Problems$")
         wait_until(lambda: self.active() == window, "the keyboard in the window")
         return window
@@ -62,7 +49,7 @@ class Problems(Applications, Desk):
         self.activate(self.window)
         for key, place in (("ctrl+n", (2,)), ("ctrl+n", (3,)), ("ctrl+u", (2,)), ("ctrl+u", (2, "my part.tex")),
                            ("ctrl+n", (2,))):
-            self.press(key)
+            self.press(key, lambda: self.starts("kate"), "the editor")
             self.goes_to(*place)
 
     def test_the_window_opens_the_editor_on_the_line(self):

@@ -74,8 +74,7 @@ class Session(DesktopTest):
         self.settled("paper.ind")
         for _ in range(2):
             before = os.stat(self.path("paper.dvi")).st_mtime_ns
-            self.keys("ctrl+t")
-            wait_until(lambda: os.path.exists(self.path("paper.dvi")) and
+            self.press("ctrl+t", lambda: os.path.exists(self.path("paper.dvi")) and
                        os.stat(self.path("paper.dvi")).st_mtime_ns != before, "the next DVI file")
             self.run_is_over()
         self.menu("f", "d")  # dvips

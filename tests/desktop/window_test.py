@@ -70,8 +70,7 @@ class Window(Desk):
         self.start_desktop(path)
         self.wait_for_line("Transcript written on x.log.")
         os.unlink(os.path.join(self.work, "x.pdf"))
-        self.keys("ctrl+t")
-        wait_until(lambda: os.path.exists(os.path.join(self.work, "x.pdf")))
+        self.press("ctrl+t", lambda: os.path.exists(os.path.join(self.work, "x.pdf")))
 
     def test_the_close_button_leaves(self):
         self.start_desktop()

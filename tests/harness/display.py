@@ -2,10 +2,11 @@
 
 import os
 import subprocess
+import time
 
 from harness.bus import ServiceTest
 from harness.home import BUILD, TESTS
-from harness.processes import stop, wait_until
+from harness.processes import LIMIT, stop, wait_until
 
 
 class DesktopTest(ServiceTest):
@@ -80,6 +81,18 @@ class DesktopTest(ServiceTest):
     def activate(self, window):
         self.xdotool("windowactivate", window)
         wait_until(lambda: self.active() == window, "the keyboard")
+
+    def press(self, key, effect, what="the effect of a key"):
+        """Presses a key in the shell's window until EFFECT returns something; that. The shell takes no keys while its
+        menus are grey, and another program's window may have come in front."""
+        def pressed():
+            if self.active() != self.window:
+                self.activate(self.window)
+            self.keys(key)
+            end = time.monotonic() + LIMIT / 4
+            return wait_until(lambda: effect() or time.monotonic() > end) and effect()
+
+        return wait_until(pressed, what)
 
     def property(self, name, window=None):
         done = subprocess.run(["xprop", "-id", window or self.window, name], env=self.environment,

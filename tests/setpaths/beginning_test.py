@@ -54,8 +54,7 @@ class Choosing(Applications, DesktopTest):
 
     def typeset(self):
         self.start_desktop()
-        self.keys("ctrl+t")
-        wait_until(lambda: self.windows("^Find a pdf viewer$"), "the chooser")
+        self.press("ctrl+t", lambda: self.windows("^Find a pdf viewer$"), "the chooser")
         self.activate(*self.windows("^Find a pdf viewer$"))
 
     def chosen(self):

@@ -18,10 +18,10 @@ class Dviview(Applications, ServiceTest):
         self.prepare()
         self.source, self.dvi = self.file("a paper.tex", "x"), self.file("a paper.dvi", "x")
 
-    def view(self, until, **settings):
-        """Shows the current DVI file twice in a shell that stays until UNTIL holds of what it printed."""
+    def view(self, until, times=2, **settings):
+        """Shows the current DVI file TIMES times in a shell that stays until UNTIL holds of what it printed."""
         self.preferences(TEXFILE=self.source.replace(" ", "\x1f"), **settings)
-        script = self.file("script", VIEW_DVI + VIEW_DVI + f"wait FILE {self.home}/end\n")
+        script = self.file("script", VIEW_DVI * times + f"wait FILE {self.home}/end\n")
         self.start_shell("--script", script, *self.system)
         wait_until(lambda: until(self.output()), "the viewer")
         self.file("end", "", self.home)
@@ -50,6 +50,11 @@ class Dviview(Applications, ServiceTest):
 
     def test_a_previewer_that_has_gone_is_said(self):
         self.view(lambda said: said.count("I can't find the DVI previewer /none/viewer") == 2, DVIPREVIEW="/none/viewer")
+
+    def test_a_document_that_is_sent_while_it_leaves_is_not_lost(self):
+        # Each report makes the shell ask it to leave.
+        self.view(lambda said: said.count("I can't find the DVI previewer /none/viewer") == 12, times=12,
+                  DVIPREVIEW="/none/viewer")
 
     def test_it_ends_by_itself(self):
         self.view(lambda _: len(self.starts("viewer")) == 2, DVIPREVIEW=self.recorder("viewer"))
@@ -80,16 +85,14 @@ class Xdvi(DesktopTest):
             with open(path, "a", encoding="utf-8") as file:
                 file.write("%\n")
             before = os.stat(self.work + "/paper.dvi").st_mtime_ns
-            self.activate(self.window)
-            self.keys("ctrl+t")
-            wait_until(lambda: os.path.exists(self.work + "/paper.dvi") and
+            self.press("ctrl+t", lambda: os.path.exists(self.work + "/paper.dvi") and
                        os.stat(self.work + "/paper.dvi").st_mtime_ns != before, "the next run")
             wait_until(lambda: not self.processes_of("pdftex.app/Contents/Linux"))
             wait_until(lambda: not self.processes_of("Helpers/open"))
         self.assertEqual(self.xdvi(), [viewer])
         # A look at the windows fails when one goes meanwhile.
         wait_until(lambda: self.viewers() == window, "one window")
-        self.assertEqual(self.active(), self.window)
+        wait_until(lambda: self.active() == self.window, "the keyboard in the shell's window")
         self.addCleanup(os.kill, viewer, 15)
 
 

@@ -187,8 +187,7 @@ class RealEditors(CaretTest, DesktopTest):
         self.start_desktop(path)
         for again in (False, True):
             if again:
-                self.activate(self.window)
-                self.keys("ctrl+t")
+                self.press("ctrl+t", lambda: self.windows("– Quillon$"))
             (tool,) = wait_until(lambda: self.windows("– Quillon$"), "the tool's window")
             wait_until(lambda: self.active() == tool, "the keyboard")
             self.keys("e", "Return")

@@ -57,8 +57,7 @@ class RealViewers(Applications, DesktopTest):
     def typeset(self, output):
         """Runs the engine as the person does, in the shell's window."""
         before = self.written(output)
-        self.activate(self.window)
-        self.keys(TYPESET)
+        self.press(TYPESET, lambda: self.written(output) not in (0, before), "the output")
         self.wait_for_run(output, before)
 
     def zathura(self, name):
@@ -101,10 +100,8 @@ class RealViewers(Applications, DesktopTest):
         wait_until(self.zathura_is_there, "zathura")
         (window,) = self.xdotool("search", "--onlyvisible", "--class", "zathura")
         self.wait_for_run(os.path.join(self.work, "paper.pdf"), 0)
-        self.activate(self.window)
         viewer = self.viewers("zathura")
-        self.keys(VIEW_PDF)
-        wait_until(lambda: self.active() == window, "the viewer in front")
+        self.press(VIEW_PDF, lambda: self.active() == window, "the viewer in front")
         self.assertEqual(self.viewers("zathura"), viewer)
 
     def test_zathura_shows_the_line_that_was_edited_last(self):

@@ -203,8 +203,10 @@ static bool has_ended(pid_t pid) {
     return !program || program->exited;
 }
 
+// Until then a program that was only just launched waits for its name on the bus, and one that has given it
+// back for its end.
 static bool has_settled(pid_t pid) {
-    return has_ended(pid) || !find_launched(pid)->owner.empty() || !HostBus();
+    return has_ended(pid) || !bus_owner(psn_launched, pid).empty() || !HostBus();
 }
 
 OSErr AESend(const AppleEvent *event, AppleEvent *reply, std::int32_t mode, std::int16_t,
@@ -232,7 +234,6 @@ OSErr AESend(const AppleEvent *event, AppleEvent *reply, std::int32_t mode, std:
     tool_waits += wait;
     OSErr result = noErr;
     if (program)
-        // A program that was only just launched gets its name on the bus in a moment, or ends.
         result = wait_for([pid] { return has_settled(pid); }, limit, idle);
     const std::string owner = bus_owner(psn.highLongOfPSN, pid);
     if (result == noErr)
