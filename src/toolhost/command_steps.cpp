@@ -86,7 +86,7 @@ void Host::next_step() {
 
 void Host::keep_record() {
     if (!files_.read.empty())
-        passes_->keep_record(files_, output_);
+        passes_->keep_record(files_, output_, outcome_.exit_code == 0 && !outcome_.cancelled);
 }
 
 } // namespace toolhost
