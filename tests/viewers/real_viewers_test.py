@@ -12,7 +12,7 @@ from harness import BUILD, Applications, DesktopTest, wait_until  # noqa: E402
 
 ZATHURA = "org.pwmt.zathura"
 QUILLON = os.path.join(BUILD, "bin", "quillon")
-TYPESET, VIEW_PDF = "ctrl+t", "ctrl+p"
+TYPESET, VIEW_PDF, SHOW = "ctrl+t", "ctrl+p", "ctrl+j"
 PAGES = "\\documentclass{article}\\begin{document}\n%s\\end{document}\n"
 
 
@@ -116,6 +116,29 @@ class RealViewers(Applications, DesktopTest):
         wait_until(lambda: self.zathura("pagenumber") == 6, "page 7, counted from 0")
         self.assertEqual(self.active(), self.window)
 
+    def test_a_key_shows_the_edited_line_in_zathura_and_brings_it_forward(self):
+        path = self.pages("paper.tex", 8)
+        self.start_with(path, ADDSPECIALS="1", Editor=self.recorder("kate"))
+        wait_until(self.zathura_is_there, "zathura")
+        self.wait_for_run(os.path.join(self.work, "paper.pdf"), 0)
+        (window,) = self.xdotool("search", "--onlyvisible", "--class", "zathura")
+        for line, page in (("20", 6), ("11", 3)):
+            self.assertEqual(self.run_program(QUILLON, "edit", "+" + line, path).returncode, 0)
+            self.activate(self.window)
+            self.press(SHOW, lambda: self.active() == window, "the viewer in front")
+            wait_until(lambda: self.zathura("pagenumber") == page, f"the page of line {line}")
+        self.assertNotIn("paper.pdf is shown", self.console())
+
+    def test_a_key_shows_the_first_problem_in_zathura(self):
+        path = self.pages("paper.tex", 6)
+        with open(path, encoding="utf-8") as file:
+            text = file.read().replace("Page 5.", "Page 5, \\ref{nowhere}.")
+        self.file("paper.tex", text)
+        self.start_with(path, ADDSPECIALS="1")
+        wait_until(self.zathura_is_there, "zathura")
+        self.wait_for_run(os.path.join(self.work, "paper.pdf"), 0)
+        self.press(SHOW, lambda: self.zathura("pagenumber") == 4, "page 5, counted from 0")
+
     def test_a_click_in_zathura_opens_the_editor_at_the_line(self):
         path = self.pages("it's a paper.tex", 3)
         self.start_with(path, ADDSPECIALS="1", Editor=self.recorder("kate"))
@@ -153,6 +176,19 @@ class RealViewers(Applications, DesktopTest):
         # What told it the line was another xdvi, which ends then.
         wait_until(lambda: self.viewers("xdvi") == [viewer], "one viewer")
         self.assertEqual(self.active(), self.window)
+
+    def test_a_key_shows_the_edited_line_in_xdvi_and_brings_it_forward(self):
+        path = self.pages("paper.tex", 4)
+        self.start_with(path, USEPDFTEX="0", ADDSPECIALS="1", EDITEDFILE=path, EDITEDLINE="2")
+        (window,) = wait_until(lambda: self.xdotool("search", "--onlyvisible", "--class", "XDvi"), "the viewer's window")
+        self.wait_for_run(os.path.join(self.work, "paper.dvi"), 0)
+        (viewer,) = wait_until(lambda: len(self.viewers("xdvi")) == 1 and self.viewers("xdvi"), "one viewer")
+        before = self.picture(window)
+        self.add_preferences("EDITEDLINE=11\n")
+        self.activate(self.window)
+        self.press(SHOW, lambda: self.active() == window, "the viewer in front")
+        wait_until(lambda: self.picture(window) != before, "another page")
+        wait_until(lambda: self.viewers("xdvi") == [viewer], "one viewer")
 
 
 if __name__ == "__main__":
