@@ -1,6 +1,7 @@
 """zathura and xdvi, the real ones, show what runs leave: one window, read again, told the line that was edited."""
 
 import os
+import shutil
 import signal
 import sys
 import unittest
@@ -159,6 +160,44 @@ class RealViewers(Applications, DesktopTest):
         option, line, file = self.starts("kate")[0]
         self.assertEqual((option, file), ("--line", path))
         self.assertIn(int(line), range(2, 5), "the lines of page 1")
+
+    def opened_by_a_click(self, viewer, click):
+        """The line that the editor was told after the set-up wrote the viewer's settings and CLICK was done in its window
+        at places down the page."""
+        path = self.pages("it's a paper.tex", 3)
+        setpaths = os.path.join(BUILD, "bin", "setpaths")
+        self.run_program(setpaths, "--defaults")
+        self.write_preferences("".join(f"{key}={value}\n" for key, value in
+                                       dict(self.settings(), Editor=self.recorder("kate")).items()))
+        self.assertEqual(self.run_program(setpaths, "--reverse-search", viewer).returncode, 0)
+        self.assertEqual(self.run_program("pdflatex", "-synctex=1", os.path.basename(path)).returncode, 0)
+        self.start_window("it's a paper", viewer, os.path.join(self.work, "it's a paper.pdf"))
+        self.activate(self.window)
+
+        def clicked():
+            for y in range(200, 420, 12):
+                if self.starts("kate"):
+                    return True
+                self.xdotool("mousemove", "--window", self.window, "250", str(y))
+                click()
+            return self.starts("kate")
+
+        wait_until(clicked, "the editor")
+        option, line, file = self.starts("kate")[0]
+        self.assertEqual((option, file), ("--line", path))
+        return int(line)
+
+    @unittest.skipUnless(shutil.which("okular"), "Okular, which brings a whole desktop along, is not installed")
+    def test_a_click_in_okular_opens_the_editor_once_its_settings_are_written(self):
+        line = self.opened_by_a_click("okular", lambda: self.xdotool("keydown", "shift", "click", "1", "keyup", "shift"))
+        self.assertIn(line, range(2, 5), "the lines of page 1")
+
+    def test_the_menu_of_a_click_in_qpdfview_opens_the_editor_once_its_settings_are_written(self):
+        def choose():
+            # The first item of the menu is the one for the source, where a text is.
+            self.xdotool("click", "3", "sleep", "0.3", "key", "Down", "Return", "sleep", "0.3", "key", "Escape")
+
+        self.assertIn(self.opened_by_a_click("qpdfview", choose), range(2, 5), "the lines of page 1")
 
     def test_xdvi_shows_the_line_that_was_edited_last(self):
         path = self.pages("paper.tex", 4)
