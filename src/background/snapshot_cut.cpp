@@ -172,7 +172,7 @@ std::string dump_problem(const Workshop &shop, const EngineRun &run, std::string
         if (entry.is_directory(error) || leaf == format || leaf == shop.call.job + ".log" ||
             leaf == shop.call.job + ".fls")
             continue;
-        if (leaf == shop.call.job + ".pdf" || entry.file_size(error) != 0)
+        if (entry.file_size(error) != 0)
             return "it writes " + leaf;
     }
     if (!read_opens(run.log, opens))

@@ -44,7 +44,7 @@ std::string make_scratch() {
     const std::string scratch = place + "/" + scratch_prefix + std::to_string(getpid());
     const bool plain = std::all_of(scratch.begin(), scratch.end(), [](char c) {
         return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '/' ||
-               c == '.' || c == '-' || c == '+';
+               c == '.' || c == '-' || c == '+' || c == '_';
     });
     return plain && mkdir(scratch.c_str(), 0700) == 0 ? scratch : "";
 }

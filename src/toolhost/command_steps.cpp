@@ -30,6 +30,10 @@ bool Host::goes_on(const Outcome &outcome) {
         outcome_ = outcome;
         files_ = run_->recorded();
         output_ = run_->output();
+        if (const SnapshotCall *const call = run_->to_remember())
+            to_remember_ = *call;
+        else
+            to_remember_ = {};
     } else {
         unlink(outcome.report.problems.c_str());
     }
@@ -87,6 +91,10 @@ void Host::next_step() {
 void Host::keep_record() {
     if (!files_.read.empty())
         passes_->keep_record(files_, output_);
+    // After a clean run the preamble is remembered for the next one, which needs the record.
+    if (!to_remember_.main.empty() && outcome_.exit_code == 0 && !outcome_.edit && !outcome_.cancelled)
+        ask_for_snapshot(bundle_.path, to_remember_);
+    to_remember_ = {};
 }
 
 } // namespace toolhost
