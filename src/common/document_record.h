@@ -11,10 +11,10 @@ namespace common {
 
 // All names are absolute POSIX paths.
 struct DocumentRecord {
-    std::vector<std::string> read;           // without the distribution's files
-    std::vector<std::string> written;        // by the engine and the programs beside it
-    std::vector<std::string> carried;        // read and then written by the engine
-    std::vector<std::string> outputs;        // of those written: what a person wants, such as the PDF file
+    std::vector<std::string> read;    // by the engine and the programs beside it, without the distribution's
+    std::vector<std::string> written; // by them
+    std::vector<std::string> carried; // read and then written by the engine
+    std::vector<std::string> outputs; // of those written: what a person wants, such as the PDF file
     std::map<std::string, std::string> made; // a made file, and what tells the state that it was made from
 };
 

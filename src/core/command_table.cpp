@@ -115,6 +115,8 @@ const Command command_table[] = {
     unstored(menu_options, options_etex, "e-TeX Mode", 'E', toggle_etex, etex_is_on),
     unstored(menu_options, options_parse, "Parse First Line", 0, toggle_parse, parse_is_on),
     on_off(menu_options, options_rerun, "Run Until Stable", 0, "RERUN"),
+    on_off(menu_options, options_fast_preamble, "Fast Preamble", 0, "SNAPSHOT"),
+    on_off(menu_options, options_watch, "Typeset on Save", 0, "WATCH"),
 
     idle(menu_edit, edit_undo, "Undo", 'Z'),
     separator(menu_edit, 2),

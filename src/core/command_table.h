@@ -59,6 +59,8 @@ enum : std::int16_t {
     options_etex = 16,
     options_parse = 17,
     options_rerun = 18,
+    options_fast_preamble = 19,
+    options_watch = 20,
 
     edit_undo = 1,
     edit_cut = 3,

@@ -7,6 +7,7 @@
 #include "core/command_table.h"
 #include "events/handlers.h"
 #include "front/front.h"
+#include "jobs/typeset_on_save.h"
 #include "menus/current_files.h"
 #include "menus/menus.h"
 #include "menus/recent_files.h"
@@ -35,6 +36,7 @@ int main_event(int mask) {
     if (aeQuit || (LeaveRequested() && !job_running()))
         doQuit = 1;
     sleepTime = inBackground ? 60 : 10;
+    watch_step();
     // The step that ends the program is not waited for.
     if (WaitNextEvent(static_cast<std::uint16_t>(mask & 0xFFFF), &gEvent, doQuit ? 0 : sleepTime)) {
         const EventRecord event = gEvent;

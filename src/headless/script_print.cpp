@@ -111,6 +111,8 @@ static const FlagState flag_states[] = {
     {"addSpecials", addSpecials},
     {"doRecord", doRecord},
     {"runUntilStable", runUntilStable},
+    {"fastPreamble", fastPreamble},
+    {"typesetOnSave", typesetOnSave},
     {"magicComments", magicComments},
     {"parseFirstLine", parseFirstLine},
     {"doAlias", doAlias},

@@ -7,6 +7,7 @@
 #include "files/paths.h"
 #include "jobs/after_run.h"
 #include "jobs/magic_comments.h"
+#include "jobs/typeset_on_save.h"
 #include "menus/current_files.h"
 #include "settings/settings.h"
 #include "state/job_scope.h"
@@ -101,6 +102,7 @@ static int run(const Engine &engine, const char *command, const char *folder) {
     KillApp(tool);
     if (!keep_last(command, folder))
         return 0;
+    watch_run_begins();
     if (kind == tex_job)
         empty_output_keys(kind);
     NewSetTeXFile(command, folder);
@@ -115,6 +117,7 @@ static int run(const Engine &engine, const char *command, const char *folder) {
         tex_error = 0;
     }
     KillApp(tool);
+    watch_run_ended();
     return result;
 }
 

@@ -86,6 +86,8 @@ constexpr Setting own_settings[] = {
     flag(late, "MAGICCOMMENTS", "0", &magicComments,
          "The first lines of a document choose its root and its engine."),
     flag(late, "RERUN", "0", &runUntilStable, "A document is typeset again until nothing changes any more."),
+    flag(late, "SNAPSHOT", "0", &fastPreamble, "What the engine does for a preamble is remembered."),
+    flag(late, "WATCH", "0", &typesetOnSave, "A document is typeset when a file of it is saved."),
 
     text("PDFTEXFORMAT", "The format chosen for pdfTeX."),
     text("PDFETEXFORMAT", "The format chosen for pdfTeX in e-TeX mode."),

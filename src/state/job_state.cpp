@@ -22,8 +22,8 @@ std::int32_t editlinenumber = 0, exit_status = 0;
 std::uint8_t tex_error = 0, calleditor = 0;
 
 std::uint8_t usePdfTeX = 0, useETeX = 0, doDebug = 0, use8bit = 0, useFullPaths = 0, doView = 0,
-             addSpecials = 0, doRecord = 0, runUntilStable = 0, magicComments = 0, parseFirstLine = 0,
-             doAlias = 0;
+             addSpecials = 0, doRecord = 0, runUntilStable = 0, fastPreamble = 0, typesetOnSave = 0,
+             magicComments = 0, parseFirstLine = 0, doAlias = 0;
 std::int32_t dataBaseSearch = 0, mp_format_type = 0, space_char = 0;
 
 std::uint8_t haveosx = 0, hasSys9 = 0, hasAqua = 0, inBackground = 0, notifying = 0, doQuit = 0, aeQuit = 0,

@@ -36,7 +36,7 @@ extern std::uint8_t tex_error, calleditor;
 
 // Options, most of them filled from the settings.
 extern std::uint8_t usePdfTeX, useETeX, doDebug, use8bit, useFullPaths, doView, addSpecials, doRecord,
-    runUntilStable, magicComments, parseFirstLine, doAlias;
+    runUntilStable, fastPreamble, typesetOnSave, magicComments, parseFirstLine, doAlias;
 extern std::int32_t dataBaseSearch, mp_format_type, space_char;
 
 // The system, and the state of this run of the shell.

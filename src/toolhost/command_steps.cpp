@@ -90,7 +90,7 @@ void Host::next_step() {
 
 void Host::keep_record() {
     if (!files_.read.empty())
-        passes_->keep_record(files_, output_);
+        passes_->keep_record(files_, output_, outcome_.exit_code == 0 && !outcome_.cancelled);
     // After a clean run the preamble is remembered for the next one, which needs the record.
     if (!to_remember_.main.empty() && outcome_.exit_code == 0 && !outcome_.edit && !outcome_.cancelled)
         ask_for_snapshot(bundle_.path, to_remember_);

@@ -254,7 +254,7 @@ void Passes::plan(const char *tool, const std::string &options, const std::strin
 
 // Returns what tells the states of the files NAMES that stand in the document's folders or in those that a
 // setting names. The distribution's own do not change.
-std::string Passes::states_of_sources(const std::vector<std::string> &names, const char *extension) const {
+std::string Passes::states_of_sources(const std::vector<std::string> &names, const char *extension) {
     const char *const key = std::string_view(extension) == ".bib" ? "BIBINPUTS" : "BSTINPUTS";
     std::vector<std::string> folders = {engine_.folder, folder_};
     for (const std::string &element : common::split_list(common::setting(key))) {
@@ -272,6 +272,8 @@ std::string Passes::states_of_sources(const std::vector<std::string> &names, con
             if (const std::string path = common::absolute_path(folder, leaf);
                 found.empty() && common::is_regular_file(path))
                 found = path;
+        if (!found.empty())
+            sources_.insert(found);
         states += leaf + "\n" + (found.empty() ? "" : found + "\n" + stamp_of(found)) + "\n";
     }
     return states;
@@ -340,17 +342,23 @@ bool Passes::next(NextProgram *next) {
     return true;
 }
 
-void Passes::keep_record(const RecordedFiles &files, const std::string &output) {
+void Passes::keep_record(const RecordedFiles &files, const std::string &output, bool whole) {
     if (main_.empty())
         return;
     std::vector<std::string> trees = {"/usr", "/etc", "/var/lib/texmf", common::transcripts_folder()};
     for (const std::string &tree : common::split_list(common::setting("TEXMFTREES")))
         if (!tree.empty())
             trees.push_back(common::expand_setting_path(tree, home_, engine_.space));
-    record_.read.clear();
+    std::vector<std::string> read;
     for (const std::string &path : files.read)
         if (!lies_in(path, trees))
-            record_.read.push_back(path);
+            read.push_back(path);
+    read.insert(read.end(), sources_.begin(), sources_.end());
+    // A run that did not come to its end has not read the rest.
+    for (const std::string &path : record_.read)
+        if (!whole && std::find(read.begin(), read.end(), path) == read.end())
+            read.push_back(path);
+    record_.read = std::move(read);
     // What earlier runs wrote and this one did not is still theirs.
     std::vector<std::string> written = files.written;
     for (const std::string &path : record_.written)

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <deque>
 #include <map>
+#include <set>
 #include <string>
 
 #include "common/document_record.h"
@@ -40,8 +41,8 @@ class Passes {
     // Fills NEXT with what is to run now. False when the document is stable, or does not become so.
     bool next(NextProgram *next);
     // Keeps what is known of the document for its next run. OUTPUT is what the engine made, empty for
-    // nothing.
-    void keep_record(const RecordedFiles &files, const std::string &output);
+    // nothing. WHOLE: the last pass came to the end of the document.
+    void keep_record(const RecordedFiles &files, const std::string &output, bool whole);
 
     // The number of the engine's pass, from 1.
     int pass() const { return pass_; }
@@ -70,7 +71,7 @@ class Passes {
     void plan_index(const std::string &index);
     void plan(const char *tool, const std::string &options, const std::string &stem, const char *extension,
               const char *reason, const std::string &state);
-    std::string states_of_sources(const std::vector<std::string> &names, const char *extension) const;
+    std::string states_of_sources(const std::vector<std::string> &names, const char *extension);
 
     EngineRun engine_;
     std::string main_, home_, folder_; // folder_: where the engine writes
@@ -78,6 +79,7 @@ class Passes {
     common::DocumentRecord record_;
     RecordedFiles files_;                   // of the last pass
     std::map<std::string, Content> before_; // what the last pass found
+    std::set<std::string> sources_;         // what programs beside the engine read
     std::deque<Product> products_;          // still to be made before the engine runs again
     std::vector<std::string> made_;         // by programs since the last pass
     std::string unstable_;

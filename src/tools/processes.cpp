@@ -11,6 +11,7 @@
 #include "state/job_scope.h"
 #include "state/job_state.h"
 #include "toolbox/codes.h"
+#include "toolbox/watching.h"
 #include "viewers/viewers.h"
 
 namespace quillon {
@@ -254,6 +255,11 @@ static void handle_in_wait(EventRecord *event, std::uint32_t *sleep, std::uint32
 
 int myIdleToolProcSend(EventRecord *event, std::uint32_t *sleep) {
     if (LeaveRequested() || CancelRequested() || (!inBackground && CheckEventQueueForUserCancel())) {
+        job_outcome = job_cancelled;
+        return 1;
+    }
+    if (SavedAtPrompt()) {
+        ml_printf("\nThe document was saved, so the run that waits for an answer ends.\n");
         job_outcome = job_cancelled;
         return 1;
     }

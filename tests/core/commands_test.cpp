@@ -52,8 +52,9 @@ class Commands : public ::testing::Test {
                           "\nRECENTFILE1=" + work("a.tex") + "\nRECENTFILE2=" + work("b.tex") +
                           "\nTEXCONFIG=" + home_.path("work") + "\n");
         setpaths(1u << slot_texconfig);
-        for (std::uint8_t *const flag : {&usePdfTeX, &useETeX, &doDebug, &use8bit, &useFullPaths, &doView,
-                                         &addSpecials, &doRecord, &runUntilStable, &parseFirstLine, &doQuit})
+        for (std::uint8_t *const flag :
+             {&usePdfTeX, &useETeX, &doDebug, &use8bit, &useFullPaths, &doView, &addSpecials, &doRecord,
+              &runUntilStable, &fastPreamble, &typesetOnSave, &parseFirstLine, &doQuit})
             *flag = 0;
         space_char = 31;
         mp_format_type = 1;
@@ -181,6 +182,8 @@ class Commands : public ::testing::Test {
             {"addSpecials", std::to_string(addSpecials)},
             {"doRecord", std::to_string(doRecord)},
             {"runUntilStable", std::to_string(runUntilStable)},
+            {"fastPreamble", std::to_string(fastPreamble)},
+            {"typesetOnSave", std::to_string(typesetOnSave)},
             {"doQuit", std::to_string(doQuit)},
             {"parseFirstLine", std::to_string(parseFirstLine)},
             {"aeQuit", std::to_string(aeQuit)},
@@ -317,6 +320,10 @@ class EveryCommand : public Commands, public ::testing::WithParamInterface<Choic
             return switched("doRecord", "DORECORD", "131 4");
         case 18:
             return switched("runUntilStable", "RERUN", "131 18");
+        case 19:
+            return switched("fastPreamble", "SNAPSHOT", "131 19");
+        case 20:
+            return switched("typesetOnSave", "WATCH", "131 20");
         case 7:
             return switched("doView", "AUTOVIEW", "131 7");
         case 8:

@@ -32,7 +32,7 @@ class Menus(HomeTest):
         self.assertEqual(self.menu(129, LASTCOMMAND="pdftex x")[5][0], "+")
 
     def test_every_menu_exists_with_its_numbers(self):
-        counts = {128: 3, 129: 20, 131: 18, 133: 19, 134: 3, 135: 9, 137: 4, 140: 5, 143: 2, 200: 1, 300: 4}
+        counts = {128: 3, 129: 20, 131: 20, 133: 19, 134: 3, 135: 9, 137: 4, 140: 5, 143: 2, 200: 1, 300: 4}
         self.preferences()
         for number, count in counts.items():
             self.assertEqual(sorted(self.items(self.shell(f"print menu {number}\n"))), list(range(1, count + 1)), number)
@@ -47,8 +47,8 @@ class Menus(HomeTest):
         self.assertEqual(self.setting("USEPDFTEX"), "1")
 
     def test_each_toggle_writes_its_setting_and_its_mark(self):
-        for menu, item, key in ((131, 3, "ADDSPECIALS"), (131, 4, "DORECORD"), (131, 18, "RERUN"), (131, 7, "AUTOVIEW"), (131, 8, "DEBUG"),
-                                (133, 11, "USE8BIT")):
+        for menu, item, key in ((131, 3, "ADDSPECIALS"), (131, 4, "DORECORD"), (131, 18, "RERUN"), (131, 19, "SNAPSHOT"),
+                                (131, 20, "WATCH"), (131, 7, "AUTOVIEW"), (131, 8, "DEBUG"), (133, 11, "USE8BIT")):
             self.assertEqual(self.menu(menu, f"menu {menu} {item}\n")[item][1], "*", key)
             self.assertEqual(self.setting(key), "1")
             self.assertEqual(self.menu(menu, f"menu {menu} {item}\nmenu {menu} {item}\n")[item][1], "-", key)

@@ -37,7 +37,8 @@ class Start(HomeTest):
     def test_only_the_first_character_of_a_flag_is_read(self):
         flags = {"USEPDFTEX": "usePdfTeX", "DATABASE": "dataBaseSearch", "USE8BIT": "use8bit",
                  "USEFULLPATHS": "useFullPaths", "AUTOVIEW": "doView", "ADDSPECIALS": "addSpecials",
-                 "DORECORD": "doRecord", "RERUN": "runUntilStable"}
+                 "DORECORD": "doRecord", "RERUN": "runUntilStable", "SNAPSHOT": "fastPreamble",
+                 "WATCH": "typesetOnSave"}
         for key, name in flags.items():
             if key == "DATABASE":
                 continue  # a missing database turns it off again
@@ -155,7 +156,7 @@ class Start(HomeTest):
             preview_creator ed_creator default_creator fname format_name dotexfile mydvifile mypdffile mypsfile mybibfile
             current_dvifile current_outputfile lastcommand lastdir mycommand editfile editlinenumber exit_status tex_error
             calleditor usePdfTeX useETeX doDebug dataBaseSearch use8bit mp_format_type useFullPaths doView addSpecials
-            doRecord runUntilStable parseFirstLine doAlias space_char haveosx hasSys9 hasAqua inBackground notifying doQuit aeQuit at_exit
+            doRecord runUntilStable fastPreamble typesetOnSave parseFirstLine doAlias space_char haveosx hasSys9 hasAqua inBackground notifying doQuit aeQuit at_exit
             forceQuit in_dvii myMask sleepTime shift_key_down option_key_down doAppleTeX doFind findString oldItem
             output_is_pdf""".split()
         self.preferences()
