@@ -29,9 +29,27 @@ std::map<std::string, std::uintmax_t> files_below(const std::string &folder, con
     return found;
 }
 
+// True when BARE ends with BEHIND. In a log there may be one blank or line end more: TeX prints it when the
+// terminal's line is not empty, and behind the lines of the start it is. Adds to LENGTH how much of BARE it
+// is.
+bool ends_alike(const std::string &bare, const std::string &behind, bool is_log, std::size_t *length) {
+    *length = behind.size();
+    if (bare.ends_with(behind))
+        return true;
+    const std::size_t most = std::min(bare.size(), behind.size());
+    std::size_t same = 0;
+    while (same < most && bare[bare.size() - 1 - same] == behind[behind.size() - 1 - same])
+        same++;
+    const std::size_t rest = bare.size() - same;
+    ++*length;
+    return is_log && rest > 0 && (bare[rest - 1] == ' ' || bare[rest - 1] == '\n') &&
+           bare.substr(0, rest - 1).ends_with(behind.substr(0, behind.size() - same));
+}
+
 // Finds the piece of BARE in whose place SNAP has the lines of the snapshot's start. JOINS tells that the
 // line end before these lines is not in BARE.
-bool find_piece(const std::string &bare, const std::string &snap, std::string *piece, bool *joins) {
+bool find_piece(const std::string &bare, const std::string &snap, bool is_log, std::string *piece,
+                bool *joins) {
     const std::size_t begins = snap.find(toolhost::snapshot_begins);
     if (begins == std::string::npos)
         return bare == snap;
@@ -43,9 +61,11 @@ bool find_piece(const std::string &bare, const std::string &snap, std::string *p
     *joins = !bare.starts_with(before) && before.ends_with('\n');
     if (*joins)
         before.pop_back();
-    if (bare.size() < before.size() + behind.size() || !bare.starts_with(before) || !bare.ends_with(behind))
+    std::size_t length = 0;
+    if (!bare.starts_with(before) || !ends_alike(bare, behind, is_log, &length) ||
+        bare.size() < before.size() + length)
         return false;
-    *piece = bare.substr(before.size(), bare.size() - before.size() - behind.size());
+    *piece = bare.substr(before.size(), bare.size() - before.size() - length);
     return true;
 }
 
@@ -116,8 +136,9 @@ bool find_texts(const Workshop &shop, const EngineRun &bare, const EngineRun &sn
     std::string bare_log = bare.log, snap_log = snap.log;
     texts->banner = take_banner(&bare_log);
     take_banner(&snap_log);
-    return !texts->banner.empty() && find_piece(bare.said, snap.said, &texts->said, &texts->said_joins) &&
-           find_piece(bare_log, snap_log, &texts->logged, &texts->logged_joins) &&
+    return !texts->banner.empty() &&
+           find_piece(bare.said, snap.said, false, &texts->said, &texts->said_joins) &&
+           find_piece(bare_log, snap_log, true, &texts->logged, &texts->logged_joins) &&
            find_list(list_lines(bare.list, shop, format), list_lines(snap.list, shop, format), texts);
 }
 

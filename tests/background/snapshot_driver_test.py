@@ -86,6 +86,7 @@ class Driver(SnapshotTest):
                            ("\\chardef\\f=\\pdfcolorstackinit page direct{0 g}", "pdfcolorstackinit"),
                            ("\\pdfnoligatures\\font", "pdfnoligatures"),
                            ("\\pdfincludechars\\font{a}", "pdfincludechars"),
+                           ("\\lpcode\\font`f=100", "lpcode"), ("\\efcode\\font`f=100", "efcode"),
                            ("\\pdfoutline goto name{x}{y}", "pdfoutline")):
             with self.subTest(name):
                 said = self.assert_remembered(["\\newcommand\\x{y}", line], "\\x ffi", lines=2)
@@ -114,12 +115,11 @@ class Driver(SnapshotTest):
         self.assertEqual(self.remember(), "refused: it does not typeset without error")
 
     def test_category_codes_and_the_end_of_lines(self):
-        self.assert_remembered(["\\catcode`\\!=13 \\def!{bang}", "\\catcode`\\|=0 |catcode`|^^?=9", "\\endlinechar=`+ "],
+        self.assert_remembered(["\\catcode`\\!=13 \\def!{bang}", "\\catcode`\\|=0", "\\endlinechar=-1 "],
                                "!|the|endlinechar x")
 
     def test_letters_of_the_job_s_name_that_are_no_letters(self):
-        self.assert_remembered(["\\catcode`\\d=13 \\defd{D}".replace("\\defd", "\\expan\\def d"), ""]
-                               if False else ["\\catcode`\\/=13 \\catcode`\\.=13 \\def.{dot}"], "a.b")
+        self.assert_remembered(["\\catcode`\\/=13", "\\def/{slash}"], "a/b")
 
     def test_dates_of_the_day_of_the_run(self):
         self.assert_remembered(["\\date{\\today}", "\\title{t}", "\\author{a}"],
@@ -144,7 +144,7 @@ class Driver(SnapshotTest):
 
     def test_how_the_engine_goes_on_after_errors(self):
         self.assert_remembered(["\\batchmode"], "\\the\\interactionmode")
-        self.assert_remembered(["\\scrollmode"], "\\the\\interactionmode")
+        self.assertIn("scrollmode", self.assert_remembered(["\\scrollmode"], "\\the\\interactionmode", lines=1))
 
     def test_what_the_preamble_adds_for_the_start_of_a_job(self):
         self.assert_remembered(["\\everyjob{\\global\\let\\x=\\undefined}", "\\newcommand\\x{y}"], "\\x")
@@ -158,17 +158,17 @@ class Driver(SnapshotTest):
             f"\\texttt{{\\expandafter\\strip@prefix\\meaning\\{name}>\\meaning\\{name}}}\\par" for name in names))
 
     def test_primitives_with_another_meaning(self):
-        self.assert_remembered(["\\let\\oldtime=\\time \\def\\time{t}\\def\\day{d}\\def\\year{y}", "\\def\\write{w}"],
+        self.assert_remembered(["\\let\\oldtime=\\time \\def\\time{t}\\def\\day{d}\\def\\year{y}"],
                                "\\time\\day\\year\\the\\oldtime")
 
-    def test_boxes_hyphenation_and_codes_of_characters(self):
-        self.assert_remembered(["\\newsavebox\\b\\savebox\\b{boxed}", "\\hyphenation{ty-po-gra-phy}",
-                                "\\lpcode\\font`a=10 ", "\\pdfglyphtounicode{a}{0041}"],
-                               "\\usebox\\b\\showhyphens{typography} a\\the\\lpcode\\font`a")
+    def test_boxes_hyphenation_and_names_of_glyphs(self):
+        self.assert_remembered(["\\newsavebox\\mine\\savebox\\mine{boxed}", "\\hyphenation{ty-po-gra-phy}",
+                                "\\pdfglyphtounicode{a}{0041}"],
+                               "\\usebox\\mine\\showhyphens{typography} a")
 
     def test_what_is_loaded_into_a_box(self):
-        self.assert_remembered(["\\usepackage{graphicx}", "\\newsavebox\\b", "\\AtBeginDocument{\\savebox\\b{\\rule{1cm}{1cm}}}"],
-                               "\\usebox\\b")
+        self.assert_remembered(["\\usepackage{graphicx}", "\\newsavebox\\mine", "\\AtBeginDocument{\\savebox\\mine{\\rule{1cm}{1cm}}}"],
+                               "\\usebox\\mine")
 
     def test_a_program_that_is_started_ends_the_snapshot_before(self):
         # The document as a whole is refused, since a proof that starts programs proves nothing.
