@@ -106,7 +106,9 @@ class Cutter {
         }
         if (result.reason.empty() && common::read_file(format, largest_format) != bytes)
             result.reason = "it depends on the date";
-        result.ended_early = !shop_.goes_on();
+        // An engine that dies without a word, as on a full disk, says nothing about the preamble.
+        const EngineRun &last = result.run.status != 0 ? result.run : first;
+        result.ended_early = !shop_.goes_on() || (last.status != 0 && !contains(last.log, "\n! "));
         result.good = result.reason.empty() && !result.ended_early;
         return result;
     }

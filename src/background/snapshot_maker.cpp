@@ -234,9 +234,10 @@ class Maker {
                     return shop_.call.folder + "/" + name == path;
                 }))
                 ground_.places.emplace_back(path, stamp);
-        if (!settle_ground() ||
-            !toolhost::write_note(shop_.call, shop_.environment, ground_, "", original_, reason))
+        if (!settle_ground())
             return "no snapshot: something has changed";
+        if (!toolhost::write_note(shop_.call, shop_.environment, ground_, "", original_, reason))
+            return "no snapshot: it cannot be kept: " + reason;
         return "refused: " + reason;
     }
 

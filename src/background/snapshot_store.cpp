@@ -31,7 +31,7 @@ void remove_folder(const std::string &folder) {
 }
 
 std::string work_file() {
-    return toolhost::snapshots_folder() + "/" + work_name;
+    return common::snapshots_folder() + "/" + work_name;
 }
 
 // Returns the seconds of work that are noted for today.
@@ -57,7 +57,7 @@ struct Kept {
 std::vector<Kept> kept_snapshots() {
     std::vector<Kept> kept;
     std::error_code error;
-    for (const auto &entry : files::directory_iterator(toolhost::snapshots_folder(), error)) {
+    for (const auto &entry : files::directory_iterator(common::snapshots_folder(), error)) {
         struct stat status;
         if (stat(entry.path().c_str(), &status) != 0 || !S_ISDIR(status.st_mode))
             continue;
@@ -96,7 +96,7 @@ bool copy_file(const std::string &from, const std::string &to) {
 } // namespace
 
 bool tidy_snapshots() {
-    const std::string folder = toolhost::snapshots_folder();
+    const std::string folder = common::snapshots_folder();
     if (!common::make_private_folder(common::transcripts_folder()) || !common::make_private_folder(folder))
         return false;
     const std::time_t now = std::time(nullptr);
@@ -123,7 +123,7 @@ bool tidy_snapshots() {
 
 std::string keep_snapshot(const toolhost::SnapshotCall &call, const std::string &format,
                           const toolhost::SnapshotTexts &texts) {
-    const std::string folder = toolhost::snapshots_folder();
+    const std::string folder = common::snapshots_folder();
     const std::string part = folder + "/" + part_prefix + std::to_string(getpid());
     std::error_code error;
     const std::uint64_t bytes = files::file_size(format, error);

@@ -261,7 +261,7 @@ SnapshotState find_snapshot(const SnapshotCall &call, const Variables &environme
         return SnapshotState::unknown;
     if (!snapshot->reason.empty())
         return SnapshotState::refused;
-    snapshot->folder = snapshots_folder() + "/" + name;
+    snapshot->folder = common::snapshots_folder() + "/" + name;
     const std::string file = file_of(snapshot->folder, call);
     if (name.empty() || !is_own(snapshot->folder, file) || snapshot_stamp(file) != stamp)
         return SnapshotState::unknown;
@@ -280,15 +280,11 @@ void ask_for_snapshot(const std::string &bundle, const SnapshotCall &call) {
     common::start_in_background(common::above_own_program(1), std::move(words));
 }
 
-std::string snapshots_folder() {
-    return common::transcripts_folder() + "/snapshots";
-}
-
 std::string snapshot_note(const SnapshotCall &call, const Variables &environment) {
     char name[32];
     std::snprintf(name, sizeof name, "%016zx.note",
                   std::hash<std::string>{}(common::joined_fields(head_of(call, environment))));
-    return snapshots_folder() + "/" + name;
+    return common::snapshots_folder() + "/" + name;
 }
 
 bool write_note(const SnapshotCall &call, const Variables &environment, const SnapshotGround &ground,
@@ -301,7 +297,7 @@ bool write_note(const SnapshotCall &call, const Variables &environment, const Sn
         fields.insert(fields.end(), {"names", looked.folder, joined(looked.names, '/'), "found", "", found});
     if (reason.empty())
         fields.insert(fields.end(), {"original", original, "", "snapshot", name,
-                                     snapshot_stamp(file_of(snapshots_folder() + "/" + name, call))});
+                                     snapshot_stamp(file_of(common::snapshots_folder() + "/" + name, call))});
     else
         fields.insert(fields.end(), {"refused", reason, ""});
     fields.push_back("end");

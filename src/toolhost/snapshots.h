@@ -99,8 +99,6 @@ bool read_texts(const Snapshot &snapshot, SnapshotTexts *texts);
 // Starts the program in the background for CALL, an engine run of the bundle at BUNDLE.
 void ask_for_snapshot(const std::string &bundle, const SnapshotCall &call);
 
-// Returns the folder of the snapshots, in the user's cache folder.
-std::string snapshots_folder();
 // Returns the path of the note about CALL in ENVIRONMENT.
 std::string snapshot_note(const SnapshotCall &call, const Variables &environment);
 // Writes the note. A snapshot has NAME, the leaf of its folder, and ORIGINAL; a refusal has REASON. False

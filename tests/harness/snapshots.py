@@ -55,7 +55,7 @@ class SnapshotTest(HostTest):
         folder = folder or self.work
         more.setdefault("env", self.environment)
         return subprocess.Popen([BACKGROUND, "--snapshot", self.tool, self.engine, folder, f"{folder}/{name}.tex",
-                                 *COMMAND, *options, name + ".tex"], stdin=subprocess.DEVNULL,
+                                 *COMMAND, *options, name], stdin=subprocess.DEVNULL,
                                 stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, **more)
 
     def remember(self, name="doc", folder=None, options=(), **more):
@@ -117,4 +117,5 @@ class SnapshotTest(HostTest):
         said = ["The preamble was remembered." in log, "The preamble is executed" in log,
                 "its snapshot has gone" in log]
         self.assertEqual(sum(said), 1, log)
+        self.said_of_it = next(line for line in log.splitlines() if line.startswith("The preamble "))
         return said[0]
