@@ -107,8 +107,9 @@ class Cutter {
         if (result.reason.empty() && common::read_file(format, largest_format) != bytes)
             result.reason = "it depends on the date";
         // An engine that dies without a word, as on a full disk, says nothing about the preamble.
-        const EngineRun &last = result.run.status != 0 ? result.run : first;
-        result.ended_early = !shop_.goes_on() || (last.status != 0 && !contains(last.log, "\n! "));
+        const EngineRun &last = result.run.output.empty() ? first : result.run;
+        result.ended_early = !shop_.goes_on() || (!last.ended && !last.too_long) ||
+                             (last.status != 0 && !contains(last.log, "\n! "));
         result.good = result.reason.empty() && !result.ended_early;
         return result;
     }
@@ -163,7 +164,7 @@ void count_braces(std::string_view line, int *depth) {
 std::string dump_problem(const Workshop &shop, const EngineRun &run, std::string *opens) {
     const std::string format = shop.call.job + ".fmt";
     if (!run.ended)
-        return "the dump takes too long";
+        return run.too_long ? "the dump takes too long" : "the dump was stopped";
     if (run.status != 0 || !common::is_regular_file(run.output + "/" + format))
         return error_of(run.log);
     if (contains(run.log, "runsystem("))

@@ -25,7 +25,9 @@ namespace {
 namespace files = std::filesystem;
 
 constexpr std::size_t largest_text = std::size_t{32} << 20;
-constexpr rlim_t longest_work = 60;        // seconds of one engine, also when nobody waits for it any more
+constexpr rlim_t longest_work = 25; // seconds of work of one engine, also when nobody waits for it
+constexpr unsigned longest_piece =
+    60; // seconds until a run is given up, with those that a busy machine takes
 constexpr rlim_t largest_output = 1 << 30; // bytes
 constexpr int patience = 100;              // milliseconds between two looks whether the work goes on
 
@@ -43,13 +45,14 @@ int open_new(const std::string &path) {
 bool await(pid_t process, const Workshop &shop, int *status) {
     const int handle = static_cast<int>(syscall(SYS_pidfd_open, process, 0));
     bool goes_on = handle >= 0;
+    const std::uint64_t end = common::now_microseconds() + (longest_piece - 5) * 1'000'000ULL;
     for (pollfd source = {handle, POLLIN, 0}; goes_on && poll(&source, 1, patience) <= 0;)
-        goes_on = shop.goes_on() && common::now_microseconds() < shop.deadline;
+        goes_on = shop.goes_on() && common::now_microseconds() < end;
     if (handle >= 0)
         close(handle);
     if (!goes_on)
         kill(-process, SIGKILL);
-    return waitpid(process, status, 0) == process && goes_on && WIFEXITED(*status);
+    return waitpid(process, status, 0) == process && goes_on;
 }
 
 // The environment of a run in the scratch folder: it makes no fonts, starts no other program, and writes
@@ -89,10 +92,14 @@ EngineRun run(const Workshop &shop, std::vector<std::string> words, const toolho
     int status = 0;
     if (!error && shop.goes_on() && spawn.output >= 0 && spawn.error >= 0 &&
         chdir(shop.call.folder.c_str()) == 0 && common::spawn(spawn, &process) == 0) {
-        const rlimit work = {longest_work, longest_work}, bytes = {largest_output, largest_output};
+        const rlimit work = {longest_work, longest_work + 5}, bytes = {largest_output, largest_output};
         prlimit(process, RLIMIT_CPU, &work, nullptr);
         prlimit(process, RLIMIT_FSIZE, &bytes, nullptr);
-        result.ended = await(process, shop, &status);
+        // This process too is ended when a piece of its work takes too long.
+        alarm(longest_piece);
+        const bool waited = await(process, shop, &status);
+        result.ended = waited && WIFEXITED(status);
+        result.too_long = waited && WIFSIGNALED(status) && WTERMSIG(status) == SIGXCPU;
         result.status = WEXITSTATUS(status);
     }
     for (const int file : {spawn.output, spawn.error})

@@ -18,12 +18,12 @@ struct Workshop {
     std::string driver;                     // the TeX file that dumps
     std::vector<std::string> subfolders;    // of the document's folder, relative, into which it writes
     std::function<bool()> goes_on;          // false: no run is begun or waited for any more
-    std::uint64_t deadline = 0;             // microseconds of the clock, when everything has to be done
     std::string format_copy;                // the folder of the unpacked copy of the format; empty for none
 };
 
 struct EngineRun {
     bool ended = false;    // false: it was killed, or did not start
+    bool too_long = false; // it was killed because it has worked too long, however busy the machine was
     int status = 0;        // its exit status
     std::string output;    // the folder that it wrote into
     std::string said;      // what it printed on standard output

@@ -29,8 +29,8 @@ namespace {
 
 namespace files = std::filesystem;
 
-constexpr std::uint64_t longest_work = 50'000'000; // microseconds for one snapshot
-constexpr std::int64_t freshest = 100'000'000;     // nanoseconds
+constexpr std::uint64_t longest_work = 300'000'000; // microseconds for one snapshot on a busy machine
+constexpr std::int64_t freshest = 100'000'000;      // nanoseconds
 constexpr const char *scratch_prefix = "snapshot-";
 
 // Removes what earlier work left in the temporary folder, and returns a new folder there, empty when there is
@@ -67,8 +67,9 @@ class Maker {
   public:
     Maker(const toolhost::SnapshotCall &call, const toolhost::Variables &environment,
           const std::string &driver, const std::function<bool()> &goes_on)
-        : shop_{call, environment, make_scratch(), driver, {}, goes_on, 0, {}} {
-        shop_.deadline = common::now_microseconds() + longest_work;
+        : shop_{call, environment, make_scratch(), driver, {}, {}, {}} {
+        const std::uint64_t end = common::now_microseconds() + longest_work;
+        shop_.goes_on = [goes_on, end] { return common::now_microseconds() < end && goes_on(); };
     }
     ~Maker() {
         std::error_code ignored;
@@ -132,7 +133,7 @@ class Maker {
     std::string typeset_bare() {
         bare_ = typeset(shop_, "", "bare");
         if (!bare_.ended)
-            return late("it takes too long");
+            return unended(bare_);
         if (bare_.status != 0)
             return "it does not typeset without error";
         if (bare_.log.find("runsystem(") != std::string::npos ||
@@ -148,7 +149,7 @@ class Maker {
                 body_.emplace_back(path, toolhost::snapshot_stamp(path));
         const EngineRun again = typeset(shop_, "", "again");
         if (!again.ended)
-            return late("it takes too long");
+            return unended(again);
         const std::string file = different_file(bare_.output, again.output, shop_.call.job);
         if (again.status != 0 || !file.empty())
             return same_body() ? "it is different at every run: " + file : late("it has changed");
@@ -176,7 +177,7 @@ class Maker {
     std::string prove() {
         const EngineRun snap = typeset(shop_, format_, "snap");
         if (!snap.ended)
-            return late("it takes too long");
+            return unended(snap);
         if (snap.list.find("INPUT " + format_ + "/") == std::string::npos)
             return "the engine does not read it";
         std::string file = different_file(bare_.output, snap.output, shop_.call.job);
@@ -189,9 +190,12 @@ class Maker {
 
     // Returns WHY of something that says nothing about the document.
     std::string late(const std::string &why) {
-        // A document that takes too long does so each time.
-        early_ = early_ || common::now_microseconds() < shop_.deadline;
+        early_ = true;
         return why;
+    }
+    // Returns why RUN has not ended.
+    std::string unended(const EngineRun &run) {
+        return run.too_long ? "it takes too long" : late("a run was stopped");
     }
     // True when no file that the document reads has changed meanwhile.
     bool same_body() const {

@@ -174,7 +174,7 @@ class Proof : public Snapshots {
         call_.search.name = "pdflatex";
         call_.job = "doc";
         const toolhost::Variables none;
-        const Workshop shop = {call_, none, "/s", "", {}, [] { return true; }, 0, ""};
+        const Workshop shop = {call_, none, "/s", "", {}, [] { return true; }, ""};
         return find_texts(shop, first, second, "/s", &texts_);
     }
     toolhost::SnapshotTexts texts_;
