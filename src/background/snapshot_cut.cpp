@@ -119,14 +119,13 @@ class Cutter {
     std::string look_at_searches(const EngineRun &run, toolhost::SnapshotGround *ground) const {
         const toolhost::RecordedFiles recorded = toolhost::read_recorder_list(run.list);
         for (const std::string &path : recorded.read) {
-            if (path == shop_.driver || path.starts_with(shop_.scratch + "/") || path.ends_with(".fmt"))
+            if (path.starts_with(shop_.scratch + "/") || path.ends_with(".fmt"))
                 continue;
             if (is_written(path))
                 return "it reads what the run writes: " + common::leaf_of(path);
             ground->places.emplace_back(path, toolhost::snapshot_stamp(path));
         }
-        const std::string why =
-            add_searches(run.errors, shop_.call.folder, {shop_.driver, shop_.scratch + "/"}, ground);
+        const std::string why = add_searches(run.errors, shop_.call.folder, {shop_.scratch + "/"}, ground);
         if (!why.empty())
             return why;
         for (const auto &[looked, found] : ground->names)

@@ -67,7 +67,7 @@ class Maker {
   public:
     Maker(const toolhost::SnapshotCall &call, const toolhost::Variables &environment,
           const std::string &driver, const std::function<bool()> &goes_on)
-        : shop_{call, environment, make_scratch(), driver, {}, {}, {}} {
+        : shop_{call, environment, make_scratch(), {}, {}, {}, {}}, driver_(driver) {
         const std::uint64_t end = common::now_microseconds() + longest_work;
         shop_.goes_on = [goes_on, end] { return common::now_microseconds() < end && goes_on(); };
     }
@@ -82,10 +82,10 @@ class Maker {
     std::string make() {
         if (shop_.scratch.empty() || !toolhost::read_preamble(shop_.call.main, &preamble_))
             return "no snapshot: there is no preamble to read";
-        if (!note_format())
+        if (!copy_driver() || !note_format())
             return "no snapshot: the format is not found";
         note_written();
-        std::string reason = typeset_bare();
+        std::string reason = starts_programs() ? "shell escape" : typeset_bare();
         if (reason.empty())
             reason = cut();
         if (reason.empty())
@@ -96,6 +96,26 @@ class Maker {
     }
 
   private:
+    // Puts the TeX file where no character of its path means anything to TeX.
+    bool copy_driver() {
+        std::error_code error;
+        shop_.driver = shop_.scratch + "/snapshot.tex";
+        return files::copy_file(driver_, shop_.driver, error) && !error;
+    }
+
+    // True when the settings of the distribution let a document start any program.
+    bool starts_programs() const {
+        std::vector<std::string> variables;
+        for (const auto &[name, value] : shop_.environment)
+            variables.push_back(name + "=" + value);
+        const std::string value =
+            common::output_of(common::folder_above(shop_.call.search.program) + "/kpsewhich",
+                              {"-engine=" + common::leaf_of(shop_.call.search.program),
+                               "-progname=" + shop_.call.search.progname, "--var-value=shell_escape"},
+                              variables);
+        return value.starts_with('t') || value.starts_with('y') || value.starts_with('1');
+    }
+
     // Notes where the format comes from.
     bool note_format() {
         FormatPlace place;
@@ -104,11 +124,13 @@ class Maker {
         original_ = place.path;
         for (const auto &[path, stamp] : place.stamps)
             base_.places.emplace_back(path, toolhost::snapshot_stamp(path));
-        for (const std::string &path : {original_, shop_.call.search.program, shop_.driver})
+        for (const std::string &path : {original_, shop_.call.search.program, driver_})
             base_.places.emplace_back(path, toolhost::snapshot_stamp(path));
         const toolhost::LookedFor own = {shop_.call.folder,
                                          {toolhost::folded(shop_.call.search.name + ".fmt")}};
         base_.names.emplace_back(own, toolhost::found_names(own));
+        if (!base_.names.back().second.empty())
+            return false;
         toolhost::FormatCopy copy;
         if (toolhost::find_copy(shop_.call.search, shop_.environment, shop_.call.folder, &copy) ==
             toolhost::CopyState::ready)
@@ -247,7 +269,7 @@ class Maker {
 
     Workshop shop_;
     toolhost::Preamble preamble_;
-    std::string original_, format_, part_;
+    std::string driver_, original_, format_, part_;
     std::vector<std::string> written_;                      // relative to the document's folder
     std::vector<std::pair<std::string, std::string>> body_; // what the document reads, with stamps
     toolhost::SnapshotGround base_, ground_;

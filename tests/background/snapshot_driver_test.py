@@ -5,6 +5,7 @@ preamble has done.
 """
 
 import os
+import shutil
 import sys
 import unittest
 
@@ -181,6 +182,35 @@ class Driver(SnapshotTest):
         self.document(["\\newcommand\\x{y}"])
         for option in ("-shell-escape", "-synctex=1", "-output-directory=x", "-ini", "-jobname=y", "-8bit"):
             self.assertEqual(self.remember(options=(option,)), "the option " + option)
+
+    def test_a_distribution_that_starts_any_program(self):
+        self.environment["shell_escape"] = "t"
+        self.document(["\\immediate\\write18{touch started}"])
+        self.assertEqual(self.remember(), "refused: shell escape")
+        self.assertFalse(os.path.exists(os.path.join(self.work, "started")))
+
+    def test_a_format_in_the_document_s_folder(self):
+        self.document(["\\newcommand\\x{y}"])
+        self.file("pdflatex.fmt", "x", self.work)
+        self.assertEqual(self.remember(), "no snapshot: the format is not found")
+
+    def test_contents_of_files_that_are_written_again(self):
+        said = self.assert_remembered(["\\newcommand\\x{y}", "\\begin{filecontents}[overwrite]{own.txt}", "text",
+                                       "\\end{filecontents}"], "\\x\\input{own.txt}", lines=2)
+        self.assertIn("own.txt", said)
+
+    def test_an_engine_that_works_too_long_and_one_that_is_stopped(self):
+        folder = os.path.join(self.home, "bin")
+        os.makedirs(folder)
+        os.symlink(shutil.which("kpsewhich"), os.path.join(folder, "kpsewhich"))
+        self.document(["\\newcommand\\x{y}"])
+        for number, said in (("KILL", "no snapshot: ended early: a run was stopped"), ("XCPU", "refused: it takes too long")):
+            self.engine = self.file("pdftex", f"#!/bin/sh\nkill -{number} $$\n", folder, 0o755)
+            self.settle(self.engine)
+            self.tool = self.bundle("pdf" + number.lower(), self.engine, "PXET")
+            self.assertEqual(self.remember(), said)
+            self.assertEqual([name for name in os.listdir(self.snapshots) if name.endswith(".note")] != [],
+                             number == "XCPU")
 
     def test_a_document_that_is_different_at_every_run(self):
         self.document(["\\newcommand\\x{y}"], "\\the\\pdfrandomseed")
