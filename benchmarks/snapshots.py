@@ -53,14 +53,16 @@ class Snapshots:
 
     def bare(self, name):
         with open(os.path.join(self.work, "output"), "wb") as output:
-            subprocess.run(["pdflatex", name + ".tex"], cwd=self.work, stdin=subprocess.DEVNULL, stdout=output, check=True)
+            subprocess.run(["pdflatex", name + ".tex"], cwd=self.work, stdin=subprocess.DEVNULL, stdout=output,
+                           check=True)
 
     def remember(self, name):
         """Runs the document until its preamble is remembered, as it is after a few seconds of a day's work."""
         end = time.monotonic() + 120
         while time.monotonic() < end:
             self.through(name)
-            if os.path.isdir(self.snapshots) and any(entry.startswith(name + "-") for entry in os.listdir(self.snapshots)):
+            kept = os.listdir(self.snapshots) if os.path.isdir(self.snapshots) else ()
+            if any(entry.startswith(name + "-") for entry in kept):
                 return
             time.sleep(2)
         sys.exit(f"the preamble of {name}.tex was not remembered")
