@@ -80,8 +80,6 @@ bool make_room(std::uint64_t bytes) {
     return sum <= most_bytes;
 }
 
-enum class Unpacked { no, yes, ended_early };
-
 // Unpacks what is open as IN into a new file at PATH. LENGTH receives the number of bytes. The answer is "no"
 // for what gets no copy: a file that is not compressed, damaged, too large, or no format of ENGINE.
 Unpacked unpack(int in, const std::string &path, const std::string &engine,
@@ -144,6 +142,16 @@ Unpacked make_copy(const std::string &original, const std::string &stamp, const 
 }
 
 } // namespace
+
+Unpacked unpack_format(const std::string &packed, const std::string &path, const std::string &engine,
+                       const std::function<bool()> &goes_on, std::uint64_t *length) {
+    const int in = open(packed.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (in < 0)
+        return Unpacked::ended_early;
+    const Unpacked result = unpack(in, path, engine, goes_on, length);
+    close(in);
+    return result;
+}
 
 bool tidy_copies() {
     const std::string folder = toolhost::copies_folder();

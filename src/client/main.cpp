@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "client/clean_command.h"
+#include "client/clean_snapshots.h"
 #include "client/exec_command.h"
 #include "client/exec_words.h"
 #include "client/shell.h"
@@ -37,6 +38,7 @@ constexpr const char *usage =
     "quillon problems                     list the problems of the last run, FILE:LINE: KIND: TEXT\n"
     "quillon clean [--yes] [FILE]         list what the runs of a document wrote beside its output, and "
     "remove it\n"
+    "quillon clean --snapshots            forget every preamble\n"
     "quillon watch [--view] FILE          typeset a document now and whenever a file of it is saved\n"
     "quillon edit +LINE FILE              open the chosen editor at that line\n"
     "quillon quit                         quit the shell\n"
@@ -171,10 +173,12 @@ int watch(const Words &words) {
 
 // Removes what the runs of a document wrote; without a name, of the current one.
 int clean(const Words &words) {
+    if (words.size() == 2 && words[1] == "--snapshots")
+        return client::clean_snapshots();
     const bool yes = words.size() > 1 && words[1] == "--yes";
     const std::size_t name = yes ? 2 : 1;
     if (words.size() > name + 1 || (words.size() > name && words[name].starts_with('-')))
-        return say_usage("clean takes --yes and one file");
+        return say_usage("clean takes --yes and one file, or --snapshots");
     const std::string file = words.size() > name ? common::from_working_folder(words[name])
                                                  : common::expand_setting_path(common::setting("TEXFILE"), "",
                                                                                common::space_byte());

@@ -80,6 +80,10 @@ std::string transcripts_folder() {
     return cache_folder() + "/quillon";
 }
 
+std::string snapshots_folder() {
+    return transcripts_folder() + "/snapshots";
+}
+
 bool make_private_folder(const std::string &path) {
     struct stat status;
     if (!make_folders(path, 0700) || lstat(path.c_str(), &status) != 0 || !S_ISDIR(status.st_mode) ||

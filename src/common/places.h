@@ -28,6 +28,7 @@ std::string support_folder();     // data_folder()/Quillon
 std::string formats_folder();     // support_folder()/formats
 std::string temporary_folder();   // $XDG_RUNTIME_DIR/quillon, else one of the user's own in $TMPDIR or /tmp
 std::string transcripts_folder(); // cache_folder()/quillon
+std::string snapshots_folder();   // transcripts_folder()/snapshots
 
 // Makes the folder at PATH with mode 0700, and takes the rights of others away when it was there. False when
 // PATH is then no folder of this user's own, or is a symbolic link.

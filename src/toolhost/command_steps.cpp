@@ -50,6 +50,10 @@ bool Host::has_next_step(const Outcome &outcome) {
         output_ = run_->output();
         engine_problems_ = run_->problems();
         pages_ = run_->pages();
+        if (const SnapshotCall *const call = run_->to_remember())
+            to_remember_ = *call;
+        else
+            to_remember_ = {};
     } else {
         unlink(outcome.report.problems.c_str());
         problems_beside_[next_.folder + "\n" + next_.command] = run_->problems();
@@ -108,6 +112,10 @@ void Host::next_step() {
 void Host::keep_record() {
     if (!files_.read.empty())
         passes_->keep_record(files_, output_, outcome_.exit_code == 0 && !outcome_.cancelled);
+    // After a clean run the preamble is remembered for the next one, which needs the record.
+    if (!to_remember_.main.empty() && outcome_.exit_code == 0 && !outcome_.edit && !outcome_.cancelled)
+        ask_for_snapshot(bundle_.path, to_remember_);
+    to_remember_ = {};
 }
 
 } // namespace toolhost

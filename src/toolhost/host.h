@@ -108,7 +108,8 @@ class Host : public RunOwner {
     int pages_ = 0;
     std::map<std::string, ProblemList> problems_beside_; // of the last run of each command beside the engine
     RecordedFiles files_;
-    std::string output_; // what the engine made
+    SnapshotCall to_remember_; // whose preamble is to be remembered; without a document for none
+    std::string output_;       // what the engine made
     std::string engine_command_, engine_folder_;
     std::string step_says_;
     sd_event_source *step_ = nullptr;   // begins the next run of the command

@@ -250,7 +250,9 @@ bool Run::launch(const std::string &program, int slave) {
     Variables environment = run_environment(bundle_, engine_.words, engine_.space, delimiter_);
     search_sources(environment);
     if (is_engine_) {
+        look_for_snapshot(launch, environment);
         offer_formats(program, environment);
+        offer_found_snapshot(environment);
         ask_for_list(launch);
     }
     if (!note_.mark.empty())
@@ -364,6 +366,16 @@ bool Run::has_unread() const {
 }
 
 void Run::take_output(std::string_view bytes) {
+    if (!snapshot_output_.looks()) {
+        pass_output(bytes);
+        return;
+    }
+    const std::string whole = snapshot_output_.take(bytes);
+    if (!whole.empty())
+        pass_output(whole);
+}
+
+void Run::pass_output(std::string_view bytes) {
     may_wait_ = false;
     open_line_ = bytes.back() != '\n';
     set_waiting(false);
@@ -405,6 +417,9 @@ void Run::look_for_prompt() {
         watch_prompt(second_look);
         return;
     }
+    if (may_wait && snapshot_output_.looks())
+        if (const std::string held = snapshot_output_.finish(); !held.empty())
+            pass_output(held);
     if (waits && cancelled_) {
         stop_at_prompt();
         return;

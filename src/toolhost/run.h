@@ -20,6 +20,7 @@
 #include "toolhost/results.h"
 #include "toolhost/run_parser.h"
 #include "toolhost/run_report.h"
+#include "toolhost/snapshot_use.h"
 #include "toolhost/transcript.h"
 
 namespace toolhost {
@@ -97,6 +98,8 @@ class Run {
     const std::string &output() const { return output_path_; }
     // Returns the command line as it was given.
     const std::string &command() const { return command_; }
+    // Returns the call whose preamble could be remembered and is not, null when there is none.
+    const SnapshotCall *to_remember() const { return to_remember_ ? &snapshot_call_ : nullptr; }
 
   private:
     bool prepare(std::vector<std::string> words, const std::string &folder);
@@ -107,6 +110,10 @@ class Run {
     bool launch(const std::string &program, int slave);
     void offer_formats(const std::string &program, Variables &environment);
     void settle_formats();
+    void look_for_snapshot(const Launch &launch, const Variables &environment);
+    void offer_found_snapshot(Variables &environment) const;
+    void settle_snapshot();
+    void say_of_snapshot(const std::string &what);
     void choose_program();
     void fail(const std::string &reason);
     bool read_terminal();
@@ -115,6 +122,7 @@ class Run {
     void await_echo();
     bool has_unread() const;
     void take_output(std::string_view bytes);
+    void pass_output(std::string_view bytes);
     void watch_prompt(std::uint64_t milliseconds);
     void look_for_prompt();
     void set_waiting(bool waiting);
@@ -150,6 +158,10 @@ class Run {
     RecordedFiles recorded_;
     std::vector<FormatCopy> copies_;          // that the engine was offered
     std::vector<FormatSearch> copies_to_ask_; // for searches of which nothing is known
+    SnapshotCall snapshot_call_;
+    Snapshot snapshot_; // that the engine was offered; its folder is empty for none
+    SnapshotTexts snapshot_texts_;
+    SnapshotOutput snapshot_output_;
     std::unique_ptr<RunParser> parser_;
     std::unique_ptr<CompanionReader> companion_; // for BibTeX and MakeIndex
     PromptWatch prompt_;
@@ -181,6 +193,7 @@ class Run {
     bool cancelled_ = false;
     bool ended_ = false;
     bool told_to_stop_ = false;
+    bool to_remember_ = false; // the call of the snapshot that there is none of
 };
 
 } // namespace toolhost

@@ -118,6 +118,7 @@ void Run::finish() {
     }
     while (terminal_source_ && read_terminal()) {
     }
+    settle_snapshot();
     ended_ = true;
     waiting_ = false;
     if (parser_)

@@ -110,8 +110,16 @@ class Clean(HomeTest):
         self.file("new.tex", "x")
         self.assertEqual(self.clean("--yes", "new.tex"), [f"There is nothing to remove for {self.work}/new.tex."])
 
+    def test_every_preamble_is_forgotten(self):
+        folder = os.path.join(self.environment["XDG_CACHE_HOME"], "quillon", "snapshots")
+        self.assertEqual(self.clean("--snapshots"), ["Removed 0 snapshots of preambles."])
+        self.file("doc-1/pdflatex.fmt", "x", folder)
+        self.file("0.note", "x", folder)
+        self.assertEqual(self.clean("--snapshots"), ["Removed 1 snapshot of preambles."])
+        self.assertEqual(os.listdir(folder), [])
+
     def test_words_that_are_not_understood(self):
-        for words in (("--no",), ("--yes", "a", "b"), ("a", "--yes")):
+        for words in (("--snapshots", "a"), ("--no",), ("--yes", "a", "b"), ("a", "--yes")):
             self.assertEqual(self.run_program(QUILLON, "clean", *words).returncode, 64)
 
 

@@ -88,7 +88,7 @@ class Completion(ServiceTest):
         self.assertEqual(self.offered("--headless", "--script", "p"), ["paper.tex"])
         self.assertEqual(self.offered("quit", ""), [])
         self.assertEqual(self.offered("problems", ""), [])
-        self.assertEqual(self.offered("clean", "-"), ["--yes"])
+        self.assertEqual(self.offered("clean", "-"), ["--snapshots", "--yes"])
         self.assertEqual(self.offered("clean", "p"), ["paper.tex"])
         self.assertEqual(self.offered("watch", "-"), ["--view"])
         self.assertEqual(self.offered("watch", "p"), ["paper.tex"])

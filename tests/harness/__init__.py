@@ -10,8 +10,9 @@ from harness.bus import MAIN_LOOP, ServiceTest, code, plain, typed
 from harness.display import DesktopTest
 from harness.home import BINARIES, BUILD, FAKES, HomeTest, program_of
 from harness.processes import alive, stop, wait_until
+from harness.snapshots import COMMAND, BACKGROUND, ENGINE, SnapshotTest
 from harness.tool_host import APP, PATH, TOOL, HostTest, log_of
 from harness.wayland import WaylandTest
 
-__all__ = ["APP", "BINARIES", "BUILD", "FAKES", "HELPERS", "MAIN_LOOP", "PATH", "TOOL",
-           "Applications", "DesktopTest", "HomeTest", "HostTest", "ServiceTest", "WaylandTest", "alive", "code", "log_of", "plain", "program_of", "stop", "typed", "wait_until"]
+__all__ = ["APP", "BACKGROUND", "BINARIES", "COMMAND", "ENGINE", "BUILD", "FAKES", "HELPERS", "MAIN_LOOP", "PATH", "TOOL",
+           "Applications", "DesktopTest", "HomeTest", "HostTest", "ServiceTest", "SnapshotTest", "WaylandTest", "alive", "code", "log_of", "plain", "program_of", "stop", "typed", "wait_until"]

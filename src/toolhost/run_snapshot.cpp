@@ -1,0 +1,58 @@
+// What a run has to do with the snapshot of its document's preamble.
+#include "common/preferences.h"
+#include "toolhost/guard.h"
+#include "toolhost/run.h"
+
+namespace toolhost {
+
+// Looks for the snapshot of what LAUNCH starts in ENVIRONMENT, which has no copies of formats yet.
+void Run::look_for_snapshot(const Launch &launch, const Variables &environment) {
+    if (!common::setting("SNAPSHOT").starts_with('1') ||
+        (bundle_.signature != "PXET" && bundle_.signature != "PxET"))
+        return;
+    Preamble preamble;
+    if (!read_preamble(main_, &preamble))
+        return;
+    std::string why = fill_call(launch.program, launch.words, engine_.folder, main_, &snapshot_call_);
+    Snapshot found;
+    const SnapshotState state =
+        why.empty() ? find_snapshot(snapshot_call_, environment, &found) : SnapshotState::refused;
+    if (state == SnapshotState::ready && read_texts(found, &snapshot_texts_)) {
+        snapshot_ = found;
+        snapshot_output_.begin(snapshot_texts_);
+        return;
+    }
+    to_remember_ = state != SnapshotState::refused;
+    say_of_snapshot(to_remember_ ? "The preamble is executed; it is not remembered yet."
+                                 : "The preamble is executed: " + (why.empty() ? found.reason : why) + ".");
+}
+
+void Run::offer_found_snapshot(Variables &environment) const {
+    if (!snapshot_.folder.empty())
+        offer_snapshot(snapshot_, environment);
+}
+
+// Tells the person who wants to see such lines.
+void Run::say_of_snapshot(const std::string &what) {
+    if (!common::setting("DEBUG").starts_with('1'))
+        return;
+    const std::string line = what + "\n";
+    transcript_.write(line);
+    owner_.run_printed(line);
+}
+
+// Completes what the run has left, as if the engine had executed the preamble. A snapshot that had gone when
+// the engine looked for it leaves a log and a list that are whole already.
+void Run::settle_snapshot() {
+    if (snapshot_.folder.empty())
+        return;
+    if (const std::string held = snapshot_output_.finish(); !held.empty())
+        pass_output(held);
+    complete_log(output_stem(engine_) + ".log", snapshot_texts_);
+    const bool used = complete_list(recorder_file(engine_, *parser_), snapshot_, snapshot_texts_);
+    to_remember_ = !used;
+    say_of_snapshot(used ? "The preamble was remembered."
+                         : "The preamble was executed: its snapshot has gone.");
+}
+
+} // namespace toolhost
