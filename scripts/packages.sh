@@ -7,7 +7,7 @@ packages_of() {
     case $1 in
     build) echo "cmake ninja-build g++ pkg-config libsystemd-dev zlib1g-dev qt6-base-dev qt6-base-private-dev libwayland-dev wayland-protocols libxcb1-dev libxcb-res0-dev librsvg2-bin libgtest-dev" ;;
     run) echo "dbus qt6-qpa-plugins texlive-binaries texlive-latex-base texlive-metapost ghostscript" ;;
-    test) echo "dbus xvfb openbox xdotool x11-utils imagemagick python3 python3-dbus python3-gi zathura vim-gtk3 geany mousepad emacs-lucid nano xterm clang-format poppler-utils libglib2.0-bin systemd at-spi2-core gir1.2-atspi-2.0 sway qt6-wayland wtype foot dpkg-dev lintian desktop-file-utils appstream man-db bash-completion make biber texlive-bibtex-extra texlive-latex-recommended texlive-xetex" ;;
+    test) echo "dbus xvfb openbox xdotool x11-utils imagemagick python3 python3-dbus python3-gi zathura qpdfview qpdfview-pdf-poppler-plugin vim-gtk3 geany mousepad emacs-lucid nano xterm clang-format poppler-utils libglib2.0-bin systemd at-spi2-core gir1.2-atspi-2.0 sway qt6-wayland wtype foot dpkg-dev lintian desktop-file-utils appstream man-db bash-completion make biber texlive-bibtex-extra texlive-latex-recommended texlive-xetex" ;;
     bench) echo "libx11-dev libxdamage-dev" ;;
     esac
 }

@@ -1,31 +1,17 @@
 #include "client/clean_command.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
+#include <string>
 #include <unistd.h>
+#include <vector>
 
-#include "common/document_record.h"
-#include "common/host_files.h"
-#include "common/path_forms.h"
-#include "common/trash.h"
+#include "common/clean.h"
 
 namespace client {
 
 namespace {
-
-bool holds(const std::vector<std::string> &paths, const std::string &path) {
-    return std::find(paths.begin(), paths.end(), path) != paths.end();
-}
-
-// Returns PATH without its extension.
-std::string stem_of(const std::string &path) {
-    const std::size_t dot = path.rfind('.'), slash = path.rfind('/');
-    return dot == std::string::npos || (slash != std::string::npos && dot < slash) ? path
-                                                                                   : path.substr(0, dot);
-}
 
 // Asks at the terminal. Without one nobody says yes.
 bool person_agrees(std::size_t count) {
@@ -38,8 +24,7 @@ bool person_agrees(std::size_t count) {
 }
 
 bool remove(const std::string &path) {
-    const bool desktop = std::getenv("DISPLAY") || std::getenv("WAYLAND_DISPLAY");
-    if ((desktop && common::move_to_trash(path)) || unlink(path.c_str()) == 0)
+    if (common::discard(path))
         return true;
     std::fprintf(stderr, "quillon: %s: %s\n", path.c_str(), std::strerror(errno));
     return false;
@@ -47,25 +32,8 @@ bool remove(const std::string &path) {
 
 } // namespace
 
-std::vector<std::string> files_to_clean(const std::string &main) {
-    const common::DocumentRecord record = common::read_document_record(main);
-    std::vector<std::string> stems;
-    for (const std::string &output : record.outputs)
-        stems.push_back(stem_of(output));
-    std::vector<std::string> files;
-    for (const std::string &path : record.written) {
-        // What a run reads before it writes it may have been the person's own.
-        const bool own =
-            holds(record.carried, path) && !holds(stems, stem_of(path)) && !path.ends_with(".aux");
-        if (path != main && !own && !holds(record.outputs, path) && !holds(files, path) &&
-            common::is_regular_file(path))
-            files.push_back(path);
-    }
-    return files;
-}
-
 int clean(const std::string &main, bool yes) {
-    const std::vector<std::string> files = files_to_clean(main);
+    const std::vector<std::string> files = common::files_to_clean(main).files;
     if (files.empty()) {
         std::printf("There is nothing to remove for %s.\n", main.c_str());
         return 0;

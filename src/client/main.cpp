@@ -12,6 +12,8 @@
 #include "client/shell.h"
 #include "client/shell_calls.h"
 #include "client/start.h"
+#include "client/watch_command.h"
+#include "common/host_files.h"
 #include "common/path_forms.h"
 #include "common/places.h"
 #include "common/preferences.h"
@@ -37,6 +39,7 @@ constexpr const char *usage =
     "quillon clean [--yes] [FILE]         list what the runs of a document wrote beside its output, and "
     "remove it\n"
     "quillon clean --snapshots            forget every preamble\n"
+    "quillon watch [--view] FILE          typeset a document now and whenever a file of it is saved\n"
     "quillon edit +LINE FILE              open the chosen editor at that line\n"
     "quillon quit                         quit the shell\n"
     "quillon --headless [--script FILE]   a shell without a display; FILE may be - for the standard input\n"
@@ -143,7 +146,27 @@ int problems(const Words &words) {
     if (words.size() != 1)
         return say_usage("problems takes nothing more");
     sd_bus *const bus = common::open_session_bus();
-    const int status = bus && client::shell_runs(bus) ? client::list_problems(bus) : client::no_shell();
+    const int status = bus && client::shell_runs(bus) ? client::list_problems({bus, common::shell_name})
+                                                      : client::no_shell();
+    sd_bus_flush_close_unref(bus);
+    return status;
+}
+
+int watch(const Words &words) {
+    const bool view = words.size() > 1 && words[1] == "--view";
+    const std::size_t name = view ? 2 : 1;
+    if (words.size() != name + 1 || words[name].starts_with('-'))
+        return say_usage("watch takes --view and one file");
+    const std::string file = common::from_working_folder(words[name]);
+    if (!common::is_regular_file(file)) {
+        std::fprintf(stderr, "quillon: there is no file %s\n", words[name].c_str());
+        return 1;
+    }
+    client::ensure_preferences(false);
+    sd_bus *const bus = common::open_session_bus();
+    if (!bus)
+        return client::become(common::own_program(), words, true);
+    const int status = client::watch(bus, file, view);
     sd_bus_flush_close_unref(bus);
     return status;
 }
@@ -196,6 +219,8 @@ int main(int count, char **values) {
         return ask_shell(words);
     if (first == "problems")
         return problems(words);
+    if (first == "watch")
+        return watch(words);
     if (first == "clean")
         return clean(words);
     if (first == "quit")

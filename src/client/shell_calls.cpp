@@ -136,11 +136,11 @@ int list_formats(const Shell &shell) {
     return status;
 }
 
-int list_problems(sd_bus *bus) {
+int list_problems(const Shell &shell) {
     sd_bus_error error = SD_BUS_ERROR_NULL;
     sd_bus_message *reply = nullptr;
-    const int result =
-        sd_bus_call_method(bus, shell_name, shell_path, shell_interface, "Problems", &error, &reply, "");
+    const int result = sd_bus_call_method(shell.bus, shell.name.c_str(), shell_path, shell_interface,
+                                          "Problems", &error, &reply, "");
     const int status = result < 0 ? say_error(error) : 0;
     const char *file = nullptr, *kind = nullptr, *text = nullptr;
     std::uint32_t line = 0;

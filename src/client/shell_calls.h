@@ -26,8 +26,8 @@ int locate(const Shell &shell, const char *name);
 int find(const Shell &shell, const char *name);
 // Prints the formats.
 int list_formats(const Shell &shell);
-// Prints the problems of the last run of the shell that runs, a line each: FILE:LINE: KIND: TEXT.
-int list_problems(sd_bus *bus);
+// Prints the problems of its last run, a line each: FILE:LINE: KIND: TEXT.
+int list_problems(const Shell &shell);
 // Tells the shell that runs to quit, and waits until it has left the bus, at most 30 seconds.
 int quit_shell(sd_bus *bus);
 // Says that no shell runs, and returns 69.

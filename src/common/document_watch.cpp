@@ -247,7 +247,7 @@ void DocumentWatch::run_begins() {
         was_saved(path, false);
     touched_.clear();
     runs_ = true;
-    clock_gettime(CLOCK_REALTIME_COARSE, &run_began_);
+    clock_gettime(CLOCK_REALTIME, &run_began_);
 }
 
 bool DocumentWatch::run_ended(const std::string &main, std::string *problem) {
@@ -264,9 +264,10 @@ bool DocumentWatch::run_ended(const std::string &main, std::string *problem) {
     touched_.clear();
     std::string changed;
     for (const auto &[path, file] : files_) {
-        // A file that only this run has told of may have been saved after the run had read it.
+        // A file that only this run has told of may have been saved after the run had read it. The times of
+        // files may lag behind by some milliseconds; no engine has read a file that early.
         const bool is_new = other || !known.contains(path);
-        if (is_new ? file.state.exists && !is_before(file.state.time, run_began_)
+        if (is_new ? file.state.exists && is_before(run_began_, file.state.time)
                    : touched.contains(path) && was_saved(path, true))
             changed = path;
     }

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <ctime>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "common/path_forms.h"
@@ -14,6 +15,15 @@ namespace common {
 namespace {
 
 constexpr int most_names = 1000; // of one file
+
+std::string trash_folder() {
+    return data_folder() + "/Trash";
+}
+
+bool make_trash(const std::string &trash) {
+    return make_private_folder(trash) && make_private_folder(trash + "/files") &&
+           make_private_folder(trash + "/info");
+}
 
 // Makes the note of a file in the trash, which reserves NAME there. False with errno set when there is one.
 bool reserve(const std::string &note, const std::string &path) {
@@ -37,10 +47,17 @@ bool reserve(const std::string &note, const std::string &path) {
 
 } // namespace
 
+bool trash_takes(const std::string &path) {
+    const std::string trash = trash_folder();
+    struct stat file, place;
+    return make_trash(trash) && lstat(path.c_str(), &file) == 0 &&
+           stat((trash + "/files").c_str(), &place) == 0 && file.st_dev == place.st_dev &&
+           access((trash + "/files").c_str(), W_OK) == 0 && access((trash + "/info").c_str(), W_OK) == 0;
+}
+
 bool move_to_trash(const std::string &path) {
-    const std::string trash = data_folder() + "/Trash", leaf = leaf_of(path);
-    if (!make_private_folder(trash) || !make_private_folder(trash + "/files") ||
-        !make_private_folder(trash + "/info"))
+    const std::string trash = trash_folder(), leaf = leaf_of(path);
+    if (!make_trash(trash))
         return false;
     for (int number = 1; number <= most_names; number++) {
         const std::string name = number == 1 ? leaf : leaf + "." + std::to_string(number);

@@ -9,7 +9,7 @@ std::vector<ViewerRow> ParseViewerRows(std::string_view text) {
     for (std::vector<Words> &fields : ParseTable(text)) {
         if (fields.size() < 3)
             continue;
-        fields.resize(6);
+        fields.resize(7);
         ViewerRow row;
         row.programs = fields[0];
         row.desktop_ids = fields[1];
@@ -27,6 +27,8 @@ std::vector<ViewerRow> ParseViewerRows(std::string_view text) {
                 row.evince.push_back(flag.substr(evince.size()));
         if (!HoldsCode(row.show, 'd') && !HoldsCode(row.show, 'u'))
             row.show.push_back("%d");
+        if (fields[6].size() >= 4)
+            row.reverse = fields[6];
         rows.push_back(std::move(row));
     }
     return rows;

@@ -9,6 +9,10 @@
 //   presents      when it is started once more its window comes forward
 //   zathura       it is told a source line over the bus as zathura is
 //   evince=NAME   it is told a source line over the bus as Evince is; its bus names begin with NAME
+//
+// A viewer that keeps the command for its reverse search in a settings file has a further field: "kde" or
+// "toolkit" for the form of the file, its path below the folder of settings, the group, and KEY=VALUE for
+// each line. In the values %e is the command, %q a double quote and %% a per cent sign.
 #ifndef QUILLON_COMMON_VIEWERS_TABLE_H
 #define QUILLON_COMMON_VIEWERS_TABLE_H
 
@@ -21,6 +25,7 @@ struct ViewerRow : ApplicationNames {
     bool single = false, presents = false, zathura = false;
     int reread_signal = 0; // 0 for none
     Words evince;          // the beginnings of bus names
+    Words reverse;         // the further field; empty, or four words at least
 };
 
 // Returns the rows of TEXT. One with fewer than three fields gives no row.

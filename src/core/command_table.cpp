@@ -4,6 +4,7 @@
 
 #include "core/commands.h"
 #include "jobs/builds.h"
+#include "jobs/forward_search.h"
 #include "jobs/problem_steps.h"
 #include "menus/formats.h"
 #include "menus/tools.h"
@@ -93,6 +94,9 @@ const Command command_table[] = {
     action(menu_file, file_save_console, "Save Console As...", 'S', command_save_console),
     separator(menu_file, 19),
     action(menu_file, file_quit, "Quit", 'Q', command_quit),
+    separator(menu_file, 21),
+    action(menu_file, file_clean, "Clean...", 0, command_clean, has_tex_file),
+    action(menu_file, file_show, "Show in Viewer", 'J', command_show, has_shown_output),
 
     any_item(menu_format, DoFormat),
 
@@ -208,6 +212,7 @@ const char *why_grey(const Command &row) {
         {has_bib_file, "There is no .aux file beside the current document."},
         {has_dvi_file, "There is no DVI file beside the current document."},
         {has_ps_file, "There is no PostScript file beside the current document."},
+        {has_shown_output, "There is neither a PDF nor a DVI file beside the current document."},
         {has_problems, "The last run has no problems, or none of the kinds that are shown."},
         {has_pdf_file, "There is no PDF file beside the current document."},
     };

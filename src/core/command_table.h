@@ -43,6 +43,8 @@ enum : std::int16_t {
     file_view_pdf = 16,
     file_save_console = 18,
     file_quit = 20,
+    file_clean = 22,
+    file_show = 23,
 
     options_formats = 1,
     options_use_tex = 2,

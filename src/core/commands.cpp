@@ -6,6 +6,7 @@
 #include "console/window.h"
 #include "core/command_table.h"
 #include "dialogs/applications.h"
+#include "dialogs/clean.h"
 #include "dialogs/command_line.h"
 #include "dialogs/dvips.h"
 #include "dialogs/message_windows.h"
@@ -14,6 +15,7 @@
 #include "files/signatures.h"
 #include "files/streams.h"
 #include "front/front.h"
+#include "jobs/forward_search.h"
 #include "jobs/problem_steps.h"
 #include "jobs/tex_runs.h"
 #include "menus/formats.h"
@@ -117,6 +119,14 @@ void command_view_ps(std::int16_t) {
 
 void command_view_pdf(std::int16_t) {
     ViewPdf();
+}
+
+void command_show(std::int16_t) {
+    ShowInViewer();
+}
+
+void command_clean(std::int16_t) {
+    CleanDocument();
 }
 
 void command_save_console(std::int16_t) {

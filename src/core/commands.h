@@ -37,6 +37,9 @@ void command_previous_problem(std::int16_t item);
 void command_view_dvi(std::int16_t item);
 void command_view_ps(std::int16_t item);
 void command_view_pdf(std::int16_t item);
+// Show the place that was edited last in the viewer, and the window for what the document's runs wrote.
+void command_show(std::int16_t item);
+void command_clean(std::int16_t item);
 // Asks for a file and writes the console's text into it.
 void command_save_console(std::int16_t item);
 // Stores the recent files and lets the event loop end the program.

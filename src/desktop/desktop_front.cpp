@@ -256,6 +256,7 @@ constexpr Front desktop_front = {
     .set_control_value = set_control_value,
     .control_value = control_value,
     .select_control = select_control,
+    .add_list_row = add_list_row,
     .control_bounds = control_bounds,
     .navigate = navigate,
     .text_attach = text_attach,

@@ -4,11 +4,13 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QHash>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLayout>
 #include <QLineEdit>
 #include <QMouseEvent>
 #include <QPushButton>
+#include <QTreeWidget>
 #include <QWindow>
 #include <algorithm>
 #include <cstring>
@@ -51,6 +53,9 @@ class DesktopDialog : public QDialog, public Dialog {
     // Null when the window has no control of that number.
     Control *control(std::int16_t number);
     void set_text(Control &control, const char *text, bool shortened);
+    // The window's list, and its row whose control has that number; null when there is none.
+    QTreeWidget *list() const { return findChild<QTreeWidget *>(); }
+    QTreeWidgetItem *row(std::int16_t number) const;
     void serve();
     // Escape, the close button, and the end of the shell.
     void reject() override;
@@ -96,6 +101,12 @@ void DesktopDialog::add_control(QWidget *widget, std::int16_t number) {
         display->installEventFilter(this);
         set_text(control, "", false);
     }
+    if (auto *const tree = qobject_cast<QTreeWidget *>(widget)) {
+        tree->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+        tree->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
+        tree->header()->setStretchLastSection(false);
+        tree->headerItem()->setTextAlignment(1, Qt::AlignTrailing | Qt::AlignVCenter);
+    }
     auto *const button = qobject_cast<QAbstractButton *>(widget);
     if (button && !qobject_cast<QCheckBox *>(button))
         connect(button, &QAbstractButton::clicked, this, [this, number] { hit_control(this, number); });
@@ -121,13 +132,18 @@ void DesktopDialog::fit() {
         return;
     const QSize wanted = layout()->totalSizeHint();
     setMinimumSize(wanted);
-    setMaximumHeight(wanted.height());
+    if (!list())
+        setMaximumHeight(wanted.height());
     resize(wanted);
 }
 
 Control *DesktopDialog::control(std::int16_t number) {
     const auto found = controls_.find(number);
     return found == controls_.end() ? nullptr : &*found;
+}
+
+QTreeWidgetItem *DesktopDialog::row(std::int16_t number) const {
+    return list() ? list()->topLevelItem(number - first_list_row) : nullptr;
 }
 
 void DesktopDialog::set_text(Control &control, const char *text, bool shortened) {
@@ -288,11 +304,28 @@ int control_text(Dialog *dialog, std::int16_t control, BoundedBuffer &text) {
 void set_control_value(Dialog *dialog, std::int16_t control, int value) {
     if (auto *const box = widget_of<QCheckBox>(dialog, control))
         box->setChecked(value != 0);
+    else if (auto *const row = own(dialog)->row(control))
+        row->setCheckState(0, value != 0 ? Qt::Checked : Qt::Unchecked);
 }
 
 int control_value(Dialog *dialog, std::int16_t control) {
+    if (const auto *const row = own(dialog)->row(control))
+        return row->checkState(0) == Qt::Checked;
     const auto *const box = widget_of<QCheckBox>(dialog, control);
     return box && box->isChecked();
+}
+
+void add_list_row(Dialog *dialog, std::int16_t list, const char *text, const char *remark) {
+    auto *const tree = widget_of<QTreeWidget>(dialog, list);
+    if (!tree)
+        return;
+    const QString shown = shown_text(text, std::strlen(text), ' ');
+    auto *const row = new QTreeWidgetItem(tree, {shown, QString::fromUtf8(remark)});
+    row->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable);
+    row->setToolTip(0, Qt::mightBeRichText(shown) ? "<span>" + shown.toHtmlEscaped() + "</span>" : shown);
+    row->setTextAlignment(1, Qt::AlignTrailing | Qt::AlignVCenter);
+    if (!tree->currentItem())
+        tree->setCurrentItem(row);
 }
 
 void select_control(Dialog *dialog, std::int16_t control) {

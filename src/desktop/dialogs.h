@@ -21,6 +21,7 @@ void set_control_text(Dialog *dialog, std::int16_t control, const char *text, in
 int control_text(Dialog *dialog, std::int16_t control, BoundedBuffer &text);
 void set_control_value(Dialog *dialog, std::int16_t control, int value);
 int control_value(Dialog *dialog, std::int16_t control);
+void add_list_row(Dialog *dialog, std::int16_t list, const char *text, const char *remark);
 void select_control(Dialog *dialog, std::int16_t control);
 int control_bounds(Dialog *dialog, std::int16_t control, Rect *bounds);
 

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "dialogs/applications.h"
+#include "dialogs/clean.h"
 #include "dialogs/command_line.h"
 #include "dialogs/dvips.h"
 #include "dialogs/options.h"
@@ -29,6 +30,7 @@ const DialogRow dialog_rows[] = {
     {dialog_bibtex8, "bibtex8 options", {{3, 256}, {4, 256}}, accept_bibtex8, nullptr},
     {dialog_pdftex, "pdftex options", {{4, 256}}, accept_pdftex, nullptr},
     {dialog_package, "package manual", {{3, 100}}, accept_package, nullptr},
+    {dialog_clean, "clean", {}, accept_clean, tick_all_or_none},
     {dialog_command_key, "cmdkey", {{3, 500}}, nullptr, nullptr},
 };
 const int dialog_row_count = sizeof dialog_rows / sizeof dialog_rows[0];

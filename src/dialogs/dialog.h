@@ -24,6 +24,7 @@ enum DialogNumber : std::int32_t {
     dialog_bibtex8 = 142,
     dialog_pdftex = 143,
     dialog_package = 301,
+    dialog_clean = 302,
     dialog_command_key = 500,
 };
 

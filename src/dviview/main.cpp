@@ -69,9 +69,11 @@ std::int32_t show_documents(const common::Parameters &parameters, const char *se
     for (const common::Parameter &item :
          direct->type == "list" ? direct->items : common::Parameters{*direct}) {
         std::string problem;
+        helpers::Showing showing;
+        showing.asked = false;
         if (item.type != "fss " || !item.bytes.starts_with('/'))
             return quillon::errAECoercionFail;
-        if (!helpers::show_dvi(item.bytes, false, problem))
+        if (!helpers::show_dvi(item.bytes, showing, problem))
             report(sender, problem);
         // The token of this process's start was for the first document.
         common::forget_own_token();

@@ -12,6 +12,7 @@
 #include "jobs/tex_runs.h"
 #include "menus/menus.h"
 #include "menus/recent_files.h"
+#include "settings/settings.h"
 #include "state/job_scope.h"
 #include "state/job_state.h"
 #include "tools/problems.h"
@@ -180,8 +181,8 @@ static std::uint8_t wish(const AppleEvent *event, OSType keyword, std::uint8_t o
 }
 
 // Puts into the reply what a client is told beyond the status: the tool's exit code and the run's first
-// error.
-static void put_result(AppleEvent *reply) {
+// error; for a document also the file that was typeset.
+static void put_result(AppleEvent *reply, int is_document) {
     BoundedString<1024> posix_path;
     BoundedString<256> summary;
     if (!expects_reply(reply))
@@ -191,11 +192,27 @@ static void put_result(AppleEvent *reply) {
         put_text(reply, four("summ"), summary.c_str());
     const std::int32_t code = exit_status == 0 || job_exit_code == 0 ? exit_status : job_exit_code;
     AEPutParamPtr(reply, four("code"), typeLongInteger, &code, sizeof code);
+    if (const char *const document = is_document ? get_str_resource("TEXFILE") : nullptr)
+        put_text(reply, four("docm"), UnixFileToPosixFile(document, posix_path));
     if (job_error_file.empty())
         return;
     put_text(reply, four("errf"), UnixFileToPosixFile(job_error_file.c_str(), posix_path));
     put_text(reply, four("errm"), job_error_message.c_str());
     AEPutParamPtr(reply, four("errl"), typeLongInteger, &job_error_line, sizeof job_error_line);
+}
+
+// Typesets a document for a client as "Typeset" does.
+static void typeset_document(FSSpec *document) {
+    const JobScope scope;
+    job_outcome = job_not_run;
+    exit_status = 0;
+    BoundedString<1024> path;
+    if (!unix_path_of(document, path))
+        refuse_document(document);
+    else if (usePdfTeX)
+        DoRecentPdfTeX(path.c_str());
+    else
+        DoRecentTeX(path.c_str());
 }
 
 OSErr HandleAppleScript(const AppleEvent *event, AppleEvent *reply, std::int32_t) {
@@ -208,6 +225,9 @@ OSErr HandleAppleScript(const AppleEvent *event, AppleEvent *reply, std::int32_t
     const std::uint8_t views = wish(event, four("view"), !nobody_answers),
                        edits = wish(event, four("edit"), 1);
     const std::uint8_t wants_result = wish(event, four("rslt"), 0);
+    FSSpec document = {};
+    const int is_document =
+        AEGetParamPtr(event, four("docm"), typeFSS, &document, sizeof document, nullptr) == noErr;
     if ((error = RequiredCheck(event)) != noErr) {
         ml_printf("I missed something.\n");
         return error;
@@ -216,12 +236,15 @@ OSErr HandleAppleScript(const AppleEvent *event, AppleEvent *reply, std::int32_t
     job_edits = edits;
     job_error_file.clear();
     job_exit_code = 0;
-    DoAppleScript();
+    if (is_document)
+        typeset_document(&document);
+    else
+        DoAppleScript();
     job_views = !nobody_answers;
     job_edits = 1;
     tell_outcome();
     if (wants_result)
-        put_result(reply);
+        put_result(reply, is_document);
     if (expects_reply(reply))
         AEPutParamPtr(reply, keyDirectObject, typeLongInteger, &exit_status, sizeof exit_status);
     return noErr;

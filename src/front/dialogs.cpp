@@ -70,6 +70,14 @@ const DialogControl dialog_controls[] = {
     {"package manual", 2, button_control},
     {"package manual", 3, text_control},
 
+    {"clean", 1, button_control},
+    {"clean", 2, button_control},
+    {"clean", 3, button_control},
+    {"clean", 4, button_control},
+    {"clean", 5, display_control},
+    {"clean", 6, display_control},
+    {"clean", 7, list_control},
+
     {"about box", 1, button_control},
     {"Quit", 1, button_control},
     {"ConfirmDelete", 1, button_control},
@@ -85,6 +93,12 @@ ControlKind kind_of_control(const char *window, std::int16_t control) {
         if (std::strcmp(row.window, window) == 0 && row.control == control)
             return row.kind;
     return no_control;
+}
+
+ControlKind kind_in(const Dialog *dialog, std::int16_t control) {
+    if (control >= first_list_row && control < first_list_row + dialog->list_rows)
+        return check_control;
+    return kind_of_control(dialog->name, control);
 }
 
 int is_dialog(const char *window) {
@@ -155,7 +169,7 @@ void HideSheetWindow(DialogRef window) {
 static int has_control(DialogRef window, std::int16_t control, ControlKind one, ControlKind other) {
     if (!window)
         return 0;
-    const ControlKind kind = kind_of_control(window->name, control);
+    const ControlKind kind = kind_in(window, control);
     return kind == one || kind == other;
 }
 
@@ -183,6 +197,15 @@ void SetControlValue(DialogRef window, std::int16_t control, int value) {
 int GetControlValue(DialogRef window, std::int16_t control) {
     return has_control(window, control, check_control, check_control) ? front->control_value(window, control)
                                                                       : 0;
+}
+
+int AddListRow(DialogRef window, std::int16_t list, const char *text, const char *remark, int ticked) {
+    if (!has_control(window, list, list_control, list_control) || window->list_rows == most_list_rows)
+        return 0;
+    const auto row = static_cast<std::int16_t>(first_list_row + window->list_rows++);
+    front->add_list_row(window, list, text, remark);
+    front->set_control_value(window, row, ticked);
+    return 1;
 }
 
 void SelectControlText(DialogRef window, std::int16_t control) {

@@ -6,7 +6,7 @@
 
 namespace quillon {
 
-enum ControlKind { no_control, button_control, text_control, check_control, display_control };
+enum ControlKind { no_control, button_control, text_control, check_control, display_control, list_control };
 
 // A row for each control of each window. A window without controls has one row of the kind no_control. The
 // Designer file of the window (resources/) holds the same numbers; a test compares them.
@@ -28,7 +28,11 @@ struct Dialog {
     const char *name = nullptr; // that of its rows in the table
     std::int32_t number = 0;    // the reference constant
     DialogHandler handler = nullptr;
+    std::int16_t list_rows = 0;
 };
+
+// The kind of a control of the window, the rows of its list among them.
+ControlKind kind_in(const Dialog *dialog, std::int16_t control);
 
 // Tells the window's handler that the control was hit.
 void hit_control(Dialog *dialog, std::int16_t control);

@@ -66,6 +66,8 @@ struct Front {
     void (*set_control_value)(Dialog *dialog, std::int16_t control, int value);
     int (*control_value)(Dialog *dialog, std::int16_t control);
     void (*select_control)(Dialog *dialog, std::int16_t control);
+    // Makes the row of the list whose number is that of the window's last row.
+    void (*add_list_row)(Dialog *dialog, std::int16_t list, const char *text, const char *remark);
     int (*control_bounds)(Dialog *dialog, std::int16_t control, Rect *bounds);
     // Shows a chooser (toolbox/navigation.h).
     int (*navigate)(const NavRequest *request, BoundedBuffer &posix_path);

@@ -37,7 +37,7 @@ void error(const Dialog *dialog, const DialogStep &step) {
 
 // Carries one step out, when the window has the control that it names.
 void take(HeadlessDialog *dialog, const DialogStep &step) {
-    const ControlKind kind = kind_of_control(dialog->name, step.control);
+    const ControlKind kind = kind_in(dialog, step.control);
     if (step.kind == DialogStep::set && kind == text_control)
         dialog->texts[step.control] = step.text;
     else if (step.kind == DialogStep::check && kind == check_control)
@@ -97,6 +97,8 @@ int get_value(Dialog *dialog, std::int16_t control) {
 
 void select(Dialog *, std::int16_t) {}
 
+void add_row(Dialog *, std::int16_t, const char *, const char *) {}
+
 int no_bounds(Dialog *, std::int16_t, Rect *) {
     return 0;
 }
@@ -114,6 +116,7 @@ void set_dialog_procedures(Front &front) {
     front.set_control_value = set_value;
     front.control_value = get_value;
     front.select_control = select;
+    front.add_list_row = add_row;
     front.control_bounds = no_bounds;
 }
 

@@ -74,7 +74,7 @@ static int take_number(std::string *text) {
 static bool add_dialog_step(DialogAnswer &answer, std::string line) {
     const std::string word = TakeWord(&line);
     const int control = take_number(&line);
-    if (control < 1 || control > 999)
+    if (control < 1 || control >= first_list_row + most_list_rows)
         return false;
     const std::string rest = line;
     DialogStep step = {DialogStep::press, static_cast<std::int16_t>(control), "", 0};

@@ -9,7 +9,7 @@
 
 namespace helpers {
 
-bool show_dvi(const std::string &document, bool asked, std::string &problem) {
+bool show_dvi(const std::string &document, Showing &showing, std::string &problem) {
     // This program and the commands lie in different bundles of the same folder.
     const std::string home = common::above_own_program(4);
     const std::string chosen =
@@ -25,7 +25,7 @@ bool show_dvi(const std::string &document, bool asked, std::string &problem) {
              common::signature_of_bundle(viewer.path) == dviview_signature)
         problem = "the DVI previewer that is chosen is dviview itself; choose the viewer that it is to start";
     else
-        return show_document(viewer, document, asked, problem);
+        return show_document(viewer, document, showing, problem);
     return false;
 }
 

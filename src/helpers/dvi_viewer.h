@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "helpers/viewer.h"
+
 namespace helpers {
 
 // The signature of that bundle.
@@ -11,7 +13,7 @@ inline constexpr const char *dviview_signature = "QVW8";
 
 // Shows the DVI file DOCUMENT, an absolute POSIX path: in the application of the setting DVIPREVIEW, else in
 // xdvi, as show_document does. False, with a sentence about the reason in PROBLEM, when there is no viewer.
-bool show_dvi(const std::string &document, bool asked, std::string &problem);
+bool show_dvi(const std::string &document, Showing &showing, std::string &problem);
 
 } // namespace helpers
 

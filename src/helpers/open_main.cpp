@@ -57,12 +57,28 @@ int patience() {
     return said_to_follow().empty() ? 1000 : 10000;
 }
 
+// Shows the document in a viewer, and says why it does not show the place that the person wants to see.
+bool show(const common::Application &application, const std::string &document, std::string &problem) {
+    Showing showing;
+    showing.asked = !after_run();
+    showing.place = place_wish();
+    // The bundle dviview only stands for a viewer. What keeps that from starting is said here, where it is
+    // heard.
+    const bool dvi = application.kind == common::Kind::bundle &&
+                     common::signature_of_bundle(application.path) == dviview_signature;
+    const bool shown =
+        dvi ? show_dvi(document, showing, problem) : show_document(application, document, showing, problem);
+    if (shown && !showing.remark.empty())
+        std::puts(showing.remark.c_str());
+    return shown;
+}
+
 bool open_now(const common::Application &application, const std::string &document, std::string &problem) {
     const common::EditorRow *const row = document.empty() ? nullptr : editor_row(application);
     if (document.empty())
         return open_application(application, document, problem);
     if (!row)
-        return show_document(application, document, !after_run(), problem);
+        return show(application, document, problem);
     return open_in_editor(application, *row, document, 0, problem);
 }
 
@@ -96,18 +112,14 @@ int main(int argc, char **argv) {
         if (access(document.c_str(), F_OK) != 0)
             return fail("I can't find the file " + document);
     }
-    // The bundle dviview only stands for a viewer. What keeps that from starting is said here, where it is
-    // heard.
+    std::string problem;
     if (application.kind == common::Kind::bundle && !document.empty() &&
-        common::signature_of_bundle(application.path) == dviview_signature) {
-        std::string problem;
-        return show_dvi(document, !after_run(), problem) ? 0 : fail(problem);
-    }
+        common::signature_of_bundle(application.path) == dviview_signature)
+        return show(application, document, problem) ? 0 : fail(problem);
     // The document starts the application, or is sent to the one that runs.
     if (said_to_follow() == "document")
         return 0;
     if (!document.empty() && line_follows(application, document) && leave_to_edit(application, document))
         return 0;
-    std::string problem;
     return open_now(application, document, problem) ? 0 : fail(problem);
 }

@@ -16,6 +16,7 @@ namespace {
 constexpr const char *file_key = "EDITEDFILE";
 constexpr const char *line_key = "EDITEDLINE";
 constexpr std::size_t largest_dvi = 256 * 1024 * 1024;
+constexpr const char *wish_variable = "QUILLON_SHOW_PLACE";
 constexpr unsigned char special_code = 239; // a special of at most 255 bytes; a byte with its length follows
 
 bool is_that_file(const std::string &name, const std::string &document, const std::string &file) {
@@ -44,7 +45,8 @@ bool is_in_synctex(const std::string &path, const std::string &document, const s
     return found;
 }
 
-// Looks for FILE among the specials "src:LINE NAME" of a DVI file; a blank may stand between the two.
+// Looks for FILE among the specials "src:LINE NAME" of a DVI file; a blank may stand between the two. An
+// empty FILE is any.
 bool is_in_dvi(const std::string &document, const std::string &file) {
     const std::string content = common::read_file(document, largest_dvi);
     constexpr std::string_view mark = "src:";
@@ -55,10 +57,26 @@ bool is_in_dvi(const std::string &document, const std::string &file) {
         const auto length = static_cast<unsigned char>(content[at - 1]);
         const std::string special = content.substr(at, length);
         const std::size_t name = special.find_first_not_of("0123456789 ", mark.size());
-        if (name != std::string::npos && is_that_file(special.substr(name), document, file))
+        if (name != std::string::npos && (file.empty() || is_that_file(special.substr(name), document, file)))
             return true;
     }
     return false;
+}
+
+std::string without_extension(const std::string &document) {
+    return document.substr(0, document.rfind('.'));
+}
+
+bool has_links(const std::string &document) {
+    if (document.ends_with(".dvi"))
+        return is_in_dvi(document, "");
+    const std::string base = without_extension(document);
+    return common::is_regular_file(base + ".synctex.gz") || common::is_regular_file(base + ".synctex");
+}
+
+SourcePlace edited_place() {
+    return {common::expand_setting_path(common::setting(file_key), "", common::space_byte()),
+            std::atol(common::setting(line_key).c_str())};
 }
 
 } // namespace
@@ -66,7 +84,7 @@ bool is_in_dvi(const std::string &document, const std::string &file) {
 bool is_made_from(const std::string &document, const std::string &file) {
     if (document.ends_with(".dvi"))
         return is_in_dvi(document, file);
-    const std::string base = document.substr(0, document.rfind('.'));
+    const std::string base = without_extension(document);
     return is_in_synctex(base + ".synctex.gz", document, file) ||
            is_in_synctex(base + ".synctex", document, file);
 }
@@ -81,15 +99,37 @@ void keep_edited_place(const std::string &file, long line) {
             {{file_key, common::to_unix_path(file, common::space_byte())}, {line_key, std::to_string(line)}});
 }
 
-SourcePlace place_to_show(const std::string &document) {
-    SourcePlace place;
-    if (!source_links_are_on())
-        return place;
-    place.file = common::expand_setting_path(common::setting(file_key), "", common::space_byte());
-    place.line = std::atol(common::setting(line_key).c_str());
-    if (place.line < 1 || place.file.empty() || !is_made_from(document, place.file))
+PlaceWish place_wish() {
+    PlaceWish wish;
+    const char *const value = std::getenv(wish_variable);
+    wish.wanted = value != nullptr;
+    if (const char *const path = value ? std::strchr(value, ' ') : nullptr)
+        wish.otherwise = {path + 1, std::atol(value)};
+    return wish;
+}
+
+SourcePlace place_to_show(const std::string &document, const PlaceWish &wish) {
+    if (!wish.wanted && !source_links_are_on())
         return {};
-    return place;
+    for (SourcePlace place : {edited_place(), wish.otherwise})
+        if (place.line > 0 && !place.file.empty() && is_made_from(document, place.file))
+            return place;
+    return {};
+}
+
+std::string why_no_place(const std::string &document) {
+    const std::string name = common::leaf_of(document);
+    if (has_links(document))
+        return name +
+               " is shown where it is: no line of its sources was opened in the editor, and the last run "
+               "has no problem in one.";
+    if (source_links_are_on())
+        return name +
+               " holds no links to its source, so no line can be shown in it. Typeset it again: Options > "
+               "Add Source Links is on by now.";
+    return name +
+           " holds no links to its source, so no line can be shown in it. Turn on Options > Add Source "
+           "Links and typeset it again.";
 }
 
 } // namespace helpers

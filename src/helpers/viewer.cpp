@@ -102,6 +102,10 @@ bool start(const std::string &program, const common::ViewerRow &row, const std::
     return problem.empty();
 }
 
+bool takes_a_line(const common::ViewerRow &row) {
+    return row.zathura || !row.at_source.empty() || !row.evince.empty();
+}
+
 // Makes the viewer that runs as PROCESS show DOCUMENT as it is now.
 bool refresh(pid_t process, const std::string &program, const common::ViewerRow &row,
              const std::string &document, const SourcePlace &place, bool asked, std::string &problem) {
@@ -124,19 +128,25 @@ bool refresh(pid_t process, const std::string &program, const common::ViewerRow 
 
 } // namespace
 
-bool show_document(const common::Application &viewer, const std::string &document, bool asked,
+bool show_document(const common::Application &viewer, const std::string &document, Showing &showing,
                    std::string &problem) {
     const common::ViewerRow *const row =
         viewer.kind == common::Kind::bundle ? nullptr : common::FindViewerRow(viewer.path);
     const std::string program = row ? program_of(viewer, row->programs) : "";
+    const SourcePlace place =
+        row || showing.place.wanted ? place_to_show(document, showing.place) : SourcePlace{};
+    if (showing.place.wanted && place.line == 0)
+        showing.remark = why_no_place(document);
+    else if (showing.place.wanted && (program.empty() || !takes_a_line(*row)))
+        showing.remark =
+            common::leaf_of(viewer.path) + " cannot be told a line, so it shows the document alone.";
     if (program.empty())
         return open_application(viewer, document, problem);
     common::leave_own_bus();
-    const SourcePlace place = place_to_show(document);
     const pid_t process = row->single ? process_that_shows(*row, document) : 0;
     if (process > 0)
-        return refresh(process, program, *row, document, place, asked, problem);
-    return start(program, *row, document, place, asked, problem);
+        return refresh(process, program, *row, document, place, showing.asked, problem);
+    return start(program, *row, document, place, showing.asked, problem);
 }
 
 } // namespace helpers

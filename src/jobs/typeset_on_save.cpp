@@ -5,6 +5,7 @@
 #include "console/output.h"
 #include "core/command_table.h"
 #include "files/paths.h"
+#include "settings/settings.h"
 #include "state/job_scope.h"
 #include "state/job_state.h"
 #include "toolbox/events.h"
@@ -19,6 +20,14 @@ static const char *name_of(const BoundedBuffer &path) {
     return slash ? slash + 1 : path.c_str();
 }
 
+// Makes FILE the current TeX file, empty when there is none. The menus, which keep it too, are brought up to
+// date only when they are looked at.
+static void take_current_file(BoundedBuffer &file) {
+    const char *const path = get_str_resource("TEXFILE");
+    if (!path || !file.copy(path))
+        file.clear();
+}
+
 static void say_unwatched(const BoundedBuffer &problem) {
     ml_printf("\"%s\" cannot be typeset when it is saved: %s.\n", name_of(watched), problem.c_str());
 }
@@ -26,7 +35,7 @@ static void say_unwatched(const BoundedBuffer &problem) {
 static void begin() {
     BoundedString<1024> main;
     BoundedString<256> problem;
-    watched.copy(dotexfile.view());
+    take_current_file(watched);
     UnixFileToPosixFile(watched.c_str(), main);
     if (!WatchDocument(main.empty() ? nullptr : main.c_str(), problem))
         say_unwatched(problem);
@@ -46,12 +55,15 @@ static void end() {
 void watch_step() {
     if (job_running())
         return;
-    if (!typesetOnSave || dotexfile.empty()) {
+    BoundedString<256> current;
+    if (typesetOnSave)
+        take_current_file(current);
+    if (current.empty()) {
         if (!watched.empty())
             end();
         return;
     }
-    if (watched != dotexfile.c_str())
+    if (watched != current.c_str())
         begin();
     if (WatchedFileSaved())
         PostEvent(mouseDown, menu_file << 16 | file_typeset, 0, {0, 0});
@@ -64,8 +76,9 @@ void watch_run_begins() {
 void watch_run_ended() {
     BoundedString<1024> main;
     BoundedString<256> problem, endless;
-    if (WatchedFiles() == 0 || !watched.copy(dotexfile.view()))
+    if (WatchedFiles() == 0)
         return;
+    take_current_file(watched);
     UnixFileToPosixFile(watched.c_str(), main);
     if (!WatchRunEnded(main.c_str(), problem, endless))
         say_unwatched(problem);

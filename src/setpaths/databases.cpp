@@ -14,6 +14,7 @@
 #include "common/preferences.h"
 #include "common/search_settings.h"
 #include "setpaths/distribution.h"
+#include "setpaths/settings_place.h"
 
 namespace setpaths {
 
@@ -90,14 +91,7 @@ bool replace_file(const std::string &path, const std::string &text) {
     const int file = mkostemp(fresh.data(), O_CLOEXEC);
     if (file < 0)
         return false;
-    std::size_t written = 0;
-    while (written < text.size()) {
-        const ssize_t count = write(file, text.data() + written, text.size() - written);
-        if (count <= 0)
-            break;
-        written += static_cast<std::size_t>(count);
-    }
-    const bool whole = written == text.size() && fchmod(file, 0644) == 0 && fsync(file) == 0;
+    const bool whole = write_whole(file, text) && fchmod(file, 0644) == 0 && fsync(file) == 0;
     close(file);
     if (whole && rename(fresh.c_str(), path.c_str()) == 0)
         return true;

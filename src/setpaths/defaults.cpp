@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -18,6 +17,7 @@
 #include "common/preferences.h"
 #include "common/setting_numbers.h"
 #include "setpaths/distribution.h"
+#include "setpaths/settings_place.h"
 #include "toolbox/resources.h"
 
 namespace setpaths {
@@ -97,19 +97,6 @@ bool write_values(const std::string &path, const Values &chosen, const Values &v
         std::free(set);
     }
     return changes.empty() || common::write_preferences(path, changes);
-}
-
-// Returns where a file at PATH would be made: where PATH leads, when it is a symbolic link to nothing. Links
-// are followed as far as the system follows them.
-std::string place_of(std::string path) {
-    char target[PATH_MAX];
-    for (int links = 0; links < 40; links++) {
-        const ssize_t length = readlink(path.c_str(), target, sizeof target);
-        if (length <= 0)
-            break;
-        path = common::absolute_path(common::folder_above(path), {target, static_cast<std::size_t>(length)});
-    }
-    return path;
 }
 
 // Creates the preferences file. It is written under another name and then linked to its own, so that nobody

@@ -7,6 +7,7 @@
 #include "setpaths/databases.h"
 #include "setpaths/defaults.h"
 #include "setpaths/findings.h"
+#include "setpaths/reverse_search.h"
 #include "setpaths/tell_shell.h"
 #include "setpaths/window/setup_window.h"
 
@@ -36,8 +37,15 @@ bool open_window(const std::string &home, int *status) {
         library ? reinterpret_cast<SetupWindowProc>(dlsym(library, setup_window_symbol)) : nullptr;
     if (!show)
         return false;
-    const SetupWindowHost host = {home,     common::read_setting, propose,
-                                  findings, write_settings,       write_databases_and_tell};
+    const SetupWindowHost host = {home,
+                                  common::read_setting,
+                                  propose,
+                                  findings,
+                                  write_settings,
+                                  write_databases_and_tell,
+                                  reverse_searches,
+                                  described,
+                                  write_reverse_search};
     return show(host, status);
 }
 

@@ -54,6 +54,12 @@ void SetShortenedText(DialogRef window, std::int16_t control, const char *text);
 // Set and ask whether a check box is ticked.
 void SetControlValue(DialogRef window, std::int16_t control, int value);
 int GetControlValue(DialogRef window, std::int16_t control);
+// Appends a row with a check box to the list of a window: its text, which is shown without its middle where
+// there is no room, and a short remark. The rows of a list are controls too, from first_list_row on, which
+// are ticked and asked as check boxes are. A window has one list at most, and a list most_list_rows; what is
+// beyond is not added (0).
+constexpr std::int16_t first_list_row = 101, most_list_rows = 9999;
+int AddListRow(DialogRef window, std::int16_t list, const char *text, const char *remark, int ticked);
 // Gives a text field the keyboard and selects its text from 0 to 300.
 void SelectControlText(DialogRef window, std::int16_t control);
 // Sets BOUNDS to the rectangle of a control in the window's own coordinates; 0 when there is none.

@@ -72,6 +72,12 @@ struct OpenHints {
     int line_follows;
     // The document is opened because a run has ended, so no window is to come forward for it.
     int after_run;
+    // The person wants to see a place of the source in the document: the one that was edited last, else this
+    // file (an absolute POSIX path) and line, which are null and 0 where there is none. The command says why
+    // when the viewer shows no place.
+    int shows_place;
+    const char *place_file;
+    std::int32_t place_line;
 };
 extern OpenHints open_hints;
 // Starts the bundle, the desktop entry or the program at launchAppSpec and sets launchProcessSN. What is no

@@ -25,17 +25,38 @@ void Host::say(const std::string &line) {
 
 // Decides what comes after a run that ended with OUTCOME. False when the command has ended.
 bool Host::goes_on(const Outcome &outcome) {
+    const bool more = has_next_step(outcome);
+    if (!more)
+        merge_problems();
+    return more;
+}
+
+// Adds what the programs beside the engine complained about to what the engine did in its last pass.
+void Host::merge_problems() {
+    if (problems_beside_.empty())
+        return;
+    for (const auto &[command, problems] : problems_beside_)
+        engine_problems_.add_those_of(problems);
+    problems_beside_.clear();
+    unlink(outcome_.report.problems.c_str());
+    outcome_.report = report_run(pages_, engine_problems_, milliseconds());
+}
+
+bool Host::has_next_step(const Outcome &outcome) {
     const bool is_engine = beside_.tool.empty();
     if (is_engine) {
         outcome_ = outcome;
         files_ = run_->recorded();
         output_ = run_->output();
+        engine_problems_ = run_->problems();
+        pages_ = run_->pages();
         if (const SnapshotCall *const call = run_->to_remember())
             to_remember_ = *call;
         else
             to_remember_ = {};
     } else {
         unlink(outcome.report.problems.c_str());
+        problems_beside_[next_.folder + "\n" + next_.command] = run_->problems();
     }
     outcome_.cancelled = outcome.cancelled;
     if (outcome.cancelled || (is_engine && (outcome.exit_code != 0 || outcome.edit)))
@@ -43,7 +64,7 @@ bool Host::goes_on(const Outcome &outcome) {
     if (is_engine)
         passes_->engine_ended(files_);
     else
-        passes_->program_ended();
+        passes_->program_ended(outcome.exit_code == 0);
     if (!passes_->next(&next_)) {
         if (!passes_->unstable().empty())
             say("Still not stable after " + std::to_string(Passes::most) + " passes: " + passes_->unstable() +

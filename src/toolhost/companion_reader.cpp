@@ -20,10 +20,15 @@ long number(std::string_view text) {
 
 } // namespace
 
-CompanionReader::CompanionReader(std::string folder) : folder_(std::move(folder)) {}
+CompanionReader::CompanionReader(std::string folder, std::string sources)
+    : folder_(std::move(folder)), sources_(std::move(sources)) {}
 
 std::string CompanionReader::path(std::string_view name) const {
-    return common::absolute_path(folder_, std::string(name));
+    const std::string here = common::absolute_path(folder_, std::string(name));
+    if (sources_.empty() || common::is_regular_file(here))
+        return here;
+    const std::string there = common::absolute_path(sources_, std::string(name));
+    return common::is_regular_file(there) ? there : here;
 }
 
 void CompanionReader::feed(std::string_view bytes) {
@@ -74,7 +79,44 @@ bool CompanionReader::place(std::string_view text) {
     return true;
 }
 
+// Adds a message of biber. "BibTeX subsystem: COPY, line 5, TEXT" is of a line of a copy of the database.
+// Which one that was is known of an error, which is said while it is read, and where there is one alone.
+void CompanionReader::add_of_biber(ProblemKind kind, std::string_view text) {
+    constexpr std::string_view subsystem = "BibTeX subsystem: ", line = ", line ";
+    const std::size_t at = text.starts_with(subsystem) ? text.find(line) : npos;
+    const std::size_t end = at == npos ? npos : text.find(", ", at + line.size());
+    const bool known = databases_ == 1 || (databases_ > 1 && kind == ProblemKind::error);
+    // Before it names its control file it has no file that a problem could be in.
+    if (auxiliary_.empty())
+        return;
+    if (text.starts_with("I didn't find a database entry for "))
+        problems_.add(ProblemKind::reference, auxiliary_, 0, text);
+    else if (end != npos && known)
+        problems_.add(kind, database_, number(text.substr(at + line.size())), text.substr(end + 2));
+    else
+        problems_.add(kind, auxiliary_, 0, text);
+}
+
+void CompanionReader::biber_line(std::string_view text) {
+    constexpr std::string_view info = "INFO - ", warns = "WARN - ", fails = "ERROR - ";
+    constexpr std::string_view reads = "Reading '", found = "Found BibTeX data source '";
+    if (text.starts_with(warns))
+        add_of_biber(ProblemKind::warning, text.substr(warns.size()));
+    else if (text.starts_with(fails))
+        add_of_biber(ProblemKind::error, text.substr(fails.size()));
+    if (!text.starts_with(info) || !text.ends_with('\''))
+        return;
+    text = text.substr(info.size(), text.size() - info.size() - 1);
+    if (text.starts_with(reads) && auxiliary_.empty())
+        auxiliary_ = path(text.substr(reads.size()));
+    if (!text.starts_with(found))
+        return;
+    database_ = path(text.substr(found.size()));
+    databases_++;
+}
+
 void CompanionReader::line(std::string_view text) {
+    biber_line(text);
     constexpr std::string_view warns = "Warning--",
                                reads = "The top-level auxiliary file: ", log = "Transcript written in ";
     const bool placed = place(text);

@@ -70,6 +70,8 @@ class Host : public RunOwner {
     bool is_shell(const char *sender);
     void prepare_command();
     bool goes_on(const Outcome &outcome);
+    bool has_next_step(const Outcome &outcome);
+    void merge_problems();
     void next_step();
     void say(const std::string &line);
     void report(const Outcome &outcome);
@@ -101,7 +103,10 @@ class Host : public RunOwner {
     std::unique_ptr<Passes> passes_; // null until an engine begins
     common::Bundle beside_; // the bundle of the program beside the engine that runs between two passes
     NextProgram next_;
-    Outcome outcome_; // of the engine
+    Outcome outcome_;             // of the engine
+    ProblemList engine_problems_; // of its last pass
+    int pages_ = 0;
+    std::map<std::string, ProblemList> problems_beside_; // of the last run of each command beside the engine
     RecordedFiles files_;
     SnapshotCall to_remember_; // whose preamble is to be remembered; without a document for none
     std::string output_;       // what the engine made

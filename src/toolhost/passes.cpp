@@ -161,6 +161,7 @@ void Passes::begin(const EngineRun &engine, const std::string &main, const std::
     folder_ = common::folder_above(stem_);
     record_ = common::read_document_record(main);
     rerun_ = rerun;
+    tried_.clear();
     if (rerun_)
         note_contents();
 }
@@ -240,6 +241,8 @@ void Passes::plan(const char *tool, const std::string &options, const std::strin
     const auto made = record_.made.find(product);
     if (made != record_.made.end() && made->second == state && common::is_regular_file(product))
         return;
+    if (const auto tried = tried_.find(product); tried != tried_.end() && tried->second == state)
+        return;
     std::string name = common::leaf_of(stem);
     if (name.find_first_of(" \t") != std::string::npos)
         name = "\"" + name + "\"";
@@ -307,11 +310,12 @@ void Passes::plan_index(const std::string &index) {
              hash_text(options + "\n" + text));
 }
 
-void Passes::program_ended() {
+void Passes::program_ended(bool well) {
     if (products_.empty())
         return;
     const Product &product = products_.front();
-    record_.made[product.path] = product.state;
+    record_.made[product.path] = well ? product.state : "failed";
+    tried_[product.path] = product.state;
     made_.push_back(product.path);
     products_.pop_front();
 }

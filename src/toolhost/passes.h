@@ -36,8 +36,9 @@ class Passes {
     void begin(const EngineRun &engine, const std::string &main, const std::string &home, bool rerun);
     // Takes into account that the engine ended well and read and wrote FILES.
     void engine_ended(const RecordedFiles &files);
-    // Takes into account that the last program of next(), one beside the engine, has ended.
-    void program_ended();
+    // Takes into account that the last program of next(), one beside the engine, has ended. One that did not
+    // end WELL runs again for the next command, which else would not report what is wrong.
+    void program_ended(bool well);
     // Fills NEXT with what is to run now. False when the document is stable, or does not become so.
     bool next(NextProgram *next);
     // Keeps what is known of the document for its next run. OUTPUT is what the engine made, empty for
@@ -77,11 +78,12 @@ class Passes {
     std::string main_, home_, folder_; // folder_: where the engine writes
     std::string stem_;                 // the path that the engine's files have without their extensions
     common::DocumentRecord record_;
-    RecordedFiles files_;                   // of the last pass
-    std::map<std::string, Content> before_; // what the last pass found
-    std::set<std::string> sources_;         // what programs beside the engine read
-    std::deque<Product> products_;          // still to be made before the engine runs again
-    std::vector<std::string> made_;         // by programs since the last pass
+    RecordedFiles files_;                      // of the last pass
+    std::map<std::string, Content> before_;    // what the last pass found
+    std::set<std::string> sources_;            // what programs beside the engine read
+    std::deque<Product> products_;             // still to be made before the engine runs again
+    std::vector<std::string> made_;            // by programs since the last pass
+    std::map<std::string, std::string> tried_; // what programs made for this command, and from which state
     std::string unstable_;
     int pass_ = 1;
     bool rerun_ = false;

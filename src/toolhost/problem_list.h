@@ -23,6 +23,9 @@ class ProblemList {
     // of a character, and its control bytes become blanks.
     void add(ProblemKind kind, std::string_view file, long line, std::string_view text);
 
+    // Adds the problems of OTHER. A reference whose key a reference of this list names already is left out.
+    void add_those_of(const ProblemList &other);
+
     // How many problems of the kind there were, those that are not kept among them.
     long count(ProblemKind kind) const { return counts_[static_cast<int>(kind)]; }
     // The records: kind ('e', 'w', 'r' or 'b'), line, NUL, file, NUL, text, NUL. An empty file is that of the

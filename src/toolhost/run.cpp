@@ -142,8 +142,8 @@ bool Run::prepare(std::vector<std::string> words, const std::string &folder) {
     }
     if (is_engine_ || bundle_.signature == "MPST")
         parser_ = std::make_unique<RunParser>(folder, main_);
-    else if (bundle_.signature == "BIBT" || bundle_.signature == "MKIX")
-        companion_ = std::make_unique<CompanionReader>(folder);
+    else if (bundle_.signature == "BIBT" || bundle_.signature == "MKIX" || bundle_.signature == "BIBR")
+        companion_ = std::make_unique<CompanionReader>(folder, sources_);
     if (is_engine_)
         clear_output_setting();
     return true;

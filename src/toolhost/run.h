@@ -86,6 +86,8 @@ class Run {
     bool cancelled() const { return cancelled_; }
     bool ended() const { return ended_; }
     int pages() const { return parser_ ? parser_->pages() : 0; }
+    // Returns the problems so far of a program whose messages are understood, none of any other.
+    ProblemList problems() const;
     // Counts the time from the start of an earlier run, MICROSECONDS of the clock, of which this one is a
     // part.
     void count_from(std::uint64_t microseconds) { counted_from_ = microseconds; }

@@ -107,6 +107,10 @@ RunReport Run::report() const {
     return companion_ ? report_run(0, companion_->problems(), time) : RunReport();
 }
 
+ProblemList Run::problems() const {
+    return parser_ ? parser_->problems() : companion_ ? companion_->problems() : ProblemList();
+}
+
 void Run::finish() {
     if (ended_)
         return;

@@ -248,7 +248,7 @@ class WithShell(ClientTest):
         status, out, _ = self.quillon("exec", "pdftex", "a b.tex", "")
         self.assertEqual((status, out), (1, "Processing\ndone é\n"))
         self.assertEqual(self.shell.calls, [("Run", b'pdftex a\x1fb.tex ""', self.work.encode())])
-        self.assertTrue(self.shell.options["follow"])
+        self.assertTrue(self.shell.options.get("follow", False))
 
     def test_exec_in_another_folder(self):
         os.makedirs(self.work + "/sub")
@@ -275,7 +275,7 @@ class WithShell(ClientTest):
     def test_viewer_and_editor_are_asked_for_by_options_alone(self):
         for words, wanted in (((), (False, False)), (("--view",), (True, False)), (("--edit", "--view"), (True, True))):
             self.assertEqual(self.quillon("exec", *words, "x")[0], 0)
-            self.assertEqual((self.shell.options["view"], self.shell.options["edit"]), wanted)
+            self.assertEqual((self.shell.options.get("view", False), self.shell.options.get("edit", False)), wanted)
 
     def test_an_interrupt_cancels(self):
         def answer(reply, error):
@@ -328,7 +328,7 @@ class WithShell(ClientTest):
         process.stdout.close()
         process.stderr.close()
         self.assertEqual(out, "Processing\nThis is it\r\n? h\r\nhelp\nOutput shown\n")
-        self.assertTrue(self.shell.options["answer"])
+        self.assertTrue(self.shell.options.get("answer", False))
 
     def test_a_transcript_that_was_not_shown_live_is_shown(self):
         def answer(reply, error):
@@ -339,7 +339,7 @@ class WithShell(ClientTest):
 
         self.shell.answer = answer
         self.assertEqual(self.quillon("exec", "x")[1], "said\n")
-        self.assertFalse(self.shell.options["answer"])
+        self.assertFalse(self.shell.options.get("answer", False))
         self.assertEqual(self.quillon("exec", "-f", "x")[1], "said\n")
 
 

@@ -35,7 +35,7 @@ class Completion(ServiceTest):
 
     def test_the_first_word_is_a_verb_an_option_or_a_file(self):
         self.assertEqual(self.offered(""), ["a b.tex", "clean", "edit", "exec", "find", "folder", "formats", "locate",
-                                            "paper.tex", "problems", "quit"])
+                                            "paper.tex", "problems", "quit", "watch"])
         self.assertEqual(self.offered("f"), ["find", "folder", "formats"])
         self.assertEqual(self.offered("-"), ["--headless", "--help", "--version"])
 
@@ -90,6 +90,8 @@ class Completion(ServiceTest):
         self.assertEqual(self.offered("problems", ""), [])
         self.assertEqual(self.offered("clean", "-"), ["--snapshots", "--yes"])
         self.assertEqual(self.offered("clean", "p"), ["paper.tex"])
+        self.assertEqual(self.offered("watch", "-"), ["--view"])
+        self.assertEqual(self.offered("watch", "p"), ["paper.tex"])
 
 
 if __name__ == "__main__":

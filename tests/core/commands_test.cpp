@@ -304,6 +304,12 @@ class EveryCommand : public Commands, public ::testing::WithParamInterface<Choic
             return {{"doQuit", "1"},
                     {"setting RECENTFILE1", work("b.tex")},
                     {"setting RECENTFILE2", work("a.tex")}};
+        case 22:
+            return {{"console", old_text + ("No run of " + work("x.tex") +
+                                            " is on record, so I don't know what its runs wrote. Typeset it "
+                                            "once.\n")}};
+        case 23:
+            return opened("pdfview.app", "x.pdf");
         default:
             return {{"not expected", ""}};
         }
@@ -380,6 +386,7 @@ class EveryCommand : public Commands, public ::testing::WithParamInterface<Choic
                                                        {'P', "File > View"},
                                                        {'S', "File > Save Console As..."},
                                                        {'Q', "File > Quit"},
+                                                       {'J', "File > Show in Viewer"},
                                                        {'E', "Options > e-TeX Mode"},
                                                        {'C', "Edit > Copy"},
                                                        {'K', "Edit > Clear Console"},

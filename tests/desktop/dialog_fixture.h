@@ -82,6 +82,7 @@ class Dialogs : public testing::Test {
         own_.set_control_value = set_control_value;
         own_.control_value = control_value;
         own_.select_control = select_control;
+        own_.add_list_row = add_list_row;
         own_.control_bounds = control_bounds;
         own_.set_cursor = [](CursorShape) {};
         own_.beep = [] {};

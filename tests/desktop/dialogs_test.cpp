@@ -8,6 +8,7 @@
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
+#include <QTreeWidget>
 #include <QWindow>
 #include <gtest/gtest.h>
 
@@ -41,6 +42,8 @@ ControlKind kind_of(const QWidget *widget) {
         return button_control;
     if (qobject_cast<const QLineEdit *>(widget))
         return text_control;
+    if (qobject_cast<const QTreeWidget *>(widget))
+        return list_control;
     return qobject_cast<const QLabel *>(widget) ? display_control : no_control;
 }
 

@@ -184,6 +184,20 @@ class Dialogs(ShellReader):
                 self.walk(window)
                 self.close_dialog(title)
 
+    def test_the_files_to_clean_say_whether_they_are_ticked(self):
+        self.start_desktop(self.file("x.tex", PLAIN))
+        self.wait_for_line("Transcript written on x.log.")
+        self.choose("File", "Clean...")
+        window = self.dialog("Clean")
+        self.walk(window)
+        row = wait_for(window, "the file", name="x.log")
+        wait_until(lambda: has(row, STATE.CHECKED), "the tick")
+        files = wait_for(window, "the list", name="Files to remove")
+        self.assertEqual(files.get_description(), "The files that are ticked are moved to the trash.")
+        self.keys("space")
+        wait_until(lambda: not has(row, STATE.CHECKED), "no tick")
+        self.close_dialog("Clean")
+
     def test_the_find_bar_says_what_it_is(self):
         self.start_desktop(self.file("x.tex", PLAIN))
         self.wait_for_line("Transcript written on x.log.")

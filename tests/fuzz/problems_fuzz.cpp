@@ -39,6 +39,11 @@ const std::vector<std::string> fuzz_words = {
     "\nWarning--empty year in one\n",
     "\n--line 5 of file x.bib\n",
     "\nI was expecting a `,'---line 5 of file x.bib\n",
+    "\nINFO - Reading 'x.bcf'\n",
+    "\nINFO - Found BibTeX data source 'x.bib'\n",
+    "\nWARN - BibTeX subsystem: /tmp/c.utf8, line 3, warning: junk\n",
+    "\nERROR - BibTeX subsystem: /tmp/c.utf8, line 99999999999, syntax error\n",
+    "\nWARN - I didn't find a database entry for 'a' (section 0)\n",
     "\nTranscript written in m.ilg.\n(1 rejected)\n",
     std::string(600, 'a'),
     std::string(1, '\0'),
@@ -118,6 +123,16 @@ void fuzz_one(const std::string &input) {
     last.feed("\n\n\n\nPackage zzz Warning: the last one on input line 77.\n\n");
     last.finish();
     check_records(last.problems());
+    toolhost::CompanionReader beside = reader();
+    beside.feed(input);
+    beside.finish();
+    toolhost::ProblemList merged = last.problems();
+    merged.add_those_of(beside.problems());
+    check_records(merged);
+    for (const auto kind :
+         {toolhost::ProblemKind::error, toolhost::ProblemKind::warning, toolhost::ProblemKind::box})
+        require(merged.count(kind) == last.problems().count(kind) + beside.problems().count(kind),
+                "a problem is lost between two lists");
     const std::string expected = std::string("the last one on input line 77.") + '\0';
     // Where an error waits for its line, what follows belongs to it.
     if (input.find("! ") == std::string::npos && input.find(": ") == std::string::npos)

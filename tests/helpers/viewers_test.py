@@ -116,7 +116,7 @@ class Viewers(ViewersTest, HomeTest):
                              self.document]),
                 ("okular", ["--unique", f"{uri}#src:7 {self.source}"]),
                 ("qpdfview", ["--unique", f"{self.document}#src:{self.source}:7:0"]),
-                ("xdvi", ["-editor", f"{EDIT} +%l %f", "-sourceposition", f"7 {self.source}", self.document])):
+                ("xdvi", ["-editor", f"{EDIT} +%l %f", "-nofork", "-sourceposition", f"7 {self.source}", self.document])):
             self.recorder(viewer)
             self.view(viewer)
             self.assertEqual(self.started(viewer), words)

@@ -4,6 +4,7 @@
 #include "setpaths/defaults.h"
 #include "setpaths/distribution.h"
 #include "setpaths/findings.h"
+#include "setpaths/ini_text.h"
 #include "support/temporary_home.h"
 
 using namespace setpaths;
@@ -170,4 +171,42 @@ TEST(Defaults, AFreshFileIsMadeWhole) {
     for (const auto &entry : std::filesystem::directory_iterator(home.path("config")))
         entries += !entry.path().empty();
     EXPECT_EQ(entries, 1);
+}
+
+TEST(IniText, AValueIsTheLastOfItsKeyInItsGroup) {
+    std::string value = "before";
+    EXPECT_FALSE(ini_value("k=1\n[h]\nk=2\n", "g", "k", &value));
+    EXPECT_EQ(value, "before");
+    EXPECT_TRUE(ini_value("[g]\nk = 1 \n[h]\nk=2\n[g]\nk[$e]=3=4", "g", "k", &value));
+    EXPECT_EQ(value, "3=4");
+    EXPECT_FALSE(ini_value("[g]\nk[de]=1\nkk=2\n#k\n", "g", "k", &value));
+}
+
+TEST(IniText, OnlyTheLinesOfTheKeysChange) {
+    const IniValues values = {{"k", "new"}};
+    const std::pair<const char *, const char *> cases[] = {
+        {"", "[g]\nk=new\n"},
+        {"[g]", "[g]\nk=new\n"},
+        {"[g]\n\n[h]\nk=1\n", "[g]\nk=new\n\n[h]\nk=1\n"},
+        {"[g]\na=1\n\n", "[g]\na=1\nk=new\n\n"},
+        {"[g]\nk=1\nlast", "[g]\nk=new\nlast"},
+        {"[g]\r\na=1\r\n[h]\r\n", "[g]\r\na=1\r\nk=new\r\n[h]\r\n"},
+        {"[g]\nk=1\n[h]\n[g]\nk=2\n", "[g]\nk=new\n[h]\n[g]\nk=new\n"},
+        {"a=1", "a=1\n\n[g]\nk=new\n"},
+        {"[g][h]\nk=1\n", "[g][h]\nk=1\n\n[g]\nk=new\n"},
+    };
+    for (const auto &[before, after] : cases) {
+        EXPECT_EQ(with_ini_values(before, "g", values), after) << before;
+        EXPECT_EQ(with_ini_values(after, "g", values), after) << before;
+    }
+}
+
+TEST(IniText, ValuesAreWrittenAsTheProgramsWriteThem) {
+    EXPECT_EQ(kde_value("\"/a b\" +%l \\"), "\"/a b\" +%l \\\\");
+    EXPECT_EQ(toolkit_value("\"/a b\" +%2"), "\\\"/a b\\\" +%2");
+    EXPECT_EQ(toolkit_value("a,b"), "\"a,b\"");
+    EXPECT_EQ(toolkit_value("\xC3\xA4"
+                            "b g\xE2\x82\xAC"
+                            "xA\xF0\x9F\x98\x80"),
+              "\\xe4\\x62 g\\x20acxA\\xd83d\\xde00");
 }

@@ -199,5 +199,49 @@ class SetupWindow(DesktopTest):
         self.assertEqual(self.setting("DATABASE"), "1")
 
 
+class ReverseSearch(SetupWindow):
+    """The page for viewers that keep the command for their reverse search in a settings file."""
+
+    def setUp(self):
+        super().setUp()
+        self.programs = os.path.join(self.home, "viewers")
+        for name in ("okular", "qpdfview"):
+            self.file(name, "#!/bin/sh\n", self.programs, 0o755)
+        self.environment["PATH"] = self.programs + ":" + os.environ["PATH"]
+        self.config = self.environment["XDG_CONFIG_HOME"]
+        self.path = os.path.join(self.config, "okularpartrc")
+
+    def content(self, path):
+        if not os.path.exists(path):
+            return ""
+        with open(path, encoding="utf-8") as file:
+            return file.read()
+
+    def test_nothing_is_written_before_the_button_and_then_at_once(self):
+        before = "[Core General]\nExternalEditor=Kate\nmine=1\n"
+        self.file("okularpartrc", before, self.config)
+        self.start()
+        self.keys("alt+h")
+        shown = self.picture()
+        self.keys("alt+n", "Down", "Up")
+        wait_until(lambda: self.picture() == shown, "the first viewer again")
+        self.assertEqual(self.content(self.path), before)
+        self.keys("alt+s")
+        wait_until(lambda: "ExternalEditor=Custom\nmine=1\nExternalEditorCommand=" in self.content(self.path), "the lines")
+        self.assertEqual(self.content(self.path + ".before-quillon"), before)
+        self.keys("Down", "alt+s")
+        wait_until(lambda: "[documentView]\nsourceEditor=" in self.content(os.path.join(self.config, "qpdfview/qpdfview.conf")),
+                   "the second file")
+        self.leave("Escape")
+        self.assertFalse(os.path.exists(self.preferences_path))
+
+    def test_save_and_cancel_write_nothing_of_it(self):
+        self.start()
+        self.keys("alt+h")
+        self.leave("Return")
+        self.assertFalse(os.path.exists(self.path))
+        self.assertTrue(os.path.exists(self.preferences_path))
+
+
 if __name__ == "__main__":
     unittest.main()

@@ -344,6 +344,67 @@ class Problems(HostTest):
         self.check("m.idx", ("m.idx", 2, "error", "Illegal Roman number: position 2 in x$."),
                    ("m.idx", 1, "warning", "Unmatched range opening operator (."), tool="makeindex")
 
+    def test_biber(self):
+        self.file("x.bib", "@book{macro, title=nomacro, author={A}, date={2020}}\n@article{bad, title={T}\n year=2001}\n")
+        self.file("y.bib", "@book{other, title={T}, author={A}, date={2020}}\n")
+        document = article("\\cite{macro}\\cite{gone}", "\\usepackage{biblatex}\\addbibresource{x.bib}")
+        self.file("x.tex", document)
+        self.problems(LATEX + "x.tex")
+        found = self.problems("x", tool="biber")
+        macro = ("x.bib", 1, "warning", 'warning: undefined macro "nomacro"')
+        self.assertEqual((found[0][:3], found[1:]), (("x.bib", 3, "error"), [macro]))
+        self.assertTrue(found[0][3].startswith('syntax error: found "year", expected end of entry'), found)
+        self.file("x.bib", "@book{macro, title=nomacro, author={A}, date={2020}}\n")
+        self.check("x", macro,
+                   ("x.bcf", 0, "reference", "I didn't find a database entry for 'gone' (section 0)"), tool="biber")
+        # Of several databases biber does not say which one it warns of.
+        self.file("x.tex", document.replace("{x.bib}", "{x.bib}\\addbibresource{y.bib}"))
+        self.problems(LATEX + "x.tex")
+        found = self.problems("x", tool="biber")
+        self.assertEqual([one[:3] for one in found], [("x.bcf", 0, "warning"), ("x.bcf", 0, "reference")])
+        self.file("x.tex", document.replace("{x.bib}", "{none.bib}"))
+        self.problems(LATEX + "x.tex")
+        self.check("x", ("x.bcf", 0, "error", "Cannot find 'none.bib'!"), tool="biber")
+        self.check("none", tool="biber")  # without a control file it says nothing of a file
+
+    # What runs between the passes of an engine.
+
+    def between(self, body, head="", line="x.tex"):
+        self.preferences(RERUN="1")
+        self.file("x.tex", article(body, head))
+        return self.problems(LATEX + line)
+
+    def test_bibtex_between_passes(self):
+        self.file("r.bib", "@book{one, title={T}, author={A}, year=1999}\n@article{two title}\n")
+        found = self.between("\\cite{one}\\cite{gone}\n\\bibliographystyle{plain}\\bibliography{r}")
+        self.assertEqual([(file, line, kind) for file, line, kind, _ in found],
+                         [("x.tex", 3, "reference"), ("r.bib", 2, "error"), ("x.aux", 0, "warning")])
+        self.assertEqual(found[2][3], "empty publisher in one")
+        # One that fails runs again for the next command, so that what is wrong stays in the list.
+        self.assertIn(("r.bib", 2, "error", "I was expecting a `,' or a `}'"), self.problems(LATEX + "x.tex"))
+        self.file("r.bib", "@book{one, title={T}, author={A}, year=1999, publisher={P}}\n")
+        self.assertEqual([(file, kind) for file, _, kind, _ in self.problems(LATEX + "x.tex")], [("x.tex", "reference")])
+
+    def test_biber_between_passes(self):
+        self.file("r.bib", "@book{one, title=nomacro, author={A}, date={2020}}\n")
+        found = self.between("\\cite{one}\\cite{gone}\\printbibliography",
+                             "\\usepackage{biblatex}\\addbibresource{r.bib}")
+        self.assertIn(("r.bib", 1, "warning", 'warning: undefined macro "nomacro"'), found)
+        # What the engine says of it too is not repeated.
+        self.assertEqual([(file, "gone" in text) for file, _, kind, text in found if kind == "reference"],
+                         [("x.bbl", True), ("x.tex", True)])
+
+    def test_makeindex_between_passes(self):
+        found = self.between("a\\index{a|(}\\index{b@c@d}\n\\printindex", "\\usepackage{makeidx}\\makeindex")
+        self.assertEqual([(file, line, kind) for file, line, kind, _ in found],
+                         [("x.idx", 2, "error"), ("x.idx", 1, "warning")])
+
+    def test_an_output_folder_between_passes(self):
+        self.file("r.bib", "@article{two title}\n@book{one, title={T}, author={A}, year=1999, publisher={P}}\n")
+        os.mkdir(os.path.join(self.work, "out"))
+        found = self.between("\\cite{one}\\bibliographystyle{plain}\\bibliography{r}", line="-output-directory=out x.tex")
+        self.assertIn(("r.bib", 1, "error", "I was expecting a `,' or a `}'"), found)
+
     # The list itself.
 
     def test_other_programs_report_nothing(self):

@@ -1,6 +1,7 @@
 """zathura and xdvi, the real ones, show what runs leave: one window, read again, told the line that was edited."""
 
 import os
+import shutil
 import signal
 import sys
 import unittest
@@ -12,7 +13,7 @@ from harness import BUILD, Applications, DesktopTest, wait_until  # noqa: E402
 
 ZATHURA = "org.pwmt.zathura"
 QUILLON = os.path.join(BUILD, "bin", "quillon")
-TYPESET, VIEW_PDF = "ctrl+t", "ctrl+p"
+TYPESET, VIEW_PDF, SHOW = "ctrl+t", "ctrl+p", "ctrl+j"
 PAGES = "\\documentclass{article}\\begin{document}\n%s\\end{document}\n"
 
 
@@ -116,6 +117,29 @@ class RealViewers(Applications, DesktopTest):
         wait_until(lambda: self.zathura("pagenumber") == 6, "page 7, counted from 0")
         self.assertEqual(self.active(), self.window)
 
+    def test_a_key_shows_the_edited_line_in_zathura_and_brings_it_forward(self):
+        path = self.pages("paper.tex", 8)
+        self.start_with(path, ADDSPECIALS="1", Editor=self.recorder("kate"))
+        wait_until(self.zathura_is_there, "zathura")
+        self.wait_for_run(os.path.join(self.work, "paper.pdf"), 0)
+        (window,) = self.xdotool("search", "--onlyvisible", "--class", "zathura")
+        for line, page in (("20", 6), ("11", 3)):
+            self.assertEqual(self.run_program(QUILLON, "edit", "+" + line, path).returncode, 0)
+            self.activate(self.window)
+            self.press(SHOW, lambda: self.active() == window, "the viewer in front")
+            wait_until(lambda: self.zathura("pagenumber") == page, f"the page of line {line}")
+        self.assertNotIn("paper.pdf is shown", self.console())
+
+    def test_a_key_shows_the_first_problem_in_zathura(self):
+        path = self.pages("paper.tex", 6)
+        with open(path, encoding="utf-8") as file:
+            text = file.read().replace("Page 5.", "Page 5, \\ref{nowhere}.")
+        self.file("paper.tex", text)
+        self.start_with(path, ADDSPECIALS="1")
+        wait_until(self.zathura_is_there, "zathura")
+        self.wait_for_run(os.path.join(self.work, "paper.pdf"), 0)
+        self.press(SHOW, lambda: self.zathura("pagenumber") == 4, "page 5, counted from 0")
+
     def test_a_click_in_zathura_opens_the_editor_at_the_line(self):
         path = self.pages("it's a paper.tex", 3)
         self.start_with(path, ADDSPECIALS="1", Editor=self.recorder("kate"))
@@ -137,6 +161,44 @@ class RealViewers(Applications, DesktopTest):
         self.assertEqual((option, file), ("--line", path))
         self.assertIn(int(line), range(2, 5), "the lines of page 1")
 
+    def opened_by_a_click(self, viewer, click):
+        """The line that the editor was told after the set-up wrote the viewer's settings and CLICK was done in its window
+        at places down the page."""
+        path = self.pages("it's a paper.tex", 3)
+        setpaths = os.path.join(BUILD, "bin", "setpaths")
+        self.run_program(setpaths, "--defaults")
+        self.write_preferences("".join(f"{key}={value}\n" for key, value in
+                                       dict(self.settings(), Editor=self.recorder("kate")).items()))
+        self.assertEqual(self.run_program(setpaths, "--reverse-search", viewer).returncode, 0)
+        self.assertEqual(self.run_program("pdflatex", "-synctex=1", os.path.basename(path)).returncode, 0)
+        self.start_window("it's a paper", viewer, os.path.join(self.work, "it's a paper.pdf"))
+        self.activate(self.window)
+
+        def clicked():
+            for y in range(200, 420, 12):
+                if self.starts("kate"):
+                    return True
+                self.xdotool("mousemove", "--window", self.window, "250", str(y))
+                click()
+            return self.starts("kate")
+
+        wait_until(clicked, "the editor")
+        option, line, file = self.starts("kate")[0]
+        self.assertEqual((option, file), ("--line", path))
+        return int(line)
+
+    @unittest.skipUnless(shutil.which("okular"), "Okular, which brings a whole desktop along, is not installed")
+    def test_a_click_in_okular_opens_the_editor_once_its_settings_are_written(self):
+        line = self.opened_by_a_click("okular", lambda: self.xdotool("keydown", "shift", "click", "1", "keyup", "shift"))
+        self.assertIn(line, range(2, 5), "the lines of page 1")
+
+    def test_the_menu_of_a_click_in_qpdfview_opens_the_editor_once_its_settings_are_written(self):
+        def choose():
+            # The first item of the menu is the one for the source, where a text is.
+            self.xdotool("click", "3", "sleep", "0.3", "key", "Down", "Return", "sleep", "0.3", "key", "Escape")
+
+        self.assertIn(self.opened_by_a_click("qpdfview", choose), range(2, 5), "the lines of page 1")
+
     def test_xdvi_shows_the_line_that_was_edited_last(self):
         path = self.pages("paper.tex", 4)
         self.start_with(path, USEPDFTEX="0", ADDSPECIALS="1", EDITEDFILE=path, EDITEDLINE="8")
@@ -153,6 +215,19 @@ class RealViewers(Applications, DesktopTest):
         # What told it the line was another xdvi, which ends then.
         wait_until(lambda: self.viewers("xdvi") == [viewer], "one viewer")
         self.assertEqual(self.active(), self.window)
+
+    def test_a_key_shows_the_edited_line_in_xdvi_and_brings_it_forward(self):
+        path = self.pages("paper.tex", 4)
+        self.start_with(path, USEPDFTEX="0", ADDSPECIALS="1", EDITEDFILE=path, EDITEDLINE="2")
+        (window,) = wait_until(lambda: self.xdotool("search", "--onlyvisible", "--class", "XDvi"), "the viewer's window")
+        self.wait_for_run(os.path.join(self.work, "paper.dvi"), 0)
+        (viewer,) = wait_until(lambda: len(self.viewers("xdvi")) == 1 and self.viewers("xdvi"), "one viewer")
+        before = self.picture(window)
+        self.add_preferences("EDITEDLINE=11\n")
+        self.activate(self.window)
+        self.press(SHOW, lambda: self.active() == window, "the viewer in front")
+        wait_until(lambda: self.picture(window) != before, "another page")
+        wait_until(lambda: self.viewers("xdvi") == [viewer], "one viewer")
 
 
 if __name__ == "__main__":

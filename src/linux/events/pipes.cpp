@@ -10,6 +10,7 @@
 
 #include "common/activation.h"
 #include "common/places.h"
+#include "linux/events/plain_programs.h"
 #include "linux/events/tokens.h"
 #include "toolbox/processes.h"
 
@@ -38,14 +39,9 @@ std::FILE *open_pipe(const char *command, const char *mode) {
     std::string line;
     if (!folder.empty())
         line = "PATH=" + single_quoted(folder) + "${PATH:+:$PATH}; export PATH\n";
-    line += std::string("QUILLON_FOLLOWS=") +
-            (open_hints.document_follows ? "document"
-             : open_hints.line_follows   ? "line"
-                                         : "nothing") +
-            "; export QUILLON_FOLLOWS\n";
-    if (open_hints.after_run)
-        line += "QUILLON_AFTER_RUN=1; export QUILLON_AFTER_RUN\n";
-    std::vector<std::string> variables;
+    std::vector<std::string> variables = hint_variables(open_hints.document_follows ? "document"
+                                                        : open_hints.line_follows   ? "line"
+                                                                                    : "nothing");
     common::put_token(variables, fresh_token(""));
     for (const std::string &variable : variables)
         line += "export " + single_quoted(variable) + "\n";

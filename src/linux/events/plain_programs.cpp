@@ -44,17 +44,28 @@ void start_pending_programs() {
     }
 }
 
+std::vector<std::string> hint_variables(const char *follows) {
+    std::vector<std::string> variables = {std::string("QUILLON_FOLLOWS=") + follows};
+    if (open_hints.after_run)
+        variables.emplace_back("QUILLON_AFTER_RUN=1");
+    if (open_hints.shows_place)
+        variables.push_back("QUILLON_SHOW_PLACE=" +
+                            (open_hints.place_file && open_hints.place_line > 0
+                                 ? std::to_string(open_hints.place_line) + " " + open_hints.place_file
+                                 : ""));
+    return variables;
+}
+
 OSErr open_in_application(const std::string &application, const char *document) {
     common::Spawn command;
     command.program = common::above_own_program(2) + "/Helpers/open";
     command.words = {"open", "-a", application};
     if (document)
         command.words.emplace_back(document);
-    // No command that goes to a line follows.
     command.environment = common::own_environment();
-    command.environment.emplace_back("QUILLON_FOLLOWS=nothing");
-    if (open_hints.after_run)
-        command.environment.emplace_back("QUILLON_AFTER_RUN=1");
+    // No command that goes to a line follows.
+    for (std::string &variable : hint_variables("nothing"))
+        command.environment.push_back(std::move(variable));
     common::put_token(command.environment, fresh_token(application));
     pid_t pid = 0;
     if (common::spawn(command, &pid) != 0)

@@ -29,6 +29,9 @@ void start_pending_programs();
 // Starts the application at the POSIX path APPLICATION, with the document at the POSIX path DOCUMENT unless
 // that is null. permErr when it cannot be started; the reason is then on standard error.
 OSErr open_in_application(const std::string &application, const char *document);
+// What open_hints tells the commands of the pipe, as variables of the environment ("NAME=value"). FOLLOWS is
+// the step after the command: "document", "line" or "nothing".
+std::vector<std::string> hint_variables(const char *follows);
 // Keeps PATH as the name under which the plain program PID was asked for, and answers it; a program may do
 // different things under different names. Empty when it was not asked for.
 void remember_asked_path(pid_t pid, const std::string &path);

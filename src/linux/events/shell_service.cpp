@@ -121,6 +121,8 @@ static void answer_with_result(sd_bus_message *call, OSErr result, const AppleEv
     }
     const std::string summary =
         summed_up ? common::valid_utf8(reply_text(reply, four("summ"))) : std::string();
+    if (const std::string document = reply_text(reply, four("docm")); !document.empty())
+        append_bytes_entry(answer, "document", document);
     if (!summary.empty())
         sd_bus_message_append(answer, "{sv}", "summary", "s", summary.c_str());
     sd_bus_message_close_container(answer);
@@ -203,6 +205,7 @@ static int queue_event(AppleEvent event, sd_bus_message *call, AnswerProcedure a
 // The options of the method Run.
 struct RunOptions {
     int view = 0, edit = 0, answer = 0, follow = 0, summary = 0;
+    int document = 0; // the command is the POSIX path of a document, which is typeset as the settings say
 };
 
 // Queues the event that runs COMMAND in FOLDER (a POSIX path, may be empty). OPTIONS is null for a command
@@ -218,8 +221,17 @@ static int queue_exec(const std::string &command, const std::string &folder, con
         put_number(&event, four("rslt"), 1);
         put_number(&event, four("foll"), options->follow);
     }
-    AEPutParamPtr(&event, keyDirectObject, typeChar, command.data(), command.size());
     FSSpec spec;
+    if (options && options->document) {
+        if (!locate_posix(command, &spec)) {
+            AEDisposeDesc(&event);
+            return sd_bus_error_setf(error, SD_BUS_ERROR_INVALID_ARGS, "there is no file %s",
+                                     printable(command));
+        }
+        AEPutParamPtr(&event, four("docm"), typeFSS, &spec, sizeof spec);
+    } else {
+        AEPutParamPtr(&event, keyDirectObject, typeChar, command.data(), command.size());
+    }
     if (!folder.empty()) {
         if (!locate_posix(folder, &spec)) {
             AEDisposeDesc(&event);
@@ -265,12 +277,13 @@ static int method_run(sd_bus_message *call, void *, sd_bus_error *error) {
         const char *name = nullptr;
         sd_bus_message_read(call, "s", &name);
         const std::string_view option = name;
-        int *const value = option == "view"      ? &options.view
-                           : option == "edit"    ? &options.edit
-                           : option == "answer"  ? &options.answer
-                           : option == "follow"  ? &options.follow
-                           : option == "summary" ? &options.summary
-                                                 : nullptr;
+        int *const value = option == "view"       ? &options.view
+                           : option == "edit"     ? &options.edit
+                           : option == "answer"   ? &options.answer
+                           : option == "follow"   ? &options.follow
+                           : option == "summary"  ? &options.summary
+                           : option == "document" ? &options.document
+                                                  : nullptr;
         if (!value)
             return sd_bus_error_setf(error, SD_BUS_ERROR_INVALID_ARGS, "there is no option %s", name);
         if ((result = sd_bus_message_read(call, "v", "b", value)) < 0)

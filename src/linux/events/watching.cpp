@@ -112,10 +112,9 @@ int WatchRunEnded(const char *main, BoundedBuffer &problem, BoundedBuffer &endle
     endless.clear();
     if (WatchedFiles() == 0)
         return 1;
-    const int before = watch.descriptor();
     watch.run_ended(main, &reason);
-    if (watch.descriptor() != before)
-        serve();
+    // Another document has another descriptor, which may have the same number.
+    serve();
     look_when_due();
     problem.copy_cut(reason);
     endless.copy_cut(watch.endless());

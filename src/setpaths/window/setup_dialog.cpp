@@ -81,6 +81,12 @@ class TypedCell : public QStyledItemDelegate {
     std::function<void(int row, const QString &text)> typed_;
 };
 
+std::unique_ptr<Ui::SetUp> make_form(QDialog *dialog) {
+    auto form = std::make_unique<Ui::SetUp>();
+    form->setupUi(dialog);
+    return form;
+}
+
 // Shows the waiting cursor while a program or a disk keeps the window from answering.
 struct Busy {
     Busy() { QGuiApplication::setOverrideCursor(Qt::WaitCursor); }
@@ -92,8 +98,8 @@ struct Busy {
 } // namespace
 
 SetupDialog::SetupDialog(const SetupWindowHost &host)
-    : host_(host), ui_(std::make_unique<Ui::SetUp>()), proposal_(host.propose(host.home, "")) {
-    ui_->setupUi(this);
+    : host_(host), ui_(make_form(this)), reverse_(host, *ui_, [this](const QString &text) { say(text); }),
+      proposal_(host.propose(host.home, "")) {
     // The folder of programs that the person chose before comes before PATH.
     if (std::string folder; host_.value("TEXBIN", &folder) && !folder.empty())
         proposal_ = host_.propose(host_.home, common::to_posix_path(folder, proposal_.space));
@@ -137,8 +143,11 @@ SetupDialog::~SetupDialog() = default;
 // The keyboard goes to what a page is for.
 void SetupDialog::show_page() {
     QWidget *const page = ui_->pages->currentWidget();
+    if (page == ui_->reverse_page)
+        reverse_.look();
     QWidget *const first = page == ui_->paths_page       ? static_cast<QWidget *>(ui_->paths)
                            : page == ui_->databases_page ? static_cast<QWidget *>(ui_->use_databases)
+                           : page == ui_->reverse_page   ? static_cast<QWidget *>(ui_->reverse_viewer)
                                                          : static_cast<QWidget *>(ui_->editor);
     first->setFocus();
 }
@@ -353,6 +362,14 @@ void SetupDialog::accept() {
         written_ = true;
         QDialog::accept();
     }
+}
+
+// While another window had the keyboard, a viewer may have begun or ended.
+void SetupDialog::changeEvent(QEvent *event) {
+    QDialog::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && isActiveWindow() &&
+        ui_->pages->currentWidget() == ui_->reverse_page)
+        reverse_.look();
 }
 
 void SetupDialog::say(const QString &text) {

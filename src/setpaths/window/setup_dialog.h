@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "common/offered_applications.h"
+#include "setpaths/window/reverse_page.h"
 #include "setpaths/window/setup_window.h"
 
 class QCheckBox;
@@ -28,6 +29,9 @@ class SetupDialog : public QDialog {
     bool written() const { return written_; }
     // Saves and closes; when something cannot be written, the window says so and stays.
     void accept() override;
+
+  protected:
+    void changeEvent(QEvent *event) override;
 
   private:
     struct Program {
@@ -67,6 +71,7 @@ class SetupDialog : public QDialog {
 
     const SetupWindowHost &host_;
     std::unique_ptr<Ui::SetUp> ui_;
+    ReversePage reverse_;
     Proposal proposal_;
     bool other_distribution_ = false;
     bool written_ = true;

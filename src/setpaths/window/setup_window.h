@@ -7,11 +7,12 @@
 
 #include "setpaths/defaults.h"
 #include "setpaths/findings.h"
+#include "setpaths/reverse_search.h"
 
 namespace setpaths {
 
-// What the set-up lends to its window: see preferences.h, defaults.h, findings.h and databases.h for the
-// procedures.
+// What the set-up lends to its window: see preferences.h, defaults.h, findings.h, databases.h and
+// reverse_search.h for the procedures.
 struct SetupWindowHost {
     std::string home; // the binaries folder
     bool (*value)(const char *key, std::string *value);
@@ -19,6 +20,9 @@ struct SetupWindowHost {
     std::vector<Finding> (*findings)(const Proposal &proposal);
     bool (*write_settings)(const Values &changes, const Proposal &proposal);
     bool (*write_databases)(const std::string &home); // and tells the shell that runs
+    std::vector<ReverseSearch> (*reverse_searches)(const std::string &home);
+    std::string (*described)(const ReverseSearch &wanted);
+    bool (*write_reverse_search)(const ReverseSearch &wanted, std::string *said);
 };
 
 // Shows the window until the person closes it and puts the exit status of the program into STATUS. False at
