@@ -54,9 +54,12 @@ class SnapshotTest(HostTest):
         """Starts the program in the background for a document."""
         folder = folder or self.work
         more.setdefault("env", self.environment)
-        return subprocess.Popen([BACKGROUND, "--snapshot", self.tool, self.engine, folder, f"{folder}/{name}.tex",
-                                 *COMMAND, *options, name], stdin=subprocess.DEVNULL,
-                                stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, **more)
+        words = [BACKGROUND, "--snapshot", self.tool, self.engine, folder, f"{folder}/{name}.tex",
+                 *COMMAND, *options, name]
+        process = subprocess.Popen(words, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                                   text=True, **more)
+        self.addCleanup(stop, process)
+        return process
 
     def remember(self, name="doc", folder=None, options=(), **more):
         """What the program in the background says of a document when it is run by hand."""

@@ -68,7 +68,6 @@ class Faults(SnapshotTest):
         self.document(["\\usepackage{my}"], "\\mine")
         for text in "bcd":
             process = self.background()
-            self.addCleanup(stop, process)
             runtime = os.path.join(self.environment["XDG_RUNTIME_DIR"], "quillon")
 
             def dumping():
@@ -186,7 +185,6 @@ class Faults(SnapshotTest):
     def test_the_work_ends_with_the_session(self):
         self.document(PREAMBLE)
         process = self.background()
-        self.addCleanup(stop, process)
         wait_until(lambda: os.path.isdir(self.snapshots), "the work")
         stop(self.daemon)
         self.assertRegex(self.end_of(process), "^no snapshot: ")
