@@ -370,6 +370,8 @@ void Run::take_output(std::string_view bytes) {
         pass_output(bytes);
         return;
     }
+    may_wait_ = false;
+    open_line_ = bytes.back() != '\n';
     const std::string whole = snapshot_output_.take(bytes);
     if (!whole.empty())
         pass_output(whole);

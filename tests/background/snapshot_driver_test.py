@@ -58,7 +58,7 @@ class Driver(SnapshotTest):
         self.assert_remembered(["\\usepackage{makeidx}", "\\makeindex"], "a\\index{a}")
 
     def test_a_file_that_is_written_ends_the_snapshot_before(self):
-        said = self.assert_remembered(["\\newcommand\\x{y}", 
+        said = self.assert_remembered(["\\newcommand\\x{y}",
                                        "\\newwrite\\f\\immediate\\openout\\f=f.txt\\immediate\\write\\f{z}"],
                                       "\\x", lines=2)
         self.assertIn("it writes f.txt", said)

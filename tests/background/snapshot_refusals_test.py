@@ -60,6 +60,10 @@ class Refusals(SnapshotTest):
         self.document(["\\edef\\x{\\the\\pdfrandomseed}"], "\\x")
         self.assertEqual(self.remember(), "refused: it is different at every run: doc.pdf")
 
+    def test_a_preamble_that_says_too_much(self):
+        self.document(["\\newcount\\n\\loop\\ifnum\\n<9000\\advance\\n1\\message{" + "much " * 20 + "}\\repeat"])
+        self.assertEqual(self.remember(), "refused: it says too much")
+
     def test_a_body_in_another_file(self):
         self.file("body.tex", "\\begin{document}x\\end{document}\n")
         self.file("doc.tex", "\\documentclass{article}\n\\input{body}\n")

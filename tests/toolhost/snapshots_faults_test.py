@@ -34,6 +34,22 @@ class Faults(SnapshotTest):
         self.assertIn("its snapshot has gone", log)
         self.assertEqual(log.replace("The preamble was executed: its snapshot has gone.\n", ""), first)
 
+    def test_an_error_when_the_snapshot_has_just_gone_is_seen(self):
+        folder = os.path.join(self.home, "bin")
+        os.makedirs(folder)
+        self.engine = self.file("pdftex", f"#!/bin/sh\n[ -e '{self.home}/remove' ] && rm -rf '{self.snapshots}'/doc-*\n"
+                                f"exec {ENGINE} \"$@\"\n", folder, 0o755)
+        os.symlink(shutil.which("kpsewhich"), os.path.join(folder, "kpsewhich"))
+        self.tool = self.bundle("pdftex", self.engine, "PXET")
+        self.document(PREAMBLE)
+        # The engine asks what to do, and nobody can answer.
+        options = ("-interaction=errorstopmode",)
+        self.typeset(options=options)
+        self.assertEqual(len(self.kept()), 1)
+        self.document(PREAMBLE, "\\undefinedcommand")
+        self.file("remove", "", self.home)
+        self.assertIn("l.6 \\undefinedcommand", self.typeset(options=options, status=1))
+
     def test_two_documents_of_one_name(self):
         other = os.path.join(self.home, "other")
         for folder, text in ((self.work, "here"), (other, "there")):
@@ -52,7 +68,6 @@ class Faults(SnapshotTest):
         self.document(["\\usepackage{my}"], "\\mine")
         for text in "bcd":
             process = self.background()
-            self.addCleanup(stop, process)
             runtime = os.path.join(self.environment["XDG_RUNTIME_DIR"], "quillon")
 
             def dumping():
@@ -62,7 +77,7 @@ class Faults(SnapshotTest):
             wait_until(lambda: os.path.isdir(runtime) and dumping(), "the dump")
             self.file("my.sty", f"\\newcommand\\mine{{{text}}}\n", self.work)
             self.settle(style)
-            self.assertRegex(process.communicate(timeout=100)[0], "^no snapshot: ")
+            self.assertRegex(self.end_of(process), "^no snapshot: ")
             self.assertEqual(self.kept(), [])
         self.assertEqual(self.remember(), "snapshot: 2 of 2 lines")
 
@@ -101,7 +116,7 @@ class Faults(SnapshotTest):
     def test_eight_requests_at_once_for_one_document(self):
         self.document(PREAMBLE)
         processes = [self.background() for _ in range(8)]
-        said = [process.communicate(timeout=100)[0].strip() for process in processes]
+        said = [self.end_of(process) for process in processes]
         self.assertEqual(sorted(said), sorted(["snapshot: 4 of 4 lines", *["the snapshot holds"] * 7]))
         self.assertEqual(len(self.kept()), 1)
 
@@ -112,7 +127,7 @@ class Faults(SnapshotTest):
                 signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
                 resource.setrlimit(resource.RLIMIT_FSIZE, (size, size))
             process = self.background(preexec_fn=fill, restore_signals=False)
-            said = process.communicate(timeout=100)[0]
+            said = self.end_of(process)
             self.assertRegex(said, "^no snapshot: ")
             self.assertEqual(self.kept(), [])
         self.assertEqual(self.remember(), "snapshot: 4 of 4 lines")
@@ -170,10 +185,9 @@ class Faults(SnapshotTest):
     def test_the_work_ends_with_the_session(self):
         self.document(PREAMBLE)
         process = self.background()
-        self.addCleanup(stop, process)
         wait_until(lambda: os.path.isdir(self.snapshots), "the work")
         stop(self.daemon)
-        self.assertRegex(process.communicate(timeout=100)[0], "^no snapshot: ")
+        self.assertRegex(self.end_of(process), "^no snapshot: ")
         self.assertEqual(self.kept(), [])
 
 
