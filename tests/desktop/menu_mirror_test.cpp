@@ -4,6 +4,7 @@
 #include <QMenuBar>
 #include <gtest/gtest.h>
 
+#include "state/job_state.h"
 #include "toolbox/events.h"
 
 namespace quillon::desktop {
@@ -38,6 +39,14 @@ TEST_F(Mirror, ItemsShowTextMarkKeyAndSeparator) {
     EXPECT_EQ(shown.actions()[0]->shortcut(), QKeySequence(QStringLiteral("Ctrl+T")));
     EXPECT_TRUE(shown.actions()[0]->isChecked());
     EXPECT_TRUE(shown.actions()[1]->isSeparator());
+}
+
+TEST_F(Mirror, TheSubstituteOfABlankIsShownAsOne) {
+    space_char = 31;
+    AppendMenuItemText(menu_, "Typeset \"a\x1Fpaper.tex\"");
+    MirrorMenu shown(menu_, nullptr);
+    shown.mirror();
+    EXPECT_EQ(shown.actions()[3]->text(), QStringLiteral("Typeset \"a paper.tex\""));
 }
 
 TEST_F(Mirror, AnEmptyMenuSaysSoAndHasNoItem) {
