@@ -52,9 +52,9 @@ class Golden(HomeTest):
         """What differs from host to host, as words in capitals."""
         for path, word in ((self.work, "WORK"), (os.path.realpath(self.binaries), "BINARIES"), (self.home, "HOME")):
             text = text.replace(path, word)
-        text = re.sub(r"This is pdfTeX, Version .*", "This is pdfTeX", text)
+        text = re.sub(r"(?i)(This is (?:pdfTeX|BibTeX|makeindex)), Version .*", r"\1", text)
         text = re.sub(r"\{/[^}]*pdftex\.map\}|</[^>]*\.pfb>", "", text)
-        return re.sub(r"\(1 page, \d+ bytes\)", "(1 page)", text)
+        return re.sub(r"\((\d+ pages?), \d+ bytes\)", r"(\1)", text)
 
     def run_golden(self, path):
         self.options = []
