@@ -3,13 +3,14 @@
 import os
 import shutil
 import signal
+import subprocess
 import sys
 import unittest
 
 import dbus
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
-from harness import BUILD, Applications, DesktopTest, wait_until  # noqa: E402
+from harness import BUILD, Applications, DesktopTest, stop, wait_until  # noqa: E402
 
 ZATHURA = "org.pwmt.zathura"
 QUILLON = os.path.join(BUILD, "bin", "quillon")
@@ -94,6 +95,20 @@ class RealViewers(Applications, DesktopTest):
             self.assertEqual(self.active(), self.window)
         self.assertEqual(self.viewers("zathura"), [viewer])
         self.assertEqual(self.xdotool("search", "--onlyvisible", "--class", "zathura"), window)
+
+    def test_a_save_reloads_it_while_the_person_goes_on_writing(self):
+        path = self.pages("paper.tex", 1)
+        self.start_with(path, WATCH="1")
+        wait_until(self.zathura_is_there, "zathura")
+        self.wait_for_run(os.path.join(self.work, "paper.pdf"), 0)
+        writer = subprocess.Popen(["xterm", "-title", "an editor", "-e", "cat"], env=self.environment)
+        self.addCleanup(stop, writer)
+        (window,) = wait_until(lambda: self.windows("^an editor$"), "the editor")
+        self.activate(window)
+        for count in (2, 3):
+            self.pages("paper.tex", count)
+            wait_until(lambda: self.zathura("numberofpages") == count, "the new pages")
+            self.assertEqual(self.active(), window)
 
     def test_a_viewer_that_the_person_asks_for_comes_forward(self):
         path = self.pages("paper.tex", 1)
