@@ -98,6 +98,7 @@ EngineRun run(const Workshop &shop, std::vector<std::string> words, const toolho
         // This process too is ended when a piece of its work takes too long.
         alarm(longest_piece);
         const bool waited = await(process, shop, &status);
+        alarm(longest_piece); // what follows is a piece of its own
         result.ended = waited && WIFEXITED(status);
         result.too_long = waited && WIFSIGNALED(status) && WTERMSIG(status) == SIGXCPU;
         result.status = WEXITSTATUS(status);
