@@ -129,6 +129,22 @@ class Watch(ServiceTest):
         self.assertEqual(self.output().count("Processing --"), 2, self.output())
         self.assertIn("Manual", self.text_of())
 
+    def test_every_engine_that_a_document_may_ask_for(self):
+        self.file("part.tex", "Before.\n")
+        for program in ("latex", "lualatex", "xelatex"):
+            text = (f"% !TEX program = {program}\n\\documentclass{{article}}\\begin{{document}}\\input{{part}}"
+                    "\\end{document}\n")
+            self.watch(text, watched="watched", MAGICCOMMENTS="1", PDFTEXFORMAT="")
+            self.file("x.tex", text + "%\n")
+            for count in (1, 2):
+                wait_until(lambda: self.output().count("Output written on x.") == count, f"run {count} of {program}")
+                wait_until(lambda: not self.processes_of(f".app/Contents/Linux/{program}"), "its end")
+                self.idle()
+                self.file("part.tex", f"After {program} {count}.\n")
+            wait_until(lambda: self.output().count("Output written on x.") == 3, f"the last run of {program}")
+            self.shell_object().Quit(timeout=60)
+            wait_until(self.ended, "the end of the shell")
+
     def slow_engine(self):
         """An engine that runs until the file go is there."""
         self.script_tool(f"echo '{ENGINE_SAYS}'; echo >> {self.home}/began; "
