@@ -154,8 +154,8 @@ class Tokens(TokensTest):
     def test_the_set_up_gets_the_keyboard_by_its_token(self):
         self.message("no_focus [title=\"Set Up Quillon\"]")
         self.start_desktop()
-        # Set Up Paths... is the eighth item from below.
-        self.keys("-M", "alt", "o", "-m", "alt", *["-k", "Up"] * 8, "-k", "Return")
+        # Set Up Paths... is the tenth item from below.
+        self.keys("-M", "alt", "o", "-m", "alt", *["-k", "Up"] * 10, "-k", "Return")
         self.window("the set-up", name="Set Up Quillon", focused=True)
         self.keys("-k", "Escape")
         wait_until(lambda: "Set Up Quillon" not in [one["name"] for one in self.windows()], "the end of the set-up")
