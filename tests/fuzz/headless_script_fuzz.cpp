@@ -13,6 +13,7 @@
 #include "linux/events/event_sources.h"
 #include "support/temporary_home.h"
 #include "toolbox/codes.h"
+#include "toolbox/dialogs.h"
 #include "toolbox/received_events.h"
 
 namespace quillon::test {
@@ -36,7 +37,7 @@ const std::vector<std::string> fuzz_words = {"\n",
                                              "\ndialog dvips\n set 4 text\n check 5 1\n press 1\n",
                                              "\ndialog none\n",
                                              "\n set 123 ",
-                                             "\n press 999\n press 1000\n",
+                                             "\n press 10099\n press 10100\n",
                                              "\n\tpress 2\n",
                                              "\n check 3 ",
                                              "12",
@@ -140,7 +141,7 @@ DialogStep expected_answer(const std::string &line) {
     const std::string whole = rest;
     const int control = cut_number(rest);
     DialogStep step = {DialogStep::press, static_cast<std::int16_t>(control), "", 0};
-    if (control < 1 || control > 999)
+    if (control < 1 || control >= first_list_row + most_list_rows)
         step.control = 0;
     if (word == "set") {
         // The text may hold zero bytes, the number not.
