@@ -134,6 +134,10 @@ class HomeTest(unittest.TestCase):
         """The processes of this test, known by its home, whose command line holds TEXT."""
         return processes.processes_of(self.home, text)
 
+    def background_has_ended(self):
+        """Whether nothing of this test works in the background. One look can miss a program that is just starting."""
+        return not processes.is_starting("quillon-background") and not self.processes_of("quillon-background")
+
     def running_as(self, name, text=""):
         """Those of them that are by now a program whose file's name begins with NAME, and not what starts it."""
         return [process for process in self.processes_of(text) if processes.program_name(process).startswith(name)]

@@ -61,6 +61,19 @@ def parent_of(pid):
     return int(status_field(pid, 1))
 
 
+def is_starting(name):
+    """Whether a process has just become the program NAME, so that its command line cannot be read yet."""
+    for entry in os.listdir("/proc"):
+        try:
+            if entry.isdigit() and program_name(entry) == name:
+                with open(f"/proc/{entry}/cmdline", "rb") as file:
+                    if not file.read() and alive(entry):
+                        return True
+        except OSError:
+            continue
+    return False
+
+
 def processes_of(home, text):
     """The processes with HOME in their environment or command line whose command line holds TEXT."""
     found = []

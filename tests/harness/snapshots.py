@@ -109,7 +109,7 @@ class SnapshotTest(HostTest):
         return process.stdout.read().strip()
 
     def wait_for_background(self):
-        wait_until(lambda: not self.hurry(), "the end of the work in the background", 300)
+        wait_until(lambda: not self.hurry() and self.background_has_ended(), "the end of the work in the background", 300)
 
     def bare(self, name="doc", folder=None, options=(), status=0):
         """Runs the engine alone; what it printed."""

@@ -74,7 +74,7 @@ class FormatCopies(HostTest):
         # The host asks for the work when it has replied.
         tool.event("aevt", "quit")
         wait_until(tool.gone, "the host's end")
-        wait_until(lambda: not self.processes_of("quillon-background"), "the end of the work in the background")
+        wait_until(self.background_has_ended, "the end of the work in the background")
         return log
 
     def background(self, *names, **more):
