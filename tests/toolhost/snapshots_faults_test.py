@@ -17,14 +17,17 @@ PREAMBLE = ["\\usepackage{hyperref}", "\\newcommand\\x{y}", "\\typeout{the pream
 
 
 class Faults(SnapshotTest):
-    def test_a_snapshot_that_is_deleted_when_the_engine_starts(self):
-        # An engine that removes the snapshot that it was offered before it looks for it.
+    def removing_engine(self):
+        """Runs take an engine that removes the snapshot that it was offered before it looks for it, once told so."""
         folder = os.path.join(self.home, "bin")
         os.makedirs(folder)
         self.engine = self.file("pdftex", f"#!/bin/sh\n[ -e '{self.home}/remove' ] && rm -rf '{self.snapshots}'/doc-*\n"
                                 f"exec {ENGINE} \"$@\"\n", folder, 0o755)
         os.symlink(shutil.which("kpsewhich"), os.path.join(folder, "kpsewhich"))
         self.tool = self.bundle("pdftex", self.engine, "PXET")
+
+    def test_a_snapshot_that_is_deleted_when_the_engine_starts(self):
+        self.removing_engine()
         self.document(PREAMBLE)
         self.typeset()
         first = self.typeset()
@@ -35,12 +38,7 @@ class Faults(SnapshotTest):
         self.assertEqual(log.replace("The preamble was executed: its snapshot has gone.\n", ""), first)
 
     def test_an_error_when_the_snapshot_has_just_gone_is_seen(self):
-        folder = os.path.join(self.home, "bin")
-        os.makedirs(folder)
-        self.engine = self.file("pdftex", f"#!/bin/sh\n[ -e '{self.home}/remove' ] && rm -rf '{self.snapshots}'/doc-*\n"
-                                f"exec {ENGINE} \"$@\"\n", folder, 0o755)
-        os.symlink(shutil.which("kpsewhich"), os.path.join(folder, "kpsewhich"))
-        self.tool = self.bundle("pdftex", self.engine, "PXET")
+        self.removing_engine()
         self.document(PREAMBLE)
         # The engine asks what to do, and nobody can answer.
         options = ("-interaction=errorstopmode",)
