@@ -42,6 +42,22 @@ void Host::merge_problems() {
     outcome_.report = report_run(pages_, engine_problems_, milliseconds());
 }
 
+// Asks the passes what a run that ended with OUTCOME makes necessary. False for nothing.
+bool Host::has_next_program(const Outcome &outcome, bool is_engine) {
+    if (outcome.cancelled || (is_engine && (outcome.exit_code != 0 || outcome.edit)))
+        return false;
+    if (is_engine)
+        passes_->engine_ended(files_);
+    else
+        passes_->program_ended(outcome.exit_code == 0);
+    if (passes_->next(&next_))
+        return true;
+    if (!passes_->unstable().empty())
+        say("Still not stable after " + std::to_string(Passes::most) + " passes: " + passes_->unstable() +
+            " changes each time.");
+    return false;
+}
+
 bool Host::has_next_step(const Outcome &outcome) {
     const bool is_engine = beside_.tool.empty();
     if (is_engine) {
@@ -59,18 +75,10 @@ bool Host::has_next_step(const Outcome &outcome) {
         problems_beside_[next_.folder + "\n" + next_.command] = run_->problems();
     }
     outcome_.cancelled = outcome.cancelled;
-    if (outcome.cancelled || (is_engine && (outcome.exit_code != 0 || outcome.edit)))
+    const bool again = is_engine && run_->is_mixed() && !outcome.cancelled && !outcome.edit &&
+                       passes_->run_again(run_->document(), &next_);
+    if (!again && !has_next_program(outcome, is_engine))
         return false;
-    if (is_engine)
-        passes_->engine_ended(files_);
-    else
-        passes_->program_ended(outcome.exit_code == 0);
-    if (!passes_->next(&next_)) {
-        if (!passes_->unstable().empty())
-            say("Still not stable after " + std::to_string(Passes::most) + " passes: " + passes_->unstable() +
-                " changes each time.");
-        return false;
-    }
     // Only the problems of the last pass are reported.
     if (next_.tool.empty()) {
         unlink(outcome_.report.problems.c_str());

@@ -71,6 +71,7 @@ class Host : public RunOwner {
     void prepare_command();
     bool goes_on(const Outcome &outcome);
     bool has_next_step(const Outcome &outcome);
+    bool has_next_program(const Outcome &outcome, bool is_engine);
     void merge_problems();
     void next_step();
     void say(const std::string &line);

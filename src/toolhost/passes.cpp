@@ -339,11 +339,22 @@ bool Passes::next(NextProgram *next) {
         unstable_ = common::leaf_of(changed);
         return false;
     }
+    begin_pass(reason_for(changed), next);
+    return true;
+}
+
+bool Passes::run_again(const std::string &path, NextProgram *next) {
+    if (pass_ == most)
+        return false;
+    begin_pass(common::leaf_of(path), next);
+    return true;
+}
+
+void Passes::begin_pass(const std::string &reason, NextProgram *next) {
     pass_++;
     *next = {};
-    next->reason = reason_for(changed);
+    next->reason = reason;
     note_contents();
-    return true;
 }
 
 void Passes::keep_record(const RecordedFiles &files, const std::string &output, bool whole) {

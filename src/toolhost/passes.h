@@ -41,6 +41,9 @@ class Passes {
     void program_ended(bool well);
     // Fills NEXT with what is to run now. False when the document is stable, or does not become so.
     bool next(NextProgram *next);
+    // Fills NEXT with one more run of the engine, since the file at PATH was changed just when this pass read
+    // it. False after the last pass.
+    bool run_again(const std::string &path, NextProgram *next);
     // Keeps what is known of the document for its next run. OUTPUT is what the engine made, empty for
     // nothing. WHOLE: the last pass came to the end of the document.
     void keep_record(const RecordedFiles &files, const std::string &output, bool whole);
@@ -65,6 +68,7 @@ class Passes {
 
     static Content content_of(const std::string &path);
     void note_contents();
+    void begin_pass(const std::string &reason, NextProgram *next);
     bool has_changed(const std::string &path) const;
     void plan_programs();
     void plan_bibliography(const std::string &aux);

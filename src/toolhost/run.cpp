@@ -373,6 +373,8 @@ void Run::take_output(std::string_view bytes) {
     may_wait_ = false;
     open_line_ = bytes.back() != '\n';
     const std::string whole = snapshot_output_.take(bytes);
+    if (!snapshot_output_.looks())
+        compare_preamble();
     if (!whole.empty())
         pass_output(whole);
 }

@@ -100,6 +100,11 @@ class Run {
     const std::string &command() const { return command_; }
     // Returns the call whose preamble could be remembered and is not, null when there is none.
     const SnapshotCall *to_remember() const { return to_remember_ ? &snapshot_call_ : nullptr; }
+    // Returns whether the preamble was another one already when the engine took up its document behind it, so
+    // that what the run has made is that of neither document.
+    bool is_mixed() const { return mixed_; }
+    // Returns the document, as an absolute POSIX path; empty when the command names none.
+    const std::string &document() const { return main_; }
 
   private:
     bool prepare(std::vector<std::string> words, const std::string &folder);
@@ -112,6 +117,7 @@ class Run {
     void settle_formats();
     void look_for_snapshot(const Launch &launch, const Variables &environment);
     void offer_found_snapshot(Variables &environment) const;
+    void compare_preamble();
     void settle_snapshot();
     void say_of_snapshot(const std::string &what);
     void choose_program();
@@ -193,6 +199,7 @@ class Run {
     bool cancelled_ = false;
     bool ended_ = false;
     bool told_to_stop_ = false;
+    bool mixed_ = false;
     bool to_remember_ = false; // the call of the snapshot that there is none of
 };
 

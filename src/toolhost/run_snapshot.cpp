@@ -41,15 +41,25 @@ void Run::say_of_snapshot(const std::string &what) {
     owner_.run_printed(line);
 }
 
+// Looks whether the engine passed over the lines that the snapshot has executed. A document that is saved
+// between the look for its snapshot and the moment when the engine reads it has others there.
+void Run::compare_preamble() {
+    Preamble now;
+    mixed_ = !read_preamble(main_, &now) || now.text != snapshot_.preamble;
+}
+
 // Completes what the run has left, as if the engine had executed the preamble. A snapshot that had gone when
 // the engine looked for it leaves a log and a list that are whole already.
 void Run::settle_snapshot() {
     if (snapshot_.folder.empty())
         return;
+    if (snapshot_output_.looks())
+        compare_preamble();
     if (const std::string held = snapshot_output_.finish(); !held.empty())
         pass_output(held);
     complete_log(output_stem(engine_) + ".log", snapshot_texts_);
     const bool used = complete_list(recorder_file(engine_, *parser_), snapshot_, snapshot_texts_);
+    mixed_ = mixed_ && used;
     to_remember_ = !used;
     say_of_snapshot(used ? "The preamble was remembered."
                          : "The preamble was executed: its snapshot has gone.");

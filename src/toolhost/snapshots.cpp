@@ -261,6 +261,7 @@ SnapshotState find_snapshot(const SnapshotCall &call, const Variables &environme
         return SnapshotState::unknown;
     if (!snapshot->reason.empty())
         return SnapshotState::refused;
+    snapshot->preamble = preamble.text;
     snapshot->folder = common::snapshots_folder() + "/" + name;
     const std::string file = file_of(snapshot->folder, call);
     if (name.empty() || !is_own(snapshot->folder, file) || snapshot_stamp(file) != stamp)

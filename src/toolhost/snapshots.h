@@ -87,6 +87,7 @@ struct Snapshot {
     std::string folder;   // of the unpacked format
     std::string original; // the format that the engine reads without it
     std::string reason;   // why it was refused
+    std::string preamble; // what it has executed
 };
 // Looks for the snapshot of CALL in ENVIRONMENT (as run_environment returns it), fills SNAPSHOT, and notes
 // that it is used.

@@ -239,7 +239,7 @@ TEST_F(Proof, WhatARunSaysIsPutTogetherHoweverItIsCut) {
 }
 
 TEST_F(Proof, TheListNamesTheFormatAndWhatThePreambleReads) {
-    const toolhost::Snapshot snapshot = {"/cache/doc-1", "/formats/pdflatex.fmt", ""};
+    const toolhost::Snapshot snapshot = {"/cache/doc-1", "/formats/pdflatex.fmt", "", ""};
     toolhost::SnapshotTexts piece;
     piece.list_at = 2;
     piece.start = {"OUTPUT doc.idx"};

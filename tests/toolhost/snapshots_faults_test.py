@@ -48,6 +48,30 @@ class Faults(SnapshotTest):
         self.file("remove", "", self.home)
         self.assertIn("l.6 \\undefinedcommand", self.typeset(options=options, status=1))
 
+    def test_a_document_that_is_saved_when_the_engine_starts(self):
+        folder = os.path.join(self.home, "bin")
+        os.makedirs(folder)
+        saved = os.path.join(self.home, "saved.tex")
+        self.engine = self.file("pdftex", f"#!/bin/sh\n[ -e '{saved}' ] && mv '{saved}' '{self.work}/doc.tex'\n"
+                                f"exec {ENGINE} \"$@\"\n", folder, 0o755)
+        os.symlink(shutil.which("kpsewhich"), os.path.join(folder, "kpsewhich"))
+        self.tool = self.bundle("pdftex", self.engine, "PXET")
+        # With as many lines, with more, and with fewer, which the engine would pass over unseen.
+        for lines in (["\\newcommand\\x{another}"], ["\\newcommand\\z{}", "\\newcommand\\x{another}"],
+                      ["\\newcommand\\x{another}\\newcommand\\z{}"]):
+            self.document([*PREAMBLE[:1], "\\newcommand\\x{y}", "\\relax"], "\\typeout{It is \\x.}")
+            self.typeset()
+            self.assertTrue(self.snapshot_was_read())
+            self.file(saved, "\n".join(["\\documentclass{article}", *PREAMBLE[:1], *lines, "\\begin{document}",
+                                        "\\typeout{It is \\x.}", "\\end{document}", ""]))
+            log = self.typeset(QUILLON_OWN_BUS="1")
+            self.assertFalse(os.path.exists(saved))
+            self.assertIn("Pass 2: doc.tex changed", log)
+            self.assertIn("It is another.", log.partition("Pass 2")[2])
+            pdf = self.left()["doc.pdf"]
+            self.bare()
+            self.assertEqual(self.left()["doc.pdf"], pdf)
+
     def test_two_documents_of_one_name(self):
         other = os.path.join(self.home, "other")
         for folder, text in ((self.work, "here"), (other, "there")):
