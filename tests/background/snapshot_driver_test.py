@@ -167,6 +167,11 @@ class Driver(SnapshotTest):
         self.assert_remembered(["\\newcommand\\x{y}"], "\\makeatletter" + "".join(
             f"\\texttt{{\\expandafter\\strip@prefix\\meaning\\{name}>\\meaning\\{name}}}\\par" for name in names))
 
+    def test_names_without_their_escape_character(self):
+        self.assert_remembered(["\\escapechar=-1 ", "\\pdfinfo{/Title (A)}", "\\newwrite\\f",
+                                "\\immediate\\openout\\f=doc.own "],
+                               "\\string\\x\\immediate\\write\\f{\\string\\x}\\immediate\\closeout\\f")
+
     def test_primitives_with_another_meaning(self):
         self.assert_remembered(["\\let\\oldtime=\\time \\def\\time{t}\\def\\day{d}\\def\\year{y}"],
                                "\\time\\day\\year\\the\\oldtime")
@@ -180,6 +185,20 @@ class Driver(SnapshotTest):
         self.assert_remembered(["\\usepackage{graphicx}", "\\newsavebox\\mine",
                                 "\\AtBeginDocument{\\savebox\\mine{\\rule{1cm}{1cm}}}"],
                                "\\usebox\\mine")
+
+    def test_an_image_in_a_box(self):
+        self.document([], "An image.", name="image")
+        self.bare("image")
+        self.assert_remembered(["\\usepackage{graphicx}", "\\newsavebox\\mine",
+                                "\\savebox\\mine{\\includegraphics[width=1cm]{image.pdf}}"],
+                               "\\usebox\\mine")
+
+    def test_settings_before_the_class(self):
+        self.file("doc.tex", "\\DocumentMetadata{pdfversion=1.6}\n\\documentclass{article}\n\\newcommand\\x{y}\n"
+                  "\\begin{document}\n\\x\n\\end{document}\n")
+        self.settle(os.path.join(self.work, "doc.tex"))
+        said = self.remember()
+        self.assertRegex(said, "^refused: ")
 
 
 if __name__ == "__main__":

@@ -88,6 +88,52 @@ class Stale(SnapshotTest):
         self.document(PREAMBLE)
         self.check(lambda: self.environment.update(TEXMFHOME=os.path.join(self.home, "elsewhere")))
 
+    def test_a_setting_of_the_distribution_changes(self):
+        folder = os.path.join(self.home, "settings")
+        own = os.path.join(self.home, "own")
+        for path in (folder, own):
+            os.makedirs(path)
+        settings = self.file("texmf.cnf", "% nothing\n", folder)
+        self.file("my.sty", "\\newcommand\\mine{the own one}\n", own)
+        self.file("my.sty", "\\newcommand\\mine{that of the folder}\n", self.work)
+        self.environment["TEXMFCNF"] = folder + ":"
+        self.document(["\\usepackage{my}"], "\\typeout{It is \\mine.}")
+
+        self.assertIn("It is that of the folder.", self.typeset())
+        self.assertTrue(self.snapshot_was_read())
+        self.file("texmf.cnf", f"TEXINPUTS.pdflatex={own}:.:$TEXMF/tex/{{latex,generic,}}//\n", folder)
+        self.settle(settings)
+        self.assertIn("It is the own one.", self.typeset())
+
+    def test_a_database_of_the_distribution_changes(self):
+        tree = os.path.join(self.home, "tree")
+        os.makedirs(os.path.join(tree, "first"))
+        database = self.file("ls-R", "% ls-R -- filename database for kpathsea; do not change this line.\n./:\nfirst\n\n",
+                             tree)
+        known = subprocess.run(["kpsewhich", "-var-value=TEXMFDBS"], capture_output=True, text=True, check=True).stdout
+        self.environment.update(TEXMFDBS=f"{tree}:{known.strip()}", TEXINPUTS=f"!!{tree}//:.:")
+        self.file("my.sty", "\\newcommand\\mine{that of the folder}\n", self.work)
+        self.file("my.sty", "\\newcommand\\mine{that of the tree}\n", os.path.join(tree, "first"))
+        self.document(["\\usepackage{my}"], "\\typeout{It is \\mine.}")
+        self.assertIn("It is that of the folder.", self.typeset())
+        self.assertTrue(self.snapshot_was_read())
+        with open(database, "a", encoding="ascii") as file:
+            file.write("./first:\nmy.sty\n")
+        self.settle(database)
+        self.assertIn("It is that of the tree.", self.typeset())
+
+    def test_a_font_map_is_read_at_each_run(self):
+        fonts = self.file("my.map", "cmr10 CMR10 <cmr10.pfb\n", self.work)
+        self.document(["\\pdfmapfile{=my.map}", "\\fontencoding{OT1}"], "Text.")
+        self.typeset()
+        self.assertTrue(self.snapshot_was_read())
+        self.file("my.map", 'cmr10 CMR10 " 0.2 SlantFont " <cmr10.pfb\n', self.work)
+        self.settle(fonts)
+        self.typeset()
+        made = self.left()["doc.pdf"]
+        self.bare()
+        self.assertEqual(self.left()["doc.pdf"], made)
+
     def test_a_variable_of_the_session_changes_nothing(self):
         self.document(PREAMBLE)
         self.check(lambda: self.environment.update(XDG_SESSION_ID="7", TERM="xterm"), wanted=False)
