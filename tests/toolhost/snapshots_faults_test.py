@@ -142,6 +142,23 @@ class Faults(SnapshotTest):
         self.assertEqual(sorted(said), sorted(["snapshot: 4 of 4 lines", *["the snapshot holds"] * 7]))
         self.assertEqual(len(self.kept()), 1)
 
+    def test_notes_that_are_damaged(self):
+        self.document(PREAMBLE)
+        self.typeset()
+        note = next(os.path.join(self.snapshots, name) for name in os.listdir(self.snapshots) if name.endswith(".note"))
+        with open(note, "rb") as file:
+            whole = file.read()
+        generator = random.Random(3)
+        for _ in range(12):
+            place = generator.randrange(len(whole))
+            self.file(note, whole[:place])
+            log = self.typeset(QUILLON_OWN_BUS="1")
+            self.assertIn("the preamble speaks", log)
+            self.assertIn("Output written", log)
+        os.unlink(os.path.join(self.kept()[0], "texts"))
+        self.file(note, whole)
+        self.assertIn("the preamble speaks", self.typeset())
+
     def test_no_space_left(self):
         self.document(PREAMBLE)
         for limit in (0, 100, 3000, 100000, 1000000, 8000000):

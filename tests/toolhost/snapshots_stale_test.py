@@ -1,7 +1,6 @@
 """What a snapshot rests on changes between two runs: real engines under the tool host."""
 
 import os
-import random
 import shutil
 import subprocess
 import sys
@@ -211,23 +210,6 @@ class Stale(SnapshotTest):
     def test_a_folder_that_others_may_write_to(self):
         self.document(PREAMBLE)
         self.check(lambda: os.chmod(self.kept()[0], 0o777))
-
-    def test_notes_that_are_damaged(self):
-        self.document(PREAMBLE)
-        self.typeset()
-        note = next(os.path.join(self.snapshots, name) for name in os.listdir(self.snapshots) if name.endswith(".note"))
-        with open(note, "rb") as file:
-            whole = file.read()
-        generator = random.Random(3)
-        for _ in range(12):
-            place = generator.randrange(len(whole))
-            self.file(note, whole[:place])
-            log = self.typeset(QUILLON_OWN_BUS="1")
-            self.assertIn("the preamble speaks", log)
-            self.assertIn("Output written", log)
-        os.unlink(os.path.join(self.kept()[0], "texts"))
-        self.file(note, whole)
-        self.assertIn("the preamble speaks", self.typeset())
 
 
 if __name__ == "__main__":
