@@ -149,7 +149,8 @@ Proposal propose(const std::string &home, const std::string &programs) {
     proposal.space = space;
     if (!exists)
         proposal.values.emplace_back("SPACECHAR", common::fresh_space);
-    for (const char *key : {"USEPDFTEX", "AUTOVIEW", "DATABASE", "CONSOLESELECT", "RERUN", "MAGICCOMMENTS"})
+    for (const char *key :
+         {"USEPDFTEX", "AUTOVIEW", "DATABASE", "CONSOLESELECT", "RERUN", "MAGICCOMMENTS", "SNAPSHOT"})
         proposal.values.emplace_back(key, "1");
     proposal.values.emplace_back("DEBUG", "0");
     const Distribution found = find_distribution(programs);

@@ -33,7 +33,7 @@ class SetpathsTest(HomeTest):
         self.assertEqual(self.run_it("--defaults"), (0, "", ""))
         settings = self.settings()
         for key, value in {"SPACECHAR": "31", "USEPDFTEX": "1", "AUTOVIEW": "1", "DATABASE": "1", "DEBUG": "0",
-                           "PDFTEXFORMAT": "pdflatex"}.items():
+                           "RERUN": "1", "MAGICCOMMENTS": "1", "SNAPSHOT": "1", "PDFTEXFORMAT": "pdflatex"}.items():
             self.assertEqual(settings[key], value)
         formats = settings["TEXFORMATS"].split(":")
         self.assertEqual(formats[0], self.unix(self.support + "/formats"))

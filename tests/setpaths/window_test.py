@@ -15,7 +15,7 @@ PROGRAM = program_of(os.path.join(BINARIES, "setpaths.app"))
 DATABASES = ("TEXINPUTS", "DVIPSHEADERS", "TYPE1FONTS", "TEXFONTS", "VFFONTS")
 
 
-class SetupWindow(DesktopTest):
+class SetupTest(DesktopTest):
     def setUp(self):
         super().setUp()
         self.environment.update(XDG_DATA_DIRS=os.path.join(self.home, "share"),
@@ -45,6 +45,11 @@ class SetupWindow(DesktopTest):
             seen.append(self.picture())
         return seen[0] == seen[2] != seen[1]
 
+    def at_rest(self, before):
+        """The pixels of the window once it no longer looks as BEFORE and does not change; else nothing."""
+        looks = [self.picture() for _ in range(3)]
+        return looks[0] if looks[0] == looks[1] == looks[2] != before else None
+
     def leave(self, key="Return"):
         self.keys(key)
         self.assertEqual(self.running.wait(60), 0, self.output())
@@ -58,6 +63,8 @@ class SetupWindow(DesktopTest):
         self.assertEqual(parameters, {})
         return result
 
+
+class SetupWindow(SetupTest):
     def test_save_writes_what_the_defaults_would_be(self):
         self.start()
         self.leave()
@@ -199,7 +206,7 @@ class SetupWindow(DesktopTest):
         self.assertEqual(self.setting("DATABASE"), "1")
 
 
-class ReverseSearch(SetupWindow):
+class ReverseSearch(SetupTest):
     """The page for viewers that keep the command for their reverse search in a settings file."""
 
     def setUp(self):
@@ -221,10 +228,13 @@ class ReverseSearch(SetupWindow):
         before = "[Core General]\nExternalEditor=Kate\nmine=1\n"
         self.file("okularpartrc", before, self.config)
         self.start()
-        self.keys("alt+h")
-        shown = self.picture()
-        self.keys("alt+n", "Down", "Up")
-        wait_until(lambda: self.picture() == shown, "the first viewer again")
+        first = self.picture()
+        self.keys("alt+h", "alt+n")
+        shown = wait_until(lambda: self.at_rest(first), "the page")
+        self.keys("Down")
+        other = wait_until(lambda: self.at_rest(shown), "the second viewer")
+        self.keys("Up")
+        wait_until(lambda: self.at_rest(other) == shown, "the first viewer again")
         self.assertEqual(self.content(self.path), before)
         self.keys("alt+s")
         wait_until(lambda: "ExternalEditor=Custom\nmine=1\nExternalEditorCommand=" in self.content(self.path), "the lines")
