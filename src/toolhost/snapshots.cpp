@@ -21,7 +21,7 @@ namespace toolhost {
 namespace {
 
 constexpr std::size_t longest_preamble = 256 << 10, longest_texts = 1 << 20;
-const char *const title = "snapshot 1", *const texts_name = "texts";
+const char *const title = "snapshot 2", *const texts_name = "texts";
 
 // Options that change nothing of what a preamble does.
 constexpr std::array<std::string_view, 9> harmless_options = {
@@ -306,16 +306,17 @@ bool write_note(const SnapshotCall &call, const Variables &environment, const Sn
 }
 
 bool write_texts(const std::string &folder, const SnapshotTexts &texts) {
-    const std::string text =
-        common::joined_fields({title, texts.said, texts.logged, texts.banner, texts.said_joins ? "1" : "0",
-                               texts.logged_joins ? "1" : "0", std::to_string(texts.list_at),
-                               joined(texts.start, '\n'), joined(texts.list, '\n'), "end"});
+    const std::string text = common::joined_fields(
+        {title, texts.said, texts.logged, texts.banner, texts.said_joins ? "1" : "0",
+         texts.logged_joins ? "1" : "0", std::to_string(texts.list_at), joined(texts.start, '\n'),
+         joined(texts.list, '\n'), std::to_string(texts.passed_files), joined(texts.preamble_files, '\n'),
+         "end"});
     return text.size() < longest_texts && common::replace_file(folder + "/" + texts_name, text);
 }
 
 bool read_texts(const Snapshot &snapshot, SnapshotTexts *texts) {
     const std::vector<std::string> fields = common::read_fields(snapshot.folder + "/" + texts_name);
-    if (fields.size() != 10 || fields[0] != title || fields[9] != "end")
+    if (fields.size() != 12 || fields[0] != title || fields[11] != "end")
         return false;
     texts->said = fields[1];
     texts->logged = fields[2];
@@ -325,6 +326,8 @@ bool read_texts(const Snapshot &snapshot, SnapshotTexts *texts) {
     texts->list_at = std::strtoul(fields[6].c_str(), nullptr, 10);
     texts->start = parts_of(fields[7], '\n');
     texts->list = parts_of(fields[8], '\n');
+    texts->passed_files = std::strtoul(fields[9].c_str(), nullptr, 10);
+    texts->preamble_files = parts_of(fields[10], '\n');
     return true;
 }
 

@@ -76,6 +76,9 @@ struct SnapshotTexts {
     std::size_t list_at = 0;        // the number of lines of the recorder's list before the preamble's
     std::vector<std::string> start; // the lines that the run with the snapshot has there instead
     std::vector<std::string> list;  // the preamble's lines
+    // Of a run that writes a SyncTeX file (toolhost/source_links.h):
+    std::size_t passed_files = 0;            // how many empty files the start opens; 0 without such a file
+    std::vector<std::string> preamble_files; // the names of those that the preamble opens
 };
 
 enum class SnapshotState {
