@@ -2,6 +2,7 @@
 #include "common/preferences.h"
 #include "toolhost/guard.h"
 #include "toolhost/run.h"
+#include "toolhost/source_links.h"
 
 namespace toolhost {
 
@@ -50,6 +51,8 @@ void Run::settle_snapshot() {
         pass_output(held);
     complete_log(output_stem(engine_) + ".log", snapshot_texts_);
     const bool used = complete_list(recorder_file(engine_, *parser_), snapshot_, snapshot_texts_);
+    if (used)
+        complete_links(links_file(output_stem(engine_)), snapshot_texts_);
     to_remember_ = !used;
     say_of_snapshot(used ? "The preamble was remembered."
                          : "The preamble was executed: its snapshot has gone.");

@@ -23,10 +23,10 @@ namespace {
 constexpr std::size_t longest_preamble = 256 << 10, longest_texts = 1 << 20;
 const char *const title = "snapshot 2", *const texts_name = "texts";
 
-// Options that change nothing of what a preamble does.
-constexpr std::array<std::string_view, 9> harmless_options = {
-    "recorder",    "file-line-error",  "no-file-line-error",  "halt-on-error",    "no-shell-escape",
-    "no-mktex=pk", "parse-first-line", "no-parse-first-line", "output-format=pdf"};
+// Options that change nothing of what a preamble does. The SyncTeX file is completed behind the run.
+constexpr std::array<std::string_view, 10> harmless_options = {
+    "recorder",    "file-line-error",  "no-file-line-error",  "halt-on-error",     "no-shell-escape",
+    "no-mktex=pk", "parse-first-line", "no-parse-first-line", "output-format=pdf", "synctex=1"};
 // The same with a value.
 constexpr std::array<std::string_view, 3> harmless_values = {"interaction", "progname", "fmt"};
 
