@@ -21,8 +21,11 @@ DOCUMENTS = {
                "\\begin{frame}\\titlepage\\end{frame}\n\\begin{frame}{One}\\tikz\\draw (0,0) -- (1,1);\\end{frame}\n"),
     "biblatex": ("\\documentclass{article}\n\\usepackage{biblatex}\n\\begin{document}\n" + BODY),
 }
+DOCUMENTS["links"] = DOCUMENTS["hyperref"]
+OPTIONS = {"links": ["-synctex=1"]}
 BUDGETS = {"hyperref": ("an article with hyperref and friends, remembered", 0.4),
-           "beamer": ("a beamer talk with TikZ, remembered", 0.4), "biblatex": ("biblatex, remembered", 0.35)}
+           "beamer": ("a beamer talk with TikZ, remembered", 0.4), "biblatex": ("biblatex, remembered", 0.35),
+           "links": ("the article with source links, remembered", 0.4)}
 
 
 class Snapshots:
@@ -48,13 +51,14 @@ class Snapshots:
         self.calls.Formats(timeout=60)
 
     def through(self, name):
-        if self.calls.Exec(f"pdflatex {name}.tex", self.work, timeout=100) != 0:
+        words = ["pdflatex", *OPTIONS.get(name, ()), name + ".tex"]
+        if self.calls.Exec(" ".join(words), self.work, timeout=100) != 0:
             sys.exit(f"the shell could not run {name}.tex")
 
     def bare(self, name):
         with open(os.path.join(self.work, "output"), "wb") as output:
-            subprocess.run(["pdflatex", name + ".tex"], cwd=self.work, stdin=subprocess.DEVNULL, stdout=output,
-                           check=True)
+            subprocess.run(["pdflatex", *OPTIONS.get(name, ()), name + ".tex"], cwd=self.work, stdin=subprocess.DEVNULL,
+                           stdout=output, check=True)
 
     def remember(self, name):
         """Runs the document until its preamble is remembered, as it is after a few seconds of a day's work."""
