@@ -23,8 +23,11 @@ DOCUMENTS = {
                "\\begin{frame}\\titlepage\\end{frame}\n\\begin{frame}{One}\\tikz\\draw (0,0) -- (1,1);\\end{frame}\n"),
     "biblatex": ("\\documentclass{article}\n\\usepackage{biblatex}\n\\begin{document}\n" + BODY),
 }
+DOCUMENTS["links"] = DOCUMENTS["hyperref"]
+OPTIONS = {"links": ["-synctex=1"]}
 BUDGETS = {"article": ("a one-line article, remembered", 0.6),
            "hyperref": ("an article with hyperref and friends, remembered", 0.4),
+           "links": ("the article with source links, remembered", 0.4),
            "beamer": ("a beamer talk with TikZ, remembered", 0.4), "biblatex": ("biblatex, remembered", 0.35)}
 
 
@@ -60,14 +63,17 @@ class Snapshots:
     def folder_of(self, name):
         return self.folders.get(name, self.work)
 
+    @staticmethod
+    def words(name):
+        return ["pdflatex", "-interaction=nonstopmode", *OPTIONS.get(name, ()), name + ".tex"]
+
     def through(self, name):
-        if self.calls.Exec(f"pdflatex -interaction=nonstopmode {name}.tex", self.folder_of(name), timeout=300) != 0:
+        if self.calls.Exec(" ".join(self.words(name)), self.folder_of(name), timeout=300) != 0:
             sys.exit(f"the shell could not run {name}.tex")
 
     def bare(self, name):
         with open(os.path.join(self.work, "output"), "wb") as output:
-            subprocess.run(["pdflatex", "-interaction=nonstopmode", name + ".tex"], cwd=self.folder_of(name),
-                           stdin=subprocess.DEVNULL, stdout=output,
+            subprocess.run(self.words(name), cwd=self.folder_of(name), stdin=subprocess.DEVNULL, stdout=output,
                            stderr=subprocess.DEVNULL, timeout=30, check=True)
 
     def is_remembered(self, name):

@@ -156,7 +156,8 @@ EngineRun dump(const Workshop &shop, const std::string &text, std::size_t lines,
         words.emplace_back("-no-shell-escape");
     words.push_back("&" + shop.call.search.name);
     words.push_back("\\def\\quillonlines{" + file + "}\\def\\quillonlast{" + std::to_string(lines) +
-                    "}\\def\\quillonopen{" + opens + "}\\input " + shop.driver + " ");
+                    "}\\def\\quillonopen{" + opens + "}\\def\\quillontags{" +
+                    std::to_string(shop.passed_files) + "}\\input " + shop.driver + " ");
     return run(shop, words, environment);
 }
 

@@ -19,6 +19,7 @@ struct Workshop {
     std::vector<std::string> subfolders;    // of the document's folder, relative, into which it writes
     std::function<bool()> goes_on;          // false: no run is begun or waited for any more
     std::string format_copy;                // the folder of the unpacked copy of the format; empty for none
+    std::size_t passed_files = 0;           // how many empty files a run with the dump opens at its start
 };
 
 struct EngineRun {

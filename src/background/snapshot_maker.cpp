@@ -22,6 +22,7 @@
 #include "common/path_forms.h"
 #include "common/places.h"
 #include "toolhost/recorded_files.h"
+#include "toolhost/source_links.h"
 
 namespace background {
 
@@ -31,6 +32,7 @@ namespace files = std::filesystem;
 
 constexpr std::uint64_t longest_work = 300'000'000; // microseconds for one snapshot on a busy machine
 constexpr std::size_t longest_texts = 512 << 10;    // bytes of what a preamble has to say
+constexpr std::size_t most_files = 2000;            // whose numbers a run passes over
 constexpr std::int64_t freshest = 100'000'000;      // nanoseconds
 constexpr const char *scratch_prefix = "snapshot-";
 
@@ -68,7 +70,7 @@ class Maker {
   public:
     Maker(const toolhost::SnapshotCall &call, const toolhost::Variables &environment,
           const std::string &driver, const std::function<bool()> &goes_on)
-        : shop_{call, environment, make_scratch(), {}, {}, {}, {}}, driver_(driver) {
+        : shop_{call, environment, make_scratch(), {}, {}, {}, {}, 0}, driver_(driver) {
         const std::uint64_t end = common::now_microseconds() + longest_work;
         shop_.goes_on = [goes_on, end] { return common::now_microseconds() < end && goes_on(); };
     }
@@ -176,7 +178,16 @@ class Maker {
         const std::string file = different_file(bare_.output, again.output, shop_.call.job);
         if (again.status != 0 || !file.empty())
             return same_body() ? "it is different at every run: " + file : late("it has changed");
-        return {};
+        return toolhost::writes_links(shop_.call.words) ? count_files() : "";
+    }
+
+    // Finds how many numbers of files a run with the snapshot must pass over. The document is a file more
+    // than the preamble opens at most.
+    std::string count_files() {
+        shop_.passed_files = files_of_links(shop_, bare_).size();
+        return shop_.passed_files == 0           ? "it leaves no SyncTeX file"
+               : shop_.passed_files > most_files ? "it reads too many files"
+                                                 : "";
     }
 
     std::string cut() {
@@ -187,6 +198,7 @@ class Maker {
         lines_ = dumped.lines;
         part_ = dumped.reason;
         ground_ = std::move(dumped.ground);
+        dump_list_ = std::move(dumped.run.list);
         const std::string packed = dumped.run.output + "/" + shop_.call.job + ".fmt";
         format_ = shop_.scratch + "/format";
         mkdir(format_.c_str(), 0700);
@@ -203,7 +215,10 @@ class Maker {
             return unended(snap);
         if (snap.list.find("INPUT " + format_ + "/") == std::string::npos)
             return "the engine does not read it";
+        const bool linked = shop_.passed_files == 0 || find_links(shop_, bare_, snap, dump_list_, &texts_);
         std::string file = different_file(bare_.output, snap.output, shop_.call.job);
+        if (!linked && file.empty())
+            file = toolhost::links_file(shop_.call.job);
         if (snap.status == 0 && file.empty() && find_texts(shop_, bare_, snap, format_, &texts_))
             return texts_.said.size() + texts_.logged.size() > longest_texts ? "it says too much" : "";
         if (!same_body())
@@ -271,6 +286,7 @@ class Maker {
     Workshop shop_;
     toolhost::Preamble preamble_;
     std::string driver_, original_, format_, part_;
+    std::string dump_list_;                                 // the recorder's list of the dump
     std::vector<std::string> written_;                      // relative to the document's folder
     std::vector<std::pair<std::string, std::string>> body_; // what the document reads, with stamps
     toolhost::SnapshotGround base_, ground_;

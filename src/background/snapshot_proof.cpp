@@ -6,6 +6,9 @@
 #include <map>
 
 #include "common/host_files.h"
+#include "common/path_forms.h"
+#include "toolhost/gzip.h"
+#include "toolhost/source_links.h"
 
 namespace background {
 
@@ -109,12 +112,48 @@ bool find_list(const std::vector<std::string> &bare, const std::vector<std::stri
     texts->list_at = head;
     texts->list.assign(bare.begin() + at, bare.end() - end);
     texts->start.assign(snap.begin() + at, snap.end() - end);
+    const std::string empty = std::string("INPUT ") + toolhost::empty_file;
     return std::all_of(texts->start.begin(), texts->start.end(), [&](const std::string &line) {
-        return std::find(texts->list.begin(), texts->list.end(), line) != texts->list.end();
+        return line == empty || std::find(texts->list.begin(), texts->list.end(), line) != texts->list.end();
     });
 }
 
+// Returns which files were read behind FILE by the recorder's list TEXT, as often as it says so.
+std::vector<std::string> read_after(const std::string &text, const std::string &file) {
+    const std::string head = "INPUT ";
+    std::vector<std::string> names;
+    bool begun = false;
+    for (std::size_t start = 0, end; (end = text.find('\n', start)) != std::string::npos; start = end + 1) {
+        if (text.compare(start, head.size(), head) != 0)
+            continue;
+        const std::string name = text.substr(start + head.size(), end - start - head.size());
+        if (begun)
+            names.push_back(name);
+        begun = begun || name == file;
+    }
+    return names;
+}
+
+// True when the two files have the same bytes, or the same bytes compressed in them.
+bool same_bytes(const std::string &one, const std::string &other, bool compressed) {
+    std::string first, second;
+    if (compressed)
+        return toolhost::read_gzip(one, toolhost::largest_links, &first) &&
+               toolhost::read_gzip(other, toolhost::largest_links, &second) && first == second;
+    return common::read_file(one, largest_file) == common::read_file(other, largest_file);
+}
+
+std::string path_of_links(const Workshop &shop, const EngineRun &run) {
+    return toolhost::links_file(run.output + "/" + shop.call.job);
+}
+
 } // namespace
+
+std::vector<std::string> files_of_links(const Workshop &shop, const EngineRun &run) {
+    std::string text;
+    toolhost::read_gzip(path_of_links(shop, run), toolhost::largest_links, &text);
+    return toolhost::linked_files(text);
+}
 
 std::string different_file(const std::string &one, const std::string &other, const std::string &job) {
     const auto first = files_below(one, job), second = files_below(other, job);
@@ -123,9 +162,9 @@ std::string different_file(const std::string &one, const std::string &other, con
             return path;
     for (const auto &[path, size] : first) {
         const auto found = second.find(path);
-        if (found == second.end() || found->second != size || size > largest_file ||
-            common::read_file(one + "/" + path, largest_file) !=
-                common::read_file(other + "/" + path, largest_file))
+        const bool links = path == toolhost::links_file(job);
+        if (found == second.end() || (found->second != size && !links) || size > largest_file ||
+            !same_bytes(one + "/" + path, other + "/" + path, links))
             return path;
     }
     return {};
@@ -140,6 +179,27 @@ bool find_texts(const Workshop &shop, const EngineRun &bare, const EngineRun &sn
            find_piece(bare.said, snap.said, false, &texts->said, &texts->said_joins) &&
            find_piece(bare_log, snap_log, true, &texts->logged, &texts->logged_joins) &&
            find_list(list_lines(bare.list, shop, format), list_lines(snap.list, shop, format), texts);
+}
+
+bool find_links(const Workshop &shop, const EngineRun &bare, const EngineRun &snap, const std::string &dump,
+                toolhost::SnapshotTexts *texts) {
+    const std::vector<std::string> of_dump = read_after(dump, shop.scratch + "/lines.tex"),
+                                   of_bare = read_after(bare.list, common::leaf_of(shop.call.main));
+    if (of_dump.size() > of_bare.size() || !std::equal(of_dump.begin(), of_dump.end(), of_bare.begin()))
+        return false;
+    const std::vector<std::string> bare_files = files_of_links(shop, bare),
+                                   snap_files = files_of_links(shop, snap);
+    const std::size_t others = snap_files.size() - std::min(snap_files.size(), shop.passed_files);
+    if (others == 0 || others > bare_files.size())
+        return false;
+    // The document is the first in both.
+    const auto last = bare_files.begin() + static_cast<std::ptrdiff_t>(1 + bare_files.size() - others);
+    texts->passed_files = shop.passed_files;
+    texts->preamble_files.assign(bare_files.begin() + 1, last);
+    // What lies in the scratch folder lies elsewhere in another run.
+    return std::none_of(texts->preamble_files.begin(), texts->preamble_files.end(),
+                        [&](const std::string &name) { return name.starts_with(shop.scratch + "/"); }) &&
+           toolhost::complete_links(path_of_links(shop, snap), *texts);
 }
 
 } // namespace background

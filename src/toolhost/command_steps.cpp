@@ -75,8 +75,8 @@ bool Host::has_next_step(const Outcome &outcome) {
         problems_beside_[next_.folder + "\n" + next_.command] = run_->problems();
     }
     outcome_.cancelled = outcome.cancelled;
-    const bool again = is_engine && run_->is_mixed() && !outcome.cancelled && !outcome.edit &&
-                       passes_->run_again(run_->document(), &next_);
+    const bool again = is_engine && !run_->redo().empty() && !outcome.cancelled && !outcome.edit &&
+                       passes_->run_again(run_->redo(), &next_);
     if (!again && !has_next_program(outcome, is_engine))
         return false;
     // Only the problems of the last pass are reported.

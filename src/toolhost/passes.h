@@ -41,8 +41,8 @@ class Passes {
     void program_ended(bool well);
     // Fills NEXT with what is to run now. False when the document is stable, or does not become so.
     bool next(NextProgram *next);
-    // Fills NEXT with one more run of the engine, since the file at PATH was changed just when this pass read
-    // it. False after the last pass.
+    // Fills NEXT with one more run of the engine, since the file at PATH is other than this pass took it to
+    // be. False after the last pass.
     bool run_again(const std::string &path, NextProgram *next);
     // Keeps what is known of the document for its next run. OUTPUT is what the engine made, empty for
     // nothing. WHOLE: the last pass came to the end of the document.

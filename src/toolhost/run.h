@@ -100,11 +100,10 @@ class Run {
     const std::string &command() const { return command_; }
     // Returns the call whose preamble could be remembered and is not, null when there is none.
     const SnapshotCall *to_remember() const { return to_remember_ ? &snapshot_call_ : nullptr; }
-    // Returns whether the preamble was another one already when the engine took up its document behind it, so
-    // that what the run has made is that of neither document.
-    bool is_mixed() const { return mixed_; }
-    // Returns the document, as an absolute POSIX path; empty when the command names none.
-    const std::string &document() const { return main_; }
+    // Returns the path of a file because of which a run with a snapshot has to be done again, empty for none:
+    // the document, when its preamble was another one already as the engine took it up behind it, or what the
+    // run has left that could not be completed.
+    const std::string &redo() const { return redo_; }
 
   private:
     bool prepare(std::vector<std::string> words, const std::string &folder);
@@ -118,6 +117,7 @@ class Run {
     void look_for_snapshot(const Launch &launch, const Variables &environment);
     void offer_found_snapshot(Variables &environment) const;
     void compare_preamble();
+    bool settle_links() const;
     void settle_snapshot();
     void say_of_snapshot(const std::string &what);
     void choose_program();
@@ -168,6 +168,7 @@ class Run {
     Snapshot snapshot_; // that the engine was offered; its folder is empty for none
     SnapshotTexts snapshot_texts_;
     SnapshotOutput snapshot_output_;
+    std::string redo_;
     std::unique_ptr<RunParser> parser_;
     std::unique_ptr<CompanionReader> companion_; // for BibTeX and MakeIndex
     PromptWatch prompt_;
@@ -199,7 +200,6 @@ class Run {
     bool cancelled_ = false;
     bool ended_ = false;
     bool told_to_stop_ = false;
-    bool mixed_ = false;
     bool to_remember_ = false; // the call of the snapshot that there is none of
 };
 

@@ -1,7 +1,11 @@
 // What a run has to do with the snapshot of its document's preamble.
+#include <sys/wait.h>
+
+#include "common/host_files.h"
 #include "common/preferences.h"
 #include "toolhost/guard.h"
 #include "toolhost/run.h"
+#include "toolhost/source_links.h"
 
 namespace toolhost {
 
@@ -45,7 +49,19 @@ void Run::say_of_snapshot(const std::string &what) {
 // between the look for its snapshot and the moment when the engine reads it has others there.
 void Run::compare_preamble() {
     Preamble now;
-    mixed_ = !read_preamble(main_, &now) || now.text != snapshot_.preamble;
+    if (!read_preamble(main_, &now) || now.text != snapshot_.preamble)
+        redo_ = main_;
+}
+
+// Completes the SyncTeX file. False when the run has come to its end and left one that is none of a run with
+// this snapshot, which then is not used again.
+bool Run::settle_links() const {
+    const std::string path = links_file(output_stem(engine_));
+    if (snapshot_texts_.passed_files == 0 || !WIFEXITED(status_) || WEXITSTATUS(status_) != 0 ||
+        !common::is_regular_file(path) || complete_links(path, snapshot_texts_))
+        return true;
+    forget_snapshot(snapshot_);
+    return false;
 }
 
 // Completes what the run has left, as if the engine had executed the preamble. A snapshot that had gone when
@@ -59,7 +75,10 @@ void Run::settle_snapshot() {
         pass_output(held);
     complete_log(output_stem(engine_) + ".log", snapshot_texts_);
     const bool used = complete_list(recorder_file(engine_, *parser_), snapshot_, snapshot_texts_);
-    mixed_ = mixed_ && used;
+    if (!used)
+        redo_.clear();
+    else if (!settle_links())
+        redo_ = links_file(output_stem(engine_));
     to_remember_ = !used;
     say_of_snapshot(used ? "The preamble was remembered."
                          : "The preamble was executed: its snapshot has gone.");

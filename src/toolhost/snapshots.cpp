@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <dirent.h>
 #include <fcntl.h>
+#include <filesystem>
 #include <functional>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -21,12 +22,12 @@ namespace toolhost {
 namespace {
 
 constexpr std::size_t longest_preamble = 256 << 10, longest_texts = 1 << 20;
-const char *const title = "snapshot 1", *const texts_name = "texts";
+const char *const title = "snapshot 2", *const texts_name = "texts";
 
-// Options that change nothing of what a preamble does.
-constexpr std::array<std::string_view, 9> harmless_options = {
-    "recorder",    "file-line-error",  "no-file-line-error",  "halt-on-error",    "no-shell-escape",
-    "no-mktex=pk", "parse-first-line", "no-parse-first-line", "output-format=pdf"};
+// Options that change nothing of what a preamble does. The SyncTeX file is completed behind the run.
+constexpr std::array<std::string_view, 10> harmless_options = {
+    "recorder",    "file-line-error",  "no-file-line-error",  "halt-on-error",     "no-shell-escape",
+    "no-mktex=pk", "parse-first-line", "no-parse-first-line", "output-format=pdf", "synctex=1"};
 // The same with a value.
 constexpr std::array<std::string_view, 3> harmless_values = {"interaction", "progname", "fmt"};
 
@@ -275,6 +276,11 @@ void offer_snapshot(const Snapshot &snapshot, Variables &environment) {
     path.insert(0, snapshot.folder + ":");
 }
 
+void forget_snapshot(const Snapshot &snapshot) {
+    std::error_code ignored;
+    std::filesystem::remove_all(snapshot.folder, ignored);
+}
+
 void ask_for_snapshot(const std::string &bundle, const SnapshotCall &call) {
     std::vector<std::string> words = {"--snapshot", bundle, call.search.program, call.folder, call.main};
     words.insert(words.end(), call.words.begin(), call.words.end());
@@ -307,16 +313,17 @@ bool write_note(const SnapshotCall &call, const Variables &environment, const Sn
 }
 
 bool write_texts(const std::string &folder, const SnapshotTexts &texts) {
-    const std::string text =
-        common::joined_fields({title, texts.said, texts.logged, texts.banner, texts.said_joins ? "1" : "0",
-                               texts.logged_joins ? "1" : "0", std::to_string(texts.list_at),
-                               joined(texts.start, '\n'), joined(texts.list, '\n'), "end"});
+    const std::string text = common::joined_fields(
+        {title, texts.said, texts.logged, texts.banner, texts.said_joins ? "1" : "0",
+         texts.logged_joins ? "1" : "0", std::to_string(texts.list_at), joined(texts.start, '\n'),
+         joined(texts.list, '\n'), std::to_string(texts.passed_files), joined(texts.preamble_files, '\n'),
+         "end"});
     return text.size() < longest_texts && common::replace_file(folder + "/" + texts_name, text);
 }
 
 bool read_texts(const Snapshot &snapshot, SnapshotTexts *texts) {
     const std::vector<std::string> fields = common::read_fields(snapshot.folder + "/" + texts_name);
-    if (fields.size() != 10 || fields[0] != title || fields[9] != "end")
+    if (fields.size() != 12 || fields[0] != title || fields[11] != "end")
         return false;
     texts->said = fields[1];
     texts->logged = fields[2];
@@ -326,6 +333,8 @@ bool read_texts(const Snapshot &snapshot, SnapshotTexts *texts) {
     texts->list_at = std::strtoul(fields[6].c_str(), nullptr, 10);
     texts->start = parts_of(fields[7], '\n');
     texts->list = parts_of(fields[8], '\n');
+    texts->passed_files = std::strtoul(fields[9].c_str(), nullptr, 10);
+    texts->preamble_files = parts_of(fields[10], '\n');
     return true;
 }
 

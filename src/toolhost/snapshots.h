@@ -76,6 +76,9 @@ struct SnapshotTexts {
     std::size_t list_at = 0;        // the number of lines of the recorder's list before the preamble's
     std::vector<std::string> start; // the lines that the run with the snapshot has there instead
     std::vector<std::string> list;  // the preamble's lines
+    // Of a run that writes a SyncTeX file (toolhost/source_links.h):
+    std::size_t passed_files = 0;            // how many empty files the start opens; 0 without such a file
+    std::vector<std::string> preamble_files; // the names of those that the preamble opens
 };
 
 enum class SnapshotState {
@@ -94,6 +97,8 @@ struct Snapshot {
 SnapshotState find_snapshot(const SnapshotCall &call, const Variables &environment, Snapshot *snapshot);
 // Puts SNAPSHOT in front of the search path for formats.
 void offer_snapshot(const Snapshot &snapshot, Variables &environment);
+// Removes SNAPSHOT, so that the next run executes the preamble.
+void forget_snapshot(const Snapshot &snapshot);
 // Reads what goes with SNAPSHOT. False when it cannot be read.
 bool read_texts(const Snapshot &snapshot, SnapshotTexts *texts);
 

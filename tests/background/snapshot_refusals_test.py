@@ -19,7 +19,7 @@ class Refusals(SnapshotTest):
 
     def test_shell_escape_and_other_options(self):
         self.document(["\\newcommand\\x{y}"])
-        for option in ("-shell-escape", "-synctex=1", "-output-directory=x", "-ini", "-jobname=y", "-8bit"):
+        for option in ("-shell-escape", "-synctex=0", "-output-directory=x", "-ini", "-jobname=y", "-8bit"):
             self.assertEqual(self.remember(options=(option,)), "the option " + option)
 
     def test_a_distribution_that_starts_any_program(self):

@@ -102,7 +102,7 @@ class Use(SnapshotTest):
         self.assertNotIn("The preamble", self.typeset())
         self.preferences(SNAPSHOT="1", DEBUG="1")
         self.assertIn("The preamble was remembered.\n", self.typeset())
-        self.assertIn("The preamble is executed: the option -synctex=1.\n", self.typeset(options=("-synctex=1",)))
+        self.assertIn("The preamble is executed: the option -synctex=0.\n", self.typeset(options=("-synctex=0",)))
         self.document([*PREAMBLE, "\\relax"])
         self.assertIn("The preamble is executed; it is not remembered yet.\n", self.typeset())
 
