@@ -159,6 +159,11 @@ class Driver(SnapshotTest):
     def test_what_the_preamble_adds_for_the_start_of_a_job(self):
         self.assert_remembered(["\\everyjob{\\global\\let\\x=\\undefined}", "\\newcommand\\x{y}"], "\\x")
 
+    def test_what_the_format_says_at_the_start_of_a_job(self):
+        # The format's own words hold macros that a preamble may change.
+        self.assert_remembered(["\\renewcommand\\fmtversion{another}", "\\makeatletter",
+                                "\\def\\ExplLoaderFileDate{1900/01/01}", "\\def\\ExplFileDate{1900/01/01}"], "\\fmtversion")
+
     def test_dead_cycles_and_the_depth_of_the_last_box(self):
         self.assert_remembered(["\\deadcycles=3 \\prevdepth=7pt "], "\\the\\deadcycles")
 
