@@ -57,8 +57,8 @@ void Run::compare_preamble() {
 // this snapshot, which then is not used again.
 bool Run::settle_links() const {
     const std::string path = links_file(output_stem(engine_));
-    if (snapshot_texts_.passed_files == 0 || !WIFEXITED(status_) || WEXITSTATUS(status_) != 0 ||
-        !common::is_regular_file(path) || complete_links(path, snapshot_texts_))
+    if (snapshot_texts_.passed_files == 0 || complete_links(path, snapshot_texts_) || !WIFEXITED(status_) ||
+        WEXITSTATUS(status_) != 0 || !common::is_regular_file(path))
         return true;
     forget_snapshot(snapshot_);
     return false;

@@ -263,43 +263,43 @@ class Faults(SourceLinks):
         os.symlink(shutil.which("kpsewhich"), os.path.join(folder, "kpsewhich"))
         self.tool = self.bundle("pdftex", self.engine, "PXET")
 
-    def left_by(self, script):
-        """What a run with a snapshot leaves of the SyncTeX file, None for none, when that script changes it before."""
-        self.damaging_engine(script + f"\ncp doc.synctex.gz '{self.home}/damaged'\n")
+    def assert_done_again(self, script):
+        """A run whose SyncTeX file that script has changed is done again without the snapshot, which is given up."""
+        self.damaging_engine(f"rm '{self.home}/now'\n{script}")
         self.make()
+        before = self.kept()
         self.file("now", "", self.home)
+        log = self.typeset(options=LINKS)
+        self.assertIn("Pass 2: doc.synctex.gz changed", log)
+        self.assertFalse(os.path.exists(before[0]))
+        found = self.links()
+        self.assertEqual(found, self.without())
         self.assertTrue(self.snapshot_was_read(options=LINKS))
-        paths = os.path.join(self.work, "doc.synctex.gz"), os.path.join(self.home, "damaged")
-        found = []
-        for path in paths:
-            try:
-                with open(path, "rb") as file:
-                    found.append(file.read())
-            except FileNotFoundError:
-                found.append(None)
-        self.assertEqual(*found)
-        self.assertEqual([name for name in os.listdir(self.work) if "synctex" in name],
-                         ["doc.synctex.gz"] if found[0] is not None else [])
-        return found[0]
 
-    def test_a_file_that_is_cut_short_is_left_as_it_is(self):
-        self.assertEqual(len(self.left_by("head -c 500 doc.synctex.gz >x && mv x doc.synctex.gz")), 500)
+    def test_a_file_that_is_cut_short(self):
+        self.assert_done_again("head -c 500 doc.synctex.gz >x && mv x doc.synctex.gz")
 
-    def test_a_text_that_is_cut_short_is_left_as_it_is(self):
-        text = self.left_by("zcat doc.synctex.gz | head -100 | gzip >x && mv x doc.synctex.gz")
-        self.assertIn(b"Input:2:/dev/null\n", gzip.decompress(text))
+    def test_a_text_that_is_cut_short(self):
+        self.assert_done_again("zcat doc.synctex.gz | head -100 | gzip >x && mv x doc.synctex.gz")
+
+    def test_the_file_of_an_earlier_run(self):
+        self.file("earlier", gzip.compress(b"SyncTeX Version:1\nInput:1:doc.tex\nPost scriptum:\n"), self.home)
+        self.assert_done_again(f"cp '{self.home}/earlier' doc.synctex.gz")
+
+    def test_an_edit_that_turns_links_off_for_a_while(self):
+        self.file("chapter.tex", "A chapter.\n", self.work)
+        self.make()
+        self.document(PREAMBLE, BODY + "\n\n\\synctex=0 \\input{chapter}\\synctex=1 \\input{chapter}")
+        wanted = self.without()
+        self.typeset(options=LINKS)
+        self.assertEqual(self.links(), wanted)
 
     def test_a_file_that_is_not_there_is_not_made(self):
-        self.assertIsNone(self.left_by("rm doc.synctex.gz"))
-
-    def test_the_file_of_an_earlier_run_is_left_as_it_is(self):
-        self.damaging_engine(f"cp '{self.home}/earlier' doc.synctex.gz")
+        self.damaging_engine("rm doc.synctex.gz")
         self.make()
-        shutil.copy(os.path.join(self.work, "doc.synctex.gz"), os.path.join(self.home, "earlier"))
         self.file("now", "", self.home)
-        wanted = self.links()
         self.assertTrue(self.snapshot_was_read(options=LINKS))
-        self.assertEqual(self.links(), wanted)
+        self.assertEqual([name for name in os.listdir(self.work) if "synctex" in name], [])
 
     def begin_a_loop(self):
         """Begins a run with a snapshot that does not end by itself; the tool, when it has come to the loop."""
