@@ -1,5 +1,6 @@
 // The DVI previewer: the bundle dviview.app, which hands the documents that it is sent to the viewer for DVI
 // files. It ends a moment after the last one.
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -21,15 +22,15 @@ namespace {
 constexpr std::uint64_t second = 1000000;
 // How long it waits for its first document, and for another one.
 constexpr std::uint64_t first_wait = 30 * second, next_wait = 2 * second;
-// How long it still takes documents once its name is given back: the shell may have sent one that crosses the
-// news of that.
-constexpr std::uint64_t last_wait = second / 10;
+// How long it waits at its end for the bus and for the shell.
+constexpr std::uint64_t last_wait = 10 * second;
 
 struct Previewer {
     sd_bus *bus = nullptr;
     sd_event *loop = nullptr;
     sd_event_source *end = nullptr;
-    bool leaves = false; // its name is given back
+    bool leaves = false;  // its name is being given back
+    std::string reported; // who was told last why a document is not shown
 };
 Previewer previewer;
 
@@ -37,17 +38,33 @@ std::string own_name() {
     return common::application_bus_name(getpid());
 }
 
+int end_now(sd_bus_message *, void *, sd_bus_error *) {
+    return sd_event_exit(previewer.loop, 0);
+}
+
+// The name is given back, and whatever was sent to it has come before that news. The shell forgets a program
+// that has ended and has no name, so it must have read what it was told.
+int name_is_back(sd_bus_message *, void *, sd_bus_error *) {
+    if (previewer.reported.empty() ||
+        sd_bus_call_method_async(previewer.bus, nullptr, previewer.reported.c_str(), "/",
+                                 "org.freedesktop.DBus.Peer", "Ping", end_now, nullptr, nullptr) < 0)
+        return sd_event_exit(previewer.loop, 0);
+    return 0;
+}
+
 void leave() {
-    if (!previewer.leaves)
-        sd_bus_release_name_async(previewer.bus, nullptr, own_name().c_str(), nullptr, nullptr);
+    if (previewer.leaves)
+        return;
     previewer.leaves = true;
-    sd_event_source_set_time_relative(previewer.end, last_wait);
-    sd_event_source_set_enabled(previewer.end, SD_EVENT_ONESHOT);
+    // The shell ends a program without a name by this signal, which must not cut this end short. A viewer
+    // that is started meanwhile has the usual action for it again.
+    signal(SIGTERM, [](int) {});
+    sd_bus_set_method_call_timeout(previewer.bus, last_wait);
+    if (sd_bus_release_name_async(previewer.bus, nullptr, own_name().c_str(), name_is_back, nullptr) < 0)
+        sd_event_exit(previewer.loop, 0);
 }
 
 int wait_is_over(sd_event_source *, std::uint64_t, void *) {
-    if (previewer.leaves)
-        return sd_event_exit(previewer.loop, 0);
     leave();
     return 0;
 }
@@ -60,6 +77,7 @@ void report(const char *sender, const std::string &problem) {
         common::number_parameter("iden", common::code_number(helpers::dviview_signature))};
     const int result = common::new_event_call(previewer.bus, sender, {"aevt", "ansr", parameters}, &message);
     common::send_without_reply(previewer.bus, message, result);
+    previewer.reported = sender;
 }
 
 std::int32_t show_documents(const common::Parameters &parameters, const char *sender) {

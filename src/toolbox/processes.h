@@ -91,6 +91,8 @@ OSErr EndProcess(const ProcessSerialNumber *psn);
 // 1 when the process runs the program at SPEC, else 0. The canonical paths are compared, since many plain
 // programs share a signature.
 int ProcessIsProgram(const ProcessSerialNumber *psn, const FSSpec *spec);
+// Returns 1 for a program launched from here that has ended and is listed still, since events of it wait.
+int ProcessHasEnded(const ProcessSerialNumber *psn);
 
 } // namespace quillon
 

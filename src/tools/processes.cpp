@@ -29,14 +29,16 @@ static unsigned char process_name[64];
 // to end a program that ignores signals.
 static constexpr std::uint32_t quit_patience = 180;
 
-// Looks for a process with SIGNATURE. Returns 1 and its serial number, or 0.
-static int scan(OSType signature, ProcessSerialNumber *psn) {
+// Looks for a process with SIGNATURE, and only for one that has not ended where ALIVE is 1. Returns 1 and its
+// serial number, or 0.
+static int scan(OSType signature, int alive, ProcessSerialNumber *psn) {
     *psn = kNoProcess;
     while (GetNextProcess(psn) == noErr && !IsPlainProcess(psn)) {
         thePInfo.processInfoLength = 60;
         thePInfo.processName = process_name;
         thePInfo.processAppSpec = nullptr;
-        if (GetProcessInformation(psn, &thePInfo) == noErr && thePInfo.processSignature == signature)
+        if (GetProcessInformation(psn, &thePInfo) == noErr && thePInfo.processSignature == signature &&
+            !(alive && ProcessHasEnded(psn)))
             return 1;
     }
     return 0;
@@ -44,7 +46,7 @@ static int scan(OSType signature, ProcessSerialNumber *psn) {
 
 int IsSigRunning(OSType signature, ProcessSerialNumber *psn_out) {
     ProcessSerialNumber psn;
-    if (!scan(signature, &psn))
+    if (!scan(signature, 0, &psn))
         return 0;
     if (psn_out)
         *psn_out = psn;
@@ -55,7 +57,7 @@ int IsSigRunning(OSType signature, ProcessSerialNumber *psn_out) {
 static int scan_program(const FSSpec *spec, ProcessSerialNumber *psn) {
     *psn = kNoProcess;
     while (GetNextProcess(psn) == noErr)
-        if (ProcessIsProgram(psn, spec))
+        if (ProcessIsProgram(psn, spec) && !ProcessHasEnded(psn))
             return 1;
     return 0;
 }
@@ -79,10 +81,11 @@ static int locate(const char *app, FSSpec *spec) {
     return 1;
 }
 
-// Returns 1 and the serial number when APP runs.
+// Returns 1 and the serial number when APP runs. One that has ended is no longer asked for anything, even
+// while its last events wait.
 static int running(const char *app, ProcessSerialNumber *psn) {
     if (is_bundle(app))
-        return scan(theOSType, psn);
+        return scan(theOSType, 1, psn);
     return UnixToFSS(app, nullptr, &launchFileSpec) && scan_program(&launchFileSpec, psn);
 }
 

@@ -7,6 +7,7 @@
 
 #include "common/path_forms.h"
 #include "common/places.h"
+#include "common/session_bus.h"
 #include "front/front.h"
 #include "linux/events/ae_codec.h"
 #include "linux/events/ae_data.h"
@@ -87,18 +88,60 @@ template <typename Done> static OSErr wait_for(Done done, std::int32_t timeout, 
     return noErr;
 }
 
-static OSErr send_on_bus(const AppleEvent *event, AppleEvent *reply, const std::string &owner, bool wait,
+// Whether a message has reached a program.
+struct Delivery {
+    bool answered = false; // the bus has taken it, and has said so
+    bool lost = false;     // there was nobody whom it could be given to
+};
+
+static int on_loss(sd_bus_message *message, void *context, sd_bus_error *) {
+    const sd_bus_error *const error = sd_bus_message_get_error(message);
+    if (sd_bus_error_has_name(error, SD_BUS_ERROR_SERVICE_UNKNOWN) ||
+        sd_bus_error_has_name(error, SD_BUS_ERROR_NAME_HAS_NO_OWNER))
+        static_cast<Delivery *>(context)->lost = true;
+    return 0;
+}
+
+static int on_bus_answer(sd_bus_message *, void *context, sd_bus_error *) {
+    static_cast<Delivery *>(context)->answered = true;
+    WakeUp();
+    return 0;
+}
+
+// Sends MESSAGE without waiting for the program's reply, but until it is known that the program has it. The
+// bus answers in the order in which it is asked, so a message that nobody could be given has been refused
+// when it answers what is asked behind it. Returns procNotFound for such a one.
+static OSErr deliver(sd_bus *bus, sd_bus_message *message, std::int32_t timeout, AEIdleProc idle) {
+    Delivery delivery;
+    sd_bus_slot *message_slot = nullptr, *question_slot = nullptr;
+    OSErr outcome = connectionInvalid;
+    if (sd_bus_call_async(bus, &message_slot, message, on_loss, &delivery, UINT64_MAX) >= 0 &&
+        sd_bus_call_method_async(bus, &question_slot, common::bus_name, common::bus_path,
+                                 common::bus_interface, "GetId", on_bus_answer, &delivery, nullptr) >= 0) {
+        wait_for([&] { return delivery.answered || !HostBus(); }, timeout, idle);
+        outcome = delivery.lost ? static_cast<OSErr>(procNotFound) : static_cast<OSErr>(noErr);
+    }
+    sd_bus_slot_unref(message_slot);
+    sd_bus_slot_unref(question_slot);
+    return outcome;
+}
+
+// Sends to NAME, a name on the bus. An IDLE procedure without a wait for the reply asks for certainty that
+// the event has reached its program.
+static OSErr send_on_bus(const AppleEvent *event, AppleEvent *reply, const std::string &name, bool wait,
                          std::int32_t timeout, AEIdleProc idle) {
     sd_bus *const bus = HostBus();
     sd_bus_message *message = nullptr;
     if (!bus)
         return connectionInvalid;
     const int result = common::new_event_call(
-        bus, owner,
+        bus, name,
         {code_text(event->data->event_class), code_text(event->data->event_id), parameters_of(*event)},
         &message);
     OSErr outcome = result < 0 ? static_cast<OSErr>(connectionInvalid) : static_cast<OSErr>(noErr);
-    if (result >= 0 && !wait) {
+    if (result >= 0 && !wait && idle) {
+        outcome = deliver(bus, message, timeout, idle);
+    } else if (result >= 0 && !wait) {
         sd_bus_message_set_expect_reply(message, 0);
         if (sd_bus_send(bus, message, nullptr) < 0)
             outcome = connectionInvalid;
@@ -233,13 +276,20 @@ OSErr AESend(const AppleEvent *event, AppleEvent *reply, std::int32_t mode, std:
 
     tool_waits += wait;
     OSErr result = noErr;
-    if (program)
-        result = wait_for([pid] { return has_settled(pid); }, limit, idle);
-    const std::string owner = bus_owner(psn.highLongOfPSN, pid);
-    if (result == noErr)
-        result = owner.empty()
-                     ? static_cast<OSErr>(program && has_ended(pid) ? procNotFound : connectionInvalid)
-                     : send_on_bus(event, reply, owner, wait, limit, idle);
+    for (;;) {
+        if (program)
+            result = wait_for([pid] { return has_settled(pid); }, limit, idle);
+        if (result != noErr)
+            break;
+        if (bus_owner(psn.highLongOfPSN, pid).empty()) {
+            result = program && has_ended(pid) ? procNotFound : connectionInvalid;
+            break;
+        }
+        result = send_on_bus(event, reply, common::application_bus_name(pid), wait, limit, idle);
+        // A program that has just given its name back is waited for.
+        if (result != procNotFound || !program || wait || !bus_owner(psn.highLongOfPSN, pid).empty())
+            break;
+    }
     tool_waits -= wait;
     return result;
 }

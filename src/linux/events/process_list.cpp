@@ -194,6 +194,12 @@ OSErr EndProcess(const ProcessSerialNumber *psn) {
     return kill(-pid, SIGKILL) == 0 ? static_cast<OSErr>(noErr) : static_cast<OSErr>(procNotFound);
 }
 
+int ProcessHasEnded(const ProcessSerialNumber *psn) {
+    const Launched *const program =
+        psn->highLongOfPSN == psn_launched ? find_launched(static_cast<pid_t>(psn->lowLongOfPSN)) : nullptr;
+    return program && program->exited;
+}
+
 int ProcessIsProgram(const ProcessSerialNumber *psn, const FSSpec *spec) {
     static FSRef reference;
     std::string path;
