@@ -108,6 +108,9 @@ class Snapshots:
             os.rename(os.path.join(folder, os.path.basename(path)), os.path.join(folder, name + ".tex"))
             try:
                 self.bare(name)
+                # It may have errors once its bibliography is made.
+                self.calls.Exec(" ".join(self.words(name)), folder, timeout=300)
+                self.bare(name)
             except (subprocess.CalledProcessError, subprocess.TimeoutExpired):
                 continue
             names.append(name)
