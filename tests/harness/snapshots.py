@@ -28,6 +28,14 @@ class SnapshotTest(HostTest):
         self.tool = os.path.join(BINARIES, "pdftex.app")
         self.engine = ENGINE
 
+    def take_engine(self, script):
+        """Runs take a program of the engine's name, a shell script, which finds the engine itself as $ENGINE."""
+        folder = os.path.join(self.home, "bin")
+        os.makedirs(folder)
+        self.engine = self.file("pdftex", f"#!/bin/sh\nENGINE={ENGINE}\n{script}\n", folder, 0o755)
+        os.symlink(shutil.which("kpsewhich"), os.path.join(folder, "kpsewhich"))
+        self.tool = self.bundle("pdftex", self.engine, "PXET")
+
     def document(self, preamble, body="Hello.", name="doc", folder=None):
         """Writes a document: the lines between its class and its body, and its body."""
         lines = ["\\documentclass{article}", *preamble, "\\begin{document}", body, "\\end{document}", ""]

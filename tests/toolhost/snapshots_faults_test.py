@@ -11,7 +11,7 @@ import sys
 import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
-from harness import COMMAND, ENGINE, SnapshotTest, log_of, stop, wait_until  # noqa: E402
+from harness import COMMAND, SnapshotTest, log_of, stop, wait_until  # noqa: E402
 
 PREAMBLE = ["\\usepackage{hyperref}", "\\newcommand\\x{y}", "\\typeout{the preamble speaks}"]
 
@@ -19,12 +19,7 @@ PREAMBLE = ["\\usepackage{hyperref}", "\\newcommand\\x{y}", "\\typeout{the pream
 class Faults(SnapshotTest):
     def removing_engine(self):
         """Runs take an engine that removes the snapshot that it was offered before it looks for it, once told so."""
-        folder = os.path.join(self.home, "bin")
-        os.makedirs(folder)
-        self.engine = self.file("pdftex", f"#!/bin/sh\n[ -e '{self.home}/remove' ] && rm -rf '{self.snapshots}'/doc-*\n"
-                                f"exec {ENGINE} \"$@\"\n", folder, 0o755)
-        os.symlink(shutil.which("kpsewhich"), os.path.join(folder, "kpsewhich"))
-        self.tool = self.bundle("pdftex", self.engine, "PXET")
+        self.take_engine(f"[ -e '{self.home}/remove' ] && rm -rf '{self.snapshots}'/doc-*\nexec $ENGINE \"$@\"")
 
     def test_a_snapshot_that_is_deleted_when_the_engine_starts(self):
         self.removing_engine()
@@ -49,13 +44,8 @@ class Faults(SnapshotTest):
         self.assertIn("l.6 \\undefinedcommand", self.typeset(options=options, status=1))
 
     def test_a_document_that_is_saved_when_the_engine_starts(self):
-        folder = os.path.join(self.home, "bin")
-        os.makedirs(folder)
         saved = os.path.join(self.home, "saved.tex")
-        self.engine = self.file("pdftex", f"#!/bin/sh\n[ -e '{saved}' ] && mv '{saved}' '{self.work}/doc.tex'\n"
-                                f"exec {ENGINE} \"$@\"\n", folder, 0o755)
-        os.symlink(shutil.which("kpsewhich"), os.path.join(folder, "kpsewhich"))
-        self.tool = self.bundle("pdftex", self.engine, "PXET")
+        self.take_engine(f"[ -e '{saved}' ] && mv '{saved}' '{self.work}/doc.tex'\nexec $ENGINE \"$@\"")
         # With as many lines, with more, and with fewer, which the engine would pass over unseen.
         for lines in (["\\newcommand\\x{another}"], ["\\newcommand\\z{}", "\\newcommand\\x{another}"],
                       ["\\newcommand\\x{another}\\newcommand\\z{}"]):

@@ -3,13 +3,12 @@
 import gzip
 import os
 import re
-import shutil
 import signal
 import sys
 import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
-from harness import COMMAND, ENGINE, SnapshotTest, log_of, wait_until  # noqa: E402
+from harness import COMMAND, SnapshotTest, log_of, wait_until  # noqa: E402
 
 LINKS = ("-synctex=1",)
 PREAMBLE = ["\\usepackage{amsmath}", "\\usepackage{hyperref}", "\\newcommand\\x{y}", "\\typeout{the preamble speaks}"]
@@ -256,12 +255,7 @@ class Refusals(SourceLinks):
 class Faults(SourceLinks):
     def damaging_engine(self, script):
         """Runs take an engine behind which a script changes what it has left."""
-        folder = os.path.join(self.home, "bin")
-        os.makedirs(folder)
-        self.engine = self.file("pdftex", f"#!/bin/sh\n{ENGINE} \"$@\"\nstatus=$?\n[ -e '{self.home}/now' ] && {{\n"
-                                f"{script}\n}}\nexit $status\n", folder, 0o755)
-        os.symlink(shutil.which("kpsewhich"), os.path.join(folder, "kpsewhich"))
-        self.tool = self.bundle("pdftex", self.engine, "PXET")
+        self.take_engine(f"$ENGINE \"$@\"\nstatus=$?\n[ -e '{self.home}/now' ] && {{\n{script}\n}}\nexit $status")
 
     def assert_done_again(self, script):
         """A run whose SyncTeX file that script has changed is done again without the snapshot, which is given up."""
@@ -322,12 +316,7 @@ class Faults(SourceLinks):
         self.assert_counts(found)
 
     def test_a_run_that_is_killed_leaves_the_links_of_the_run_before(self):
-        folder = os.path.join(self.home, "bin")
-        os.makedirs(folder)
-        self.engine = self.file("pdftex", f"#!/bin/sh\necho $$ >'{self.home}/process'\nexec {ENGINE} \"$@\"\n", folder,
-                                0o755)
-        os.symlink(shutil.which("kpsewhich"), os.path.join(folder, "kpsewhich"))
-        self.tool = self.bundle("pdftex", self.engine, "PXET")
+        self.take_engine(f"echo $$ >'{self.home}/process'\nexec $ENGINE \"$@\"")
         self.make()
         before = self.left(but=(".log", ".aux", ".out", ".pdf", ".tex"))
         self.assertIn("doc.synctex.gz", before)
